@@ -1,0 +1,8 @@
+#include "Kernel.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+
+#define QORN_FAMILY "Complex.inc"
+#include "Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL

@@ -1,0 +1,27 @@
+// Counts and, on request, refuses the allocations of the process. The test programs replace the global
+// allocation functions, through which every allocation of the library goes.
+#ifndef QORN_TESTS_SUPPORT_ALLOCATIONS_H
+#define QORN_TESTS_SUPPORT_ALLOCATIONS_H
+
+#include <cstddef>
+
+namespace QORN::test {
+
+/// The number of allocations since the program started, refused ones included.
+long AllocationCount();
+
+/// Bytes of the latest allocation request.
+std::size_t LatestRequest();
+
+/// While it lives, every request of more than `limit` bytes is counted and refused.
+class AllocationLimit {
+public:
+  explicit AllocationLimit(std::size_t limit);
+  ~AllocationLimit();
+  AllocationLimit(const AllocationLimit &) = delete;
+  AllocationLimit &operator=(const AllocationLimit &) = delete;
+};
+
+} // namespace QORN::test
+
+#endif
