@@ -11,7 +11,7 @@ namespace QORN {
 
 namespace {
 
-[[maybe_unused]] constexpr const char *kModule = "infra\\TargetLib_ipp";
+constexpr const char *kModule = "infra\\TargetLib_ipp";
 
 // The common guard: every pointer is there, and the last int, the length, is at least 1.
 template <class A> void Look(A argument, bool &pointers, int &length) {
@@ -36,5 +36,45 @@ template <class... A> bool Runs(A... arguments) {
 #include "kernels/families/All.inc"
 #undef QORN_KERNEL
 #undef QORN_KERNEL_OWN_FORWARDER
+
+// Conversion and arithmetic with a scale: the length is not the last int.
+
+void TargetLib::Convert_32f16s(const float *src, short *dst, int len, ConvertRoundMode mode, int scale) {
+  if (Runs(src, dst, len)) kernels::active->Convert_32f16s_Scaled(src, dst, len, mode, scale);
+}
+void TargetLib::Convert_32f16u(const float *src, unsigned short *dst, int len, ConvertRoundMode mode,
+                               int scale) {
+  if (Runs(src, dst, len)) kernels::active->Convert_32f16u_Scaled(src, dst, len, mode, scale);
+}
+void TargetLib::SubC_16u(const unsigned short *src, unsigned short val, unsigned short *dst, int len,
+                         int scale) {
+  if (Runs(src, dst, len)) kernels::active->SubC_16u(src, val, dst, len, scale);
+}
+void TargetLib::DivC_16u_I(unsigned short val, unsigned short *srcDst, int len, int scale) {
+  if (Runs(srcDst, len)) kernels::active->DivC_16u_I(val, srcDst, len, scale);
+}
+
+// Division of arrays: the kernel writes all elements and tells whether it met a divisor of zero.
+
+namespace {
+
+template <class T> void Divide(bool (*kernel)(const T *, T *, int), const T *src, T *srcDst, int len) {
+  if (Runs(src, srcDst, len) && kernel(src, srcDst, len)) Throw(errors::kDivideByZero, kModule);
+}
+
+} // namespace
+
+void TargetLib::Div_32f_I(const float *src, float *srcDst, int len) {
+  Divide(kernels::active->Div_32f_I, src, srcDst, len);
+}
+void TargetLib::Div_64f_I(const double *src, double *srcDst, int len) {
+  Divide(kernels::active->Div_64f_I, src, srcDst, len);
+}
+void TargetLib::Div_32fc_I(const Cplx32 *src, Cplx32 *srcDst, int len) {
+  Divide(kernels::active->Div_32fc_I, src, srcDst, len);
+}
+void TargetLib::Div_64fc_I(const Cplx64 *src, Cplx64 *srcDst, int len) {
+  Divide(kernels::active->Div_64fc_I, src, srcDst, len);
+}
 
 } // namespace QORN

@@ -1,4 +1,4 @@
-#include "Kernel.h"
+#include "CplxProduct.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -37,9 +37,6 @@ inline double Product(double a, double b) { return a * b; }
 
 template <class C> inline C CplxSum(C a, C b) { return {a.re + b.re, a.im + b.im}; }
 template <class C> inline C CplxDifference(C a, C b) { return {a.re - b.re, a.im - b.im}; }
-template <class C> inline C CplxProduct(C a, C b) {
-  return {Rounded(a.re * b.re) - Rounded(a.im * b.im), Rounded(a.re * b.im) + Rounded(a.im * b.re)};
-}
 inline Cplx32 Sum(Cplx32 a, Cplx32 b) { return CplxSum(a, b); }
 inline Cplx64 Sum(Cplx64 a, Cplx64 b) { return CplxSum(a, b); }
 inline Cplx32 Difference(Cplx32 a, Cplx32 b) { return CplxDifference(a, b); }
