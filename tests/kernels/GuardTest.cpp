@@ -44,7 +44,7 @@ private:
     std::vector<std::vector<unsigned char>> memory(kPointers, std::vector<unsigned char>(kBytes));
     std::size_t next = 0;
     for (auto &block : memory) {
-      for (unsigned char &byte : block) byte = static_cast<unsigned char>(0x41 + 5 * next++ % 23);
+      for (unsigned char &byte : block) byte = static_cast<unsigned char>(0x41 + 37 * next++ % 191);
     }
     const auto before = memory;
     int pointer = 0;
