@@ -1,10 +1,10 @@
 #include "qorn/infra/BaseVector.h"
 
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <utility>
 
+#include "Checks.h"
 #include "Errors.h"
 #include "qorn/infra/QORNMalloc.h"
 
@@ -26,13 +26,25 @@ template <class T> void BaseVector<T>::Release() {
   m_length = 0;
 }
 
-template <class T> void BaseVector<T>::Create(int n) {
+template <class T> void BaseVector<T>::CreateUncleared(int n) {
   Release();
   Alloc(n);
   m_pData = m_pStorage;
   m_capacity = n;
   m_length = n;
-  if (n > 0) SetZero();
+}
+
+template <class T> void BaseVector<T>::Create(int n) {
+  CreateUncleared(n);
+  SetZero();
+}
+
+template <class T> void BaseVector<T>::TakeOver(BaseVector &src) {
+  Release();
+  m_pStorage = std::exchange(src.m_pStorage, nullptr);
+  m_capacity = std::exchange(src.m_capacity, 0);
+  m_pData = std::exchange(src.m_pData, nullptr);
+  m_length = std::exchange(src.m_length, 0);
 }
 
 template <class T> void BaseVector<T>::Resize(int n) {
@@ -57,6 +69,8 @@ template <class T> void BaseVector<T>::SetZero() {
 
 template <class T> bool BaseVector<T>::Trim(int first, int last) {
   if (last == -1) last = m_length - 1;
+  checks::Require(first >= 0 && first <= m_length, "first", first, "length", m_length);
+  checks::Require(last >= first - 1 && last < m_length, "last", last, "length", m_length);
   m_pData += first;
   m_length = last - first + 1;
   return true;
@@ -64,6 +78,7 @@ template <class T> bool BaseVector<T>::Trim(int first, int last) {
 
 template <class T> bool BaseVector<T>::Truncate(int first, int count) {
   if (count == -1) count = m_length - first;
+  checks::Range(first, count, m_length);
   return Trim(first, first - 1 + count);
 }
 
@@ -71,9 +86,11 @@ template <class T> void BaseVector<T>::Alloc(int) { Throw(errors::kUnexpectedSof
 
 #if defined(QORN_CHECKED)
 template <class T> void BaseVector<T>::CheckIndex(int i) const {
-  if (i >= 0 && i < m_length) return;
-  std::fprintf(stderr, "QORN: index %i is outside a vector of length %i\n", i, m_length);
-  std::abort();
+  checks::Require(i >= 0 && i < m_length, "index", i, "length", m_length);
+}
+
+template <class T> void BaseVector<T>::CheckPosition(int i) const {
+  checks::Require(i == 0 || (i > 0 && i <= m_length), "index", i, "length", m_length);
 }
 #endif
 

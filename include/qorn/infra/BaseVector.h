@@ -37,8 +37,11 @@ public:
   int GetCapacity() const { return m_capacity; }
 
   /// The address of element i of the view; null plus nothing for an empty vector and i = 0.
-  T *GetPtr(int i = 0) const { return m_pData + i; }
-  T *DataPtr(int i = 0) const { return m_pData + i; }
+  T *GetPtr(int i = 0) const {
+    CheckPosition(i);
+    return m_pData + i;
+  }
+  T *DataPtr(int i = 0) const { return GetPtr(i); }
 
   /// Element i of the view.
   T &operator[](int i) {
@@ -85,6 +88,12 @@ protected:
   /// Replaces the block by one of n zeroed elements, all visible. Throws 11001 if there is no memory.
   void Create(int n);
 
+  /// As Create, but the elements hold what the memory held.
+  void CreateUncleared(int n);
+
+  /// Frees this vector's block and takes over the block and the view of src, which is then empty.
+  void TakeOver(BaseVector &src);
+
   /// Bytes of an element.
   int GetElementSize() const { return static_cast<int>(sizeof(T)); }
 
@@ -99,9 +108,11 @@ protected:
 
 private:
 #if defined(QORN_CHECKED)
-  void CheckIndex(int i) const;
+  void CheckIndex(int i) const;    // within the view
+  void CheckPosition(int i) const; // within it or one past its end
 #else
   void CheckIndex(int) const {}
+  void CheckPosition(int) const {}
 #endif
 };
 
