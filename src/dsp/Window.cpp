@@ -1,0 +1,123 @@
+#include "qorn/dsp/Window.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "infra/Errors.h"
+#include "qorn/infra/TargetLib.h"
+#include "qorn/math/MathUtils.h"
+#include "qorn/math/VecUtils.h"
+
+namespace QORN {
+
+namespace {
+
+// A division by the sum of the coefficients is reported as the kernel layer reports divisions, under its
+// name.
+constexpr const char *kModule = "infra\\TargetLib_ipp";
+
+// 2n, or a length that Resize refuses as it refuses any that memory cannot hold.
+int Twice(int n) {
+  constexpr int kMax = std::numeric_limits<int>::max();
+  return n > kMax / 2 ? kMax : 2 * n;
+}
+
+float *Interleaved(const VecCplx32 &vec) { return reinterpret_cast<float *>(vec.GetPtr()); }
+
+// The sum by the accurate kernel: accumulated in double, rounded once. 0 for an empty vector.
+float Sum(const VecReal32 &vec) {
+  float sum = 0.0F;
+  TargetLib::Sum_32f(vec.GetPtr(), vec.GetSize(), &sum);
+  return sum;
+}
+
+} // namespace
+
+Window::Window() = default;
+
+Window::Window(int n) { Window::SetParameters(n); }
+
+Window::Window(int n, float parameter) : m_parameter(parameter) { Window::SetParameters(n); }
+
+Window::~Window() = default;
+
+void Window::SetParameters(int n) {
+  m_size = n;
+  if (n < 1) return;
+  m_coefficients.Resize(Twice(n));
+  TargetLib::Set_32f(1.0F / static_cast<float>(n), m_coefficients.GetPtr(), m_coefficients.GetSize());
+}
+
+void Window::SetParameters(int n, float) { Window::SetParameters(n); }
+
+void Window::Set6dBBWParam(double) {}
+
+void Window::Apply(VecCplx32 &out, const VecCplx32 &in) const {
+  if (&out != &in) out = in;
+  Apply(out);
+}
+
+void Window::Apply(VecCplx32 &data) const {
+  // Halves of the two float counts are compared, since 2 * GetSize() of a long block is no int.
+  const int n = std::min(data.GetSize(), m_coefficients.GetSize() / 2);
+  TargetLib::Mul_32f_I(m_coefficients.GetPtr(), Interleaved(data), 2 * n);
+}
+
+void Window::Apply(VecReal32 &out, const VecReal32 &in) const {
+  if (&out == &in) {
+    VecReal32 coefficients;
+    GetCoefficients(coefficients);
+    TargetLib::Mul_32f_I(coefficients.GetPtr(), out.GetPtr(),
+                         std::min(out.GetSize(), coefficients.GetSize()));
+    return;
+  }
+  // The coefficients go straight to where the products will be.
+  const int n = std::min(in.GetSize(), m_coefficients.GetSize() / 2);
+  out.Resize(in.GetSize());
+  int written = 0;
+  int phase = 0;
+  TargetLib::SampleDown_32f(m_coefficients.GetPtr(), 2 * n, out.GetPtr(), &written, 2, &phase);
+  TargetLib::Mul_32f_I(in.GetPtr(), out.GetPtr(), n);
+  if (in.GetSize() > n) TargetLib::Copy_32f(in.GetPtr(n), out.GetPtr(n), in.GetSize() - n);
+}
+
+void Window::Apply(VecReal64 &out, const VecReal64 &in) const {
+  VecReal32 coefficients;
+  GetCoefficients(coefficients);
+  const VecReal64 wide(coefficients);
+  if (&out != &in) out = in;
+  TargetLib::Mul_64f_I(wide.GetPtr(), out.GetPtr(), std::min(out.GetSize(), wide.GetSize()));
+}
+
+void Window::GetCoefficients(VecReal32 &out) const { VecUtils::Downsample(out, m_coefficients, 2, 0); }
+
+float Window::GetENBW() const {
+  VecReal32 w;
+  GetCoefficients(w);
+  const float sum = Sum(w);
+  // The kernel takes a division by a zero constant for nothing to do, which would leave w as it is.
+  if (sum == 0.0F) Throw(errors::kDivideByZero, kModule);
+  TargetLib::DivC_32f_I(sum, w.GetPtr(), w.GetSize());
+  TargetLib::Sqr_32f_I(w.GetPtr(), w.GetSize());
+  return static_cast<float>(m_size) * Sum(w);
+}
+
+float Window::GetPowerAdjustIndB() const {
+  return static_cast<float>(10.0 * MathUtils::Log10(static_cast<double>(GetENBW())));
+}
+
+float Window::GetNBScaleFactor() const { return Sum(m_coefficients) * 0.5F; }
+
+void Window::ReleaseCoefficients() { m_coefficients.Release(); }
+
+void Window::StoreNormalised(const VecReal32 &shape) {
+  m_coefficients.Resize(Twice(shape.GetSize()));
+  float *out = m_coefficients.GetPtr();
+  for (int k = 0; k < shape.GetSize(); ++k) {
+    *out++ = shape[k];
+    *out++ = shape[k];
+  }
+  TargetLib::MulC_32f_I(1.0F / GetNBScaleFactor(), m_coefficients.GetPtr(), m_coefficients.GetSize());
+}
+
+} // namespace QORN

@@ -1,0 +1,62 @@
+// The shape of every out-of-place function on elements, and lengths that cannot overflow.
+#ifndef QORN_SRC_MATH_ELEMENTWISE_H
+#define QORN_SRC_MATH_ELEMENTWISE_H
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "Kernels.h"
+
+namespace QORN {
+
+/// A length computed in 64 bits as an int: 0 for a negative one, the largest int for one that is too large,
+/// which Resize then refuses like any other shortage of memory.
+inline int Length(std::int64_t n) {
+  return static_cast<int>(std::clamp<std::int64_t>(n, 0, std::numeric_limits<int>::max()));
+}
+
+/// Gives dst the length of src. A dst that is src keeps its view, narrowed or not.
+template <class D, class S> void ResizeLike(D &dst, const S &src) {
+  if (static_cast<const void *>(&dst) != &src) dst.Resize(src.GetSize());
+}
+
+/// dst = kernel(src), element by element.
+template <class D, class S, class Kernel> void Map(D &dst, const S &src, Kernel kernel) {
+  const int n = src.GetSize();
+  ResizeLike(dst, src);
+  kernel(src.GetPtr(), dst.GetPtr(), n);
+}
+
+constexpr int kBlock = 1024;
+
+/// x[i] = 10 ^ x[i] for at most kBlock elements. The kernel needs another destination, hence the blocks.
+template <class T> void Pow10I(T *x, int n) {
+  T exponents[kBlock];
+  kernel::Copy(x, exponents, n);
+  kernel::Pow10(exponents, x, n);
+}
+
+/// dst = src, then the in-place steps(pointer, count) over dst. The steps run over blocks that stay in the
+/// nearest cache, so that several of them cost about one pass over memory; an element's result depends on
+/// that element alone, so blocks do not show.
+template <class V, class Steps> void MapInSteps(V &dst, const V &src, Steps steps) {
+  const int n = src.GetSize();
+  ResizeLike(dst, src);
+  for (int i = 0; i < n; i += kBlock) {
+    const int count = std::min(kBlock, n - i);
+    if (&dst != &src) kernel::Copy(src.GetPtr(i), dst.GetPtr(i), count);
+    steps(dst.GetPtr(i), count);
+  }
+}
+
+/// kernel on one value: a scalar function gives what the vector function gives.
+template <class D, class S, class Kernel> D MapScalar(S x, Kernel kernel) {
+  D result{};
+  kernel(&x, &result, 1);
+  return result;
+}
+
+} // namespace QORN
+
+#endif
