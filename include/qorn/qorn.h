@@ -26,4 +26,13 @@
 #include "qorn/infra/VectorConversion.h"
 #include "qorn/infra/VectorOps.h"
 
+#include "qorn/math/MathUtils.h"
+#include "qorn/math/UnitConversion.h"
+#include "qorn/math/VecUtils.h"
+
+#include "qorn/dsp/DSPUtils.h"
+#include "qorn/dsp/FixedWindows.h"
+#include "qorn/dsp/Window.h"
+#include "qorn/dsp/WindowFactory.h"
+
 #endif

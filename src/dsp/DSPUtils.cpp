@@ -1,8 +1,11 @@
 #include "qorn/dsp/DSPUtils.h"
 
 #include "math/Kernels.h"
-#include "qorn/infra/IntVector.h"
-#include "qorn/infra/Vector.h"
+#include "qorn/infra/VecCplx32.h"
+#include "qorn/infra/VecCplx64.h"
+#include "qorn/infra/VecInt32.h"
+#include "qorn/infra/VecReal32.h"
+#include "qorn/infra/VecReal64.h"
 
 namespace QORN {
 

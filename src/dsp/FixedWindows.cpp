@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "qorn/infra/TargetLib.h"
+#include "qorn/infra/VecReal64.h"
 #include "qorn/math/MathUtils.h"
 
 namespace QORN {

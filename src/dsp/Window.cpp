@@ -5,6 +5,8 @@
 
 #include "infra/Errors.h"
 #include "qorn/infra/TargetLib.h"
+#include "qorn/infra/VecCplx32.h"
+#include "qorn/infra/VecReal64.h"
 #include "qorn/math/MathUtils.h"
 #include "qorn/math/VecUtils.h"
 
@@ -111,12 +113,7 @@ float Window::GetNBScaleFactor() const { return Sum(m_coefficients) * 0.5F; }
 void Window::ReleaseCoefficients() { m_coefficients.Release(); }
 
 void Window::StoreNormalised(const VecReal32 &shape) {
-  m_coefficients.Resize(Twice(shape.GetSize()));
-  float *out = m_coefficients.GetPtr();
-  for (int k = 0; k < shape.GetSize(); ++k) {
-    *out++ = shape[k];
-    *out++ = shape[k];
-  }
+  VecUtils::Duplicate(m_coefficients, shape, 2);
   TargetLib::MulC_32f_I(1.0F / GetNBScaleFactor(), m_coefficients.GetPtr(), m_coefficients.GetSize());
 }
 

@@ -17,14 +17,14 @@ struct Row {
   std::unique_ptr<Window> (*clone)(const Window &);
 };
 
-template <class W> Row RowOf(WindowType type) {
+template <class W> constexpr Row RowOf(WindowType type) {
   return {type, typeid(W), [] { return std::unique_ptr<Window>(std::make_unique<W>()); },
           [](const Window &window) {
             return std::unique_ptr<Window>(std::make_unique<W>(static_cast<const W &>(window)));
           }};
 }
 
-const Row kRows[] = {
+constexpr Row kRows[] = {
     RowOf<Window>(WindowRectangle),      RowOf<BlackmanHarrisWindow>(WindowBlackmanHarris),
     RowOf<FlatTopWindow>(WindowFlatTop), RowOf<HannWindow>(WindowHann),
     RowOf<GaussWindow>(WindowGauss),     RowOf<HammingWindow>(WindowHamming),

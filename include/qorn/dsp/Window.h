@@ -2,9 +2,12 @@
 #define QORN_DSP_WINDOW_H
 
 #include "qorn/Export.h"
-#include "qorn/infra/Vector.h"
+#include "qorn/infra/VecReal32.h"
 
 namespace QORN {
+
+class VecReal64;
+class VecCplx32;
 
 /// The rectangular window, and the base of all others: the taper that is multiplied onto a block of N samples
 /// before a Fourier transform, and the figures that a spectrum analyser needs about it.
