@@ -34,5 +34,6 @@
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"
+#include "qorn/utils/IQFReader.h"
 
 #endif
