@@ -1,0 +1,213 @@
+// Sine and cosine.
+#ifndef QORN_SRC_INFRA_KERNELS_CIRCULAR_H
+#define QORN_SRC_INFRA_KERNELS_CIRCULAR_H
+
+#include "ElementaryBasics.h"
+#include "ElementaryCoefficients.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+/// x = quadrant * pi/2 + (high + low), the rest being at most pi/4 in magnitude; the quadrant counts
+/// modulo 4.
+struct Reduced {
+  double high, low;
+  std::uint64_t quadrant;
+};
+
+/// Up to here n = x / (pi/2) has at most 19 bits, and its products with the short parts of pi/2 are exact.
+constexpr double kCircularLimit = 0x1.8p19;
+
+/// Cody and Waite's reduction. Every difference but the last is exact: its terms are multiples of one power
+/// of two that is not too small. So the rest is good to 2^-128, and no double below the limit is closer to a
+/// multiple of pi/2 than 2^-61.
+QORN_INLINE Reduced Reduce(double x) {
+  const double shifted = MulAdd(x, kTwoOverPi, kShifter);
+  const double n = shifted - kShifter;
+  const double first = MulAdd(-n, kHalfPi1, x);
+  const double second = n * kHalfPi2;
+  const double sum = first - second;
+  const double third = MulAdd(n, kHalfPi3, -((first - sum) - second));
+  const double high = sum - third;
+  return {high, MulAdd(-n, kHalfPi4, (sum - high) - third), Bits(shifted)};
+}
+
+__extension__ typedef unsigned __int128 Wide;
+
+/// The reduction of Payne and Hanek (SIGNUM Newsletter 18, 1983) for a finite x of at least 2^18: x is an
+/// integer times a power of two, so the leading bits of 2/pi contribute whole turns and are skipped. The
+/// product with the next 192 bits has at least 70 good ones behind any run of zeros that a double can cause.
+inline Reduced ReduceHuge(double x) {
+  const std::uint64_t bits = Bits(x);
+  const int exponent = static_cast<int>(bits >> 52 & 2047) - 1075;
+  const std::uint64_t mantissa = (bits & ((std::uint64_t(1) << 52) - 1)) | (std::uint64_t(1) << 52);
+
+  // The window begins at the bit whose product with the power of two weighs 2; the quadrant stands in its
+  // first two bits.
+  const int start = 62 + exponent;
+  const std::uint64_t *word = kTwoOverPiBits + start / 64;
+  const int shift = start % 64;
+  std::uint64_t window[3];
+  for (int i = 0; i < 3; ++i)
+    window[i] = shift == 0 ? word[i] : word[i] << shift | word[i + 1] >> (64 - shift);
+
+  const Wide low = Wide(mantissa) * window[2];
+  const Wide middle = Wide(mantissa) * window[1] + static_cast<std::uint64_t>(low >> 64);
+  const std::uint64_t top = mantissa * window[0] + static_cast<std::uint64_t>(middle >> 64);
+  const std::uint64_t mid = static_cast<std::uint64_t>(middle), end = static_cast<std::uint64_t>(low);
+
+  // The fraction of a quadrant, in two's complement from -1/2 to 1/2, and then its magnitude.
+  std::uint64_t f2 = top << 2 | mid >> 62, f1 = mid << 2 | end >> 62, f0 = end << 2;
+  const bool negative = f2 >> 63 != 0;
+  std::uint64_t quadrant = (top >> 62) + (negative ? 1 : 0);
+  if (negative) {
+    f0 = ~f0 + 1;
+    f1 = ~f1 + (f0 == 0 ? 1 : 0);
+    f2 = ~f2 + (f0 == 0 && f1 == 0 ? 1 : 0);
+  }
+  int zeros = 0;
+  if (f2 == 0) {
+    f2 = f1;
+    f1 = f0;
+    f0 = 0;
+    zeros = 64;
+  }
+  const int leading = __builtin_clzll(f2 | 1);
+  if (leading > 0) {
+    f2 = f2 << leading | f1 >> (64 - leading);
+    f1 = f1 << leading | f0 >> (64 - leading);
+  }
+  const double unit = FromBits(static_cast<std::uint64_t>(1023 - 53 - zeros - leading) << 52);
+  const double a = static_cast<double>(f2 >> 11) * unit;
+  const double b = static_cast<double>((f2 << 53 | f1 >> 11) >> 1) * (unit * 0x1p-63);
+
+  const double product = a * kHalfPiHigh;
+  const double rest = ProductError(a, kHalfPiHigh, product) + (a * kHalfPiLow + b * kHalfPiHigh);
+  double high = product + rest;
+  double rounded = (product - high) + rest;
+  if (negative != (x < 0)) {
+    high = -high;
+    rounded = -rounded;
+  }
+  return {high, rounded, x < 0 ? 0 - quadrant : quadrant};
+}
+
+QORN_INLINE double SineOf(double high, double low) {
+  const double u = high * high;
+  return high + MulAdd(high * u, Polynomial(u, kSin64), low * MulAdd(-0.5, u, 1.0));
+}
+
+QORN_INLINE double CosineOf(double high, double low) {
+  const double u = high * high;
+  const double half = 0.5 * u;
+  const double sum = 1 - half;
+  return sum + (((1 - sum) - half) + MulAdd(u * u, Polynomial(u, kCos64), -high * low));
+}
+
+/// The sine, the cosine or their negatives, as the quadrant says.
+QORN_INLINE double Turned(double sine, double cosine, std::uint64_t quadrant) {
+  const std::uint64_t swap = 0 - (quadrant & 1);
+  return FromBits(((Bits(cosine) & swap) | (Bits(sine) & ~swap)) ^ (quadrant >> 1) << 63);
+}
+
+QORN_INLINE Cplx64 PhasorOf(const Reduced &r) {
+  const double sine = SineOf(r.high, r.low), cosine = CosineOf(r.high, r.low);
+  return {Turned(sine, cosine, r.quadrant + 1), Turned(sine, cosine, r.quadrant)};
+}
+
+struct Phasor64 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static Cplx64 Fast(double x) {
+    const Cplx64 y = PhasorOf(Reduce(x));
+    const bool served = Magnitude(x) < kCircularLimit;
+    // The sum of the exact and its rest loses the sign of a zero.
+    return {served ? y.re : kNaN, x == 0 ? x : y.im};
+  }
+  static Cplx64 Full(double x) {
+    if (!(Magnitude(x) < kInfinity)) return {kNaN, kNaN};
+    return PhasorOf(ReduceHuge(x));
+  }
+};
+
+struct Sin64 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static double Fast(double x) {
+    const double y = Phasor64::Fast(x).im;
+    return Magnitude(x) < kCircularLimit ? y : kNaN;
+  }
+  static double Full(double x) { return Phasor64::Full(x).im; }
+};
+
+struct Cos64 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static double Fast(double x) { return Phasor64::Fast(x).re; }
+  static double Full(double x) { return Phasor64::Full(x).re; }
+};
+
+// Float arguments, in double arithmetic: one polynomial serves a whole half turn.
+
+QORN_INLINE double SineForFloat(double r) {
+  const double u = r * r;
+  return r * MulAdd(u, Polynomial(u, kSin32), 1.0);
+}
+
+/// (-1)^n sin(x - n pi) for the n that the low bits of shifted hold, plus offset.
+QORN_INLINE double AlternatingSine(double x, double shifted, double offset) {
+  const double n = (shifted - kShifter) + offset;
+  const double r = MulAdd(-n, kPi2, MulAdd(-n, kPi1, x));
+  return FromBits(Bits(SineForFloat(r)) ^ Bits(shifted) << 63);
+}
+
+QORN_INLINE bool ServedForFloat(double x) { return Magnitude(x) < kCircularLimit; }
+
+struct Sin32 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static float Fast(float argument) {
+    const double x = static_cast<double>(argument);
+    const double y = AlternatingSine(x, MulAdd(x, kOneOverPi, kShifter), 0.0);
+    return static_cast<float>(ServedForFloat(x) ? y : kNaN);
+  }
+  static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).im); }
+};
+
+struct Cos32 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static float Fast(float argument) {
+    // cos x = -(-1)^n sin(x - (n + 1/2) pi)
+    const double x = static_cast<double>(argument);
+    const double y = -AlternatingSine(x, MulAdd(x, kOneOverPi, -0.5) + kShifter, 0.5);
+    return static_cast<float>(ServedForFloat(x) ? y : kNaN);
+  }
+  static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).re); }
+};
+
+struct Phasor32 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static Cplx32 Fast(float x) { return {Cos32::Fast(x), Sin32::Fast(x)}; }
+  static Cplx32 Full(float x) { return {Cos32::Full(x), Sin32::Full(x)}; }
+};
+
+/// A vector of given length and angle, rounded once.
+struct Polar32 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static Cplx32 Times(float length, double cosine, double sine) {
+    const double l = static_cast<double>(length);
+    return {static_cast<float>(l * cosine), static_cast<float>(l * sine)};
+  }
+  QORN_INLINE static Cplx32 Fast(float length, float angle) {
+    const double x = static_cast<double>(angle);
+    const double sine = AlternatingSine(x, MulAdd(x, kOneOverPi, kShifter), 0.0);
+    const double cosine = -AlternatingSine(x, MulAdd(x, kOneOverPi, -0.5) + kShifter, 0.5);
+    return Times(length, ServedForFloat(x) ? cosine : kNaN, sine);
+  }
+  static Cplx32 Full(float length, float angle) {
+    const double x = static_cast<double>(angle);
+    const Cplx64 phasor = Magnitude(x) < kCircularLimit ? Phasor64::Fast(x) : Phasor64::Full(x);
+    return Times(length, phasor.re, phasor.im);
+  }
+};
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif

@@ -1,0 +1,144 @@
+// What the elementary functions share: access to a double's bits, polynomials, exact products, and the loop
+// that runs a function over arrays.
+#ifndef QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
+#define QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
+
+#include "Kernel.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+#define QORN_INLINE [[gnu::always_inline]] inline
+
+#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
+constexpr bool kFused = true;
+#else
+constexpr bool kFused = false;
+#endif
+
+constexpr double kInfinity = __builtin_inf();
+constexpr double kNaN = __builtin_nan("");
+constexpr double kSmallestNormal = 0x1p-1022;
+
+/// Added to and subtracted from a number below 2^51 in magnitude, it rounds to the nearest integer, which
+/// also stands in the low bits of the sum.
+constexpr double kShifter = 0x1.8p52;
+
+QORN_INLINE std::uint64_t Bits(double x) { return __builtin_bit_cast(std::uint64_t, x); }
+QORN_INLINE double FromBits(std::uint64_t bits) { return __builtin_bit_cast(double, bits); }
+
+constexpr std::uint64_t kSignBit = std::uint64_t(1) << 63;
+QORN_INLINE double Magnitude(double x) { return FromBits(Bits(x) & ~kSignBit); }
+QORN_INLINE double WithSignOf(double size, double sign) {
+  return FromBits(Bits(size) | (Bits(sign) & kSignBit));
+}
+
+/// A number as an unevaluated sum, the second part being about a rounding error of the first.
+struct Pair {
+  double high, low;
+};
+
+/// a * b - product, exactly, product being the rounded a * b. Without the fused instruction by Dekker's
+/// splitting (Numerische Mathematik 18, 1971), the halves being cut by bits, which cannot overflow.
+QORN_INLINE double ProductError(double a, double b, double product) {
+  if constexpr (kFused) {
+    return MulAdd(a, b, -product);
+  } else {
+    constexpr std::uint64_t upper = ~std::uint64_t(0) << 27;
+    const double a1 = FromBits(Bits(a) & upper), a2 = a - a1;
+    const double b1 = FromBits(Bits(b) & upper), b2 = b - b1;
+    return ((a1 * b1 - product) + a1 * b2 + a2 * b1) + a2 * b2;
+  }
+}
+
+// Polynomials by Estrin's scheme: pairs of terms, then pairs of pairs. The chain of dependent steps grows
+// with the logarithm of the degree, which keeps the units busy.
+
+constexpr int HalfOf(int terms) {
+  int half = 1;
+  while (2 * half < terms) half *= 2;
+  return half;
+}
+constexpr int PowerIndex(int power) { return power == 1 ? 0 : 1 + PowerIndex(power / 2); }
+
+template <int N> struct Estrin {
+  static constexpr int kHalf = HalfOf(N);
+  QORN_INLINE static double At(const double *c, const double *powers) {
+    return MulAdd(powers[PowerIndex(kHalf)], Estrin<N - kHalf>::At(c + kHalf, powers),
+                  Estrin<kHalf>::At(c, powers));
+  }
+};
+template <> struct Estrin<1> {
+  QORN_INLINE static double At(const double *c, const double *) { return c[0]; }
+};
+
+/// The sum of c[i] x^i.
+template <int N> QORN_INLINE double Polynomial(double x, const double (&c)[N]) {
+  const double x2 = x * x, x4 = x2 * x2, x8 = x4 * x4, x16 = x8 * x8;
+  const double powers[5] = {x, x2, x4, x8, x16};
+  return Estrin<N>::At(c, powers);
+}
+
+// The loop. An operation offers
+//   Fast(arguments...)  branch-free, which the compiler turns into vector code
+//   kComplete           whether Fast serves every argument
+//   Full(arguments...)  unless complete: what Fast marks by a not-a-number, in scalar code
+// Fast always runs on whole blocks in one piece of code, a tail being padded to a block; Full is chosen by
+// the element alone. So a result cannot depend on its place or on its neighbours. Results stand in a buffer
+// until the arguments are no longer needed: a destination may be a source.
+
+template <class T> QORN_INLINE bool IsMarked(T x) { return x != x; }
+QORN_INLINE bool IsMarked(Cplx32 x) { return x.re != x.re; }
+QORN_INLINE bool IsMarked(Cplx64 x) { return x.re != x.re; }
+
+template <class R> struct PartCount { static constexpr Index kValue = 1; };
+template <> struct PartCount<Cplx32> { static constexpr Index kValue = 2; };
+template <> struct PartCount<Cplx64> { static constexpr Index kValue = 2; };
+
+/// Elements of a block: one vector register of scalars at the widest level.
+template <class R> constexpr Index kBlock = 64 * PartCount<R>::kValue / Index(sizeof(R));
+
+template <class Op, class R, class... A>
+[[gnu::noinline]] void RunBlocks(Op op, R *dst, Index count, const A *...src) {
+  constexpr Index kChunk = 16 * kBlock<R>;
+  alignas(64) R out[kChunk];
+  for (Index start = 0; start < count; start += kChunk) {
+    const Index blocks = (count - start < kChunk ? count - start : kChunk) / kBlock<R>;
+    const Index n = blocks * kBlock<R>;
+    for (Index i = 0; i < n; ++i) out[i] = op.Fast(src[start + i]...);
+    if constexpr (!Op::kComplete) {
+      int marked = 0;
+      for (Index i = 0; i < n; ++i) marked |= IsMarked(out[i]) ? 1 : 0;
+      if (marked != 0) {
+        for (Index i = 0; i < n; ++i) {
+          if (IsMarked(out[i])) out[i] = op.Full(src[start + i]...);
+        }
+      }
+    }
+    for (Index i = 0; i < n; ++i) dst[start + i] = out[i];
+  }
+}
+
+/// The last elements of an array, filled up with copies of the very last.
+template <class A, Index N> struct Padded {
+  Padded(const A *src, Index count) {
+    for (Index i = 0; i < N; ++i) values[i] = src[i < count ? i : count - 1];
+  }
+  alignas(64) A values[N];
+};
+
+template <class Op, class R, class... A> void Map(Op op, R *dst, int len, const A *...src) {
+  constexpr Index n = kBlock<R>;
+  const Index whole = len / n * n, rest = len - whole;
+  if (whole > 0) RunBlocks(op, dst, whole, src...);
+  if (rest > 0) {
+    alignas(64) R out[n];
+    RunBlocks(op, out, n, Padded<A, n>(src + whole, rest).values...);
+    for (Index i = 0; i < rest; ++i) dst[whole + i] = out[i];
+  }
+}
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif

@@ -1,0 +1,46 @@
+// The error function.
+#ifndef QORN_SRC_INFRA_KERNELS_ERRORFUNCTION_H
+#define QORN_SRC_INFRA_KERNELS_ERRORFUNCTION_H
+
+#include "Exponential.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+// Near 0 an odd polynomial, further out 1 - e^(ln erfc(x)): the logarithm of erfc is as smooth as a parabola,
+// and what it errs by counts erfc-fold only.
+
+struct Erf64 {
+  static constexpr bool kComplete = true;
+  QORN_INLINE static double Fast(double x) {
+    const double size = Magnitude(x);
+    const double u = size * size;
+    const double small = MulAdd(size, Polynomial(u, kErfSmall64), size);
+
+    const double end = size > 6 ? 6 : size; // 1 to the last place from 5.93 on
+    const double v = end - 0.75;
+    const double growth = v * Polynomial(v, kErfLarge64);
+    const double log = kErfLogHigh + growth;
+    const ExpParts parts = SplitExp(log, ((kErfLogHigh - log) + growth) + kErfLogLow);
+    const double scale = PowerOfTwo(parts.shifted);
+    const double large = (1 - scale) - scale * parts.fraction;
+    return WithSignOf(size > 0.75 ? large : small, x);
+  }
+};
+
+struct Erf32 {
+  static constexpr bool kComplete = true;
+  QORN_INLINE static float Fast(float argument) {
+    const double x = static_cast<double>(argument);
+    const double size = Magnitude(x);
+    const double small = size * Polynomial(size * size, kErfSmall32);
+    const double end = size > 4 ? 4 : size; // 1 to the last place from 3.92 on
+    const double large = 1 - Exp2ForFloat(Polynomial(end - 1, kErfLarge32));
+    return static_cast<float>(WithSignOf(size > 1 ? large : small, x));
+  }
+};
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif

@@ -1,0 +1,76 @@
+// e^x and its relatives.
+#ifndef QORN_SRC_INFRA_KERNELS_EXPONENTIAL_H
+#define QORN_SRC_INFRA_KERNELS_EXPONENTIAL_H
+
+#include "ElementaryBasics.h"
+#include "ElementaryCoefficients.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+/// e^x = (1 + fraction) * 2^n with 3/4 <= 1 + fraction <= 3/2: there the last place of the fraction is never
+/// coarser than a quarter of that of the sum, so that one rounding dominates. shifted holds n in its low
+/// bits.
+struct ExpParts {
+  double fraction, n, shifted;
+};
+
+/// The parts of e^(x + low), for |x| below about 1100 and low at most some rounding errors of x.
+QORN_INLINE ExpParts SplitExp(double x, double low) {
+  const double shifted = (x - kExpShift) * kLog2e + kShifter;
+  const double n = shifted - kShifter;
+  const double high = MulAdd(-n, kLn2High, x); // exact: ln 2 is cut so that the product is
+  const double rest = MulAdd(n, kLn2Low, -low);
+  const double r = high - rest;
+  return {high + MulAdd(r * r, Polynomial(r, kExp64), -rest), n, shifted};
+}
+
+/// 2^n for a shifted n as above, n from -1022 to 1023.
+QORN_INLINE double PowerOfTwo(double shifted) { return FromBits((Bits(shifted) + 1023) << 52); }
+
+QORN_INLINE double Scaled(const ExpParts &parts) {
+  const double scale = PowerOfTwo(parts.shifted);
+  return MulAdd(scale, parts.fraction, scale);
+}
+
+/// e^(x + low) over the whole range, x not being a not-a-number: two scalings, of which only the last can
+/// round, reach the denormals and infinity.
+QORN_INLINE double ScaledFully(double x, double low) {
+  x = x < -800 ? -800 : x > 800 ? 800 : x;
+  const ExpParts parts = SplitExp(x, low);
+  const double half = parts.n * 0.5 + kShifter;
+  const double first = PowerOfTwo(half);
+  const double second = PowerOfTwo(parts.n - (half - kShifter) + kShifter);
+  return (1 + parts.fraction) * first * second;
+}
+
+struct Exp64 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static double Fast(double x) {
+    const double y = Scaled(SplitExp(x, 0.0));
+    return Magnitude(x) < 707 ? y : kNaN;
+  }
+  static double Full(double x) { return x != x ? x : ScaledFully(x, 0.0); }
+};
+
+/// 2^t to the precision of a float. A result beyond float's range comes out beyond it.
+QORN_INLINE double Exp2ForFloat(double t) {
+  constexpr double shifter = kShifter + 1023;
+  t = t < -200 ? -200 : t;
+  t = t > 200 ? 200 : t;
+  const double shifted = t + shifter;
+  const double f = t - (shifted - shifter);
+  return Polynomial(f, kExp2_32) * FromBits(Bits(shifted) << 52);
+}
+
+struct Exp32 {
+  static constexpr bool kComplete = true;
+  QORN_INLINE static float Fast(float x) {
+    return static_cast<float>(Exp2ForFloat(static_cast<double>(x) * kLog2e));
+  }
+};
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif

@@ -1,0 +1,133 @@
+// x^y.
+#ifndef QORN_SRC_INFRA_KERNELS_POWER_H
+#define QORN_SRC_INFRA_KERNELS_POWER_H
+
+#include "Exponential.h"
+#include "Logarithm.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+constexpr std::uint64_t kPowStartBits = 0x3fe6a00000000000;
+
+/// ln(x) + k ln 2 to about 67 bits for a positive normal x: the product with an exponent may reach 745, and
+/// what it errs by is a relative error of the power.
+QORN_INLINE Pair LogForPower(double x, double k) {
+  const LogParts parts = SplitLog(x, kPowStartBits);
+  const std::uint64_t row = (parts.bits >> 45) & 127;
+  const double inverse = kPowInverse[row];
+  // Exact: z is a multiple of 2^-53, the inverse has 8 bits behind the point, and the result is below 2^-7.
+  double r;
+  if constexpr (kFused) {
+    r = MulAdd(parts.z, inverse, -1.0);
+  } else {
+    const double z1 = FromBits(Bits(parts.z) & (~std::uint64_t(0) << 27));
+    r = (z1 * inverse - 1) + (parts.z - z1) * inverse;
+  }
+  k += parts.k;
+  const double exponent = MulAdd(k, kLn2High, kPowLogHigh[row]); // exact
+  const double sum = exponent + r;
+  const double sumLost = (exponent - sum) + r;
+  const double square = r * r;
+  const double halfSquare = 0.5 * square;
+  const double high = sum - halfSquare;
+  const double highLost = (sum - high) - halfSquare;
+  const double rest = MulAdd(k, kLn2Low, kPowLogLow[row]) - 0.5 * ProductError(r, r, square);
+  const double low = ((rest + sumLost) + highLost) + square * r * Polynomial(r, kPowLog64);
+  const double all = high + low;
+  return {all, (high - all) + low};
+}
+
+/// 1 or -1, the sign of x^y; a not-a-number where a negative x has no such power. y below 2^51 in magnitude.
+QORN_INLINE double PowerSign(double x, double y) {
+  const double half = 0.5 * y;
+  const bool whole = (y + kShifter) - kShifter == y;
+  const bool even = (half + kShifter) - kShifter == half;
+  const double sign = even ? 1.0 : (whole ? -1.0 : kNaN);
+  return x < 0 ? sign : 1.0;
+}
+
+/// x^y where the rules of IEEE 754 (and Annex F of the C standard) name the value, and else the sign that
+/// |x|^y must be given.
+struct PowerCase {
+  bool settled;
+  double value;
+};
+
+inline PowerCase SettlePower(double x, double y) {
+  if (y == 0 || x == 1) return {true, 1.0};
+  if (x != x || y != y) return {true, kNaN};
+  const double size = Magnitude(x), exponent = Magnitude(y);
+  if (exponent == kInfinity) return {true, size == 1 ? 1.0 : (size > 1) == (y > 0) ? kInfinity : 0.0};
+  // Every double from 2^53 on is an even number.
+  const double half = 0.5 * exponent;
+  const bool whole = exponent >= 0x1p52 || (exponent + 0x1p52) - 0x1p52 == exponent;
+  const bool odd = exponent < 0x1p53 && whole && (half + 0x1p52) - 0x1p52 != half;
+  const double sign = (Bits(x) & kSignBit) != 0 && odd ? -1.0 : 1.0;
+  if (size == 0 || size == kInfinity) return {true, sign * ((size == 0) == (y > 0) ? 0.0 : kInfinity)};
+  if (x < 0 && !whole) return {true, kNaN};
+  return {false, sign};
+}
+
+struct Power64 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static double Fast(double x, double y) {
+    const double size = Magnitude(x);
+    const Pair log = LogForPower(size, 0.0);
+    const double high = y * log.high;
+    const double low = MulAdd(y, log.low, ProductError(y, log.high, high));
+    const double power = Scaled(SplitExp(high, low)) * PowerSign(x, y);
+    const bool served =
+        (size >= kSmallestNormal) & (size < kInfinity) & (Magnitude(high) < 707) & (Magnitude(y) < 0x1p51);
+    return served ? power : kNaN;
+  }
+  static double Full(double x, double y) {
+    const PowerCase c = SettlePower(x, y);
+    if (c.settled) return c.value;
+    const double size = Magnitude(x);
+    const Pair log = size < kSmallestNormal ? LogForPower(size * 0x1p54, -54.0) : LogForPower(size, 0.0);
+    const double high = y * log.high;
+    if (!(Magnitude(high) < 800)) return c.value * (high > 0 ? kInfinity : 0.0);
+    const double low = MulAdd(y, log.low, ProductError(y, log.high, high));
+    return c.value * ScaledFully(high, low);
+  }
+};
+
+struct Power32 {
+  static constexpr bool kComplete = false;
+  QORN_INLINE static double Core(double size, double y) {
+    return Exp2ForFloat(y * LogForFloat(size, kPowLog32, kLog2e, 1.0));
+  }
+  QORN_INLINE static float Fast(float base, float exponent) {
+    const double x = static_cast<double>(base), y = static_cast<double>(exponent);
+    const double size = Magnitude(x);
+    const double power = Core(size, y) * PowerSign(x, y);
+    const bool served = size > 0 && size < kInfinity && Magnitude(y) < 0x1p51;
+    return static_cast<float>(served ? power : kNaN);
+  }
+  static float Full(float base, float exponent) {
+    const double x = static_cast<double>(base), y = static_cast<double>(exponent);
+    const PowerCase c = SettlePower(x, y);
+    return static_cast<float>(c.settled ? c.value : c.value * Core(Magnitude(x), y));
+  }
+};
+
+/// x^y with one y for all elements.
+template <class Power, class T> struct PowerBy {
+  static constexpr bool kComplete = Power::kComplete;
+  T exponent;
+  QORN_INLINE T Fast(T x) const { return Power::Fast(x, exponent); }
+  T Full(T x) const { return Power::Full(x, exponent); }
+};
+
+/// 10^y: the general power, of which the compiler evaluates the logarithm once.
+template <class Power, class T> struct PowerOfTen {
+  static constexpr bool kComplete = Power::kComplete;
+  QORN_INLINE static T Fast(T y) { return Power::Fast(T(10), y); }
+  static T Full(T y) { return Power::Full(T(10), y); }
+};
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif
