@@ -204,8 +204,8 @@ polynomial("kAtan32", "atan(t) = t + t^3 P(t^2) for |t| <= 1, relative, for floa
 
 # Error function.
 edge = mpf(3) / 4
-f = near_zero(lambda u: erf(sqrt(u)) / sqrt(u) - 1, 2 / sqrt(pi) - 1)
-polynomial("kErfSmall64", "erf(x) = x + x P(x^2) for |x| <= 3/4, relative.", f,
+f = near_zero(lambda u: erf(sqrt(u)) / sqrt(u) - mpf(9) / 8, 2 / sqrt(pi) - mpf(9) / 8)
+polynomial("kErfSmall64", "erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 3/4, relative.", f,
            lambda u: sqrt(u) / erf(sqrt(u)) if u else sqrt(pi) / 2, 0, edge ** 2, 11)
 q0 = log(erfc(edge))
 scalars("ln erfc(3/4) in two parts.", kErfLogHigh=rounded(q0, 53), kErfLogLow=q0 - rounded(q0, 53))

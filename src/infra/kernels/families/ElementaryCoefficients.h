@@ -420,10 +420,10 @@ constexpr double kAtan32[12] = {
     -0x1.b2f46fc4b2d7dp-6, 0x1.81f4fe733d3bfp-7, -0x1.b400243cc4ff5p-9, 0x1.ce16977b22a17p-12,
 };
 
-// erf(x) = x + x P(x^2) for |x| <= 3/4, relative.
+// erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 3/4, relative.
 // Largest error 2^-60.1.
 constexpr double kErfSmall64[11] = {
-    0x1.06eba8214db69p-3,  -0x1.812746b0379ep-2,   0x1.ce2f21a04247p-4,   -0x1.b82ce312556cdp-6,
+    0x1.baea08536da21p-9,  -0x1.812746b0379ep-2,   0x1.ce2f21a04247p-4,   -0x1.b82ce312556cdp-6,
     0x1.565bcd03118c3p-8,  -0x1.c02db110c0a15p-11, 0x1.f9a2ad77a0ceep-14, -0x1.f4c5b381dcd1dp-17,
     0x1.b90cc4d29d925p-20, -0x1.5641e3929cc57p-23, 0x1.89e4523a5d33fp-27,
 };

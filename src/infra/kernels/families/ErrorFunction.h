@@ -11,11 +11,11 @@ namespace {
 // and what it errs by counts erfc-fold only.
 
 struct Erf64 {
-  static constexpr bool kComplete = true;
+  static constexpr bool kComplete = false;
   QORN_INLINE static double Fast(double x) {
     const double size = Magnitude(x);
     const double u = size * size;
-    const double small = MulAdd(size, Polynomial(u, kErfSmall64), size);
+    const double small = size + MulAdd(size, Polynomial(u, kErfSmall64), 0.125 * size);
 
     const double end = size > 6 ? 6 : size; // 1 to the last place from 5.93 on
     const double v = end - 0.75;
@@ -24,8 +24,10 @@ struct Erf64 {
     const ExpParts parts = SplitExp(log, ((kErfLogHigh - log) + growth) + kErfLogLow);
     const double scale = PowerOfTwo(parts.shifted);
     const double large = (1 - scale) - scale * parts.fraction;
-    return WithSignOf(size > 0.75 ? large : small, x);
+    const bool served = size > 0x1p-960 || size == 0; // below, x / 8 could round
+    return served ? WithSignOf(size > 0.75 ? large : small, x) : kNaN;
   }
+  static double Full(double x) { return x != x ? x : Fast(x * 0x1p200) * 0x1p-200; }
 };
 
 struct Erf32 {

@@ -78,7 +78,7 @@ struct Power64 {
     const double low = MulAdd(y, log.low, ProductError(y, log.high, high));
     const double power = Scaled(SplitExp(high, low)) * PowerSign(x, y);
     const bool served =
-        (size >= kSmallestNormal) & (size < kInfinity) & (Magnitude(high) < 707) & (Magnitude(y) < 0x1p51);
+        size >= kSmallestNormal && size < kInfinity && Magnitude(high) < 707 && Magnitude(y) < 0x1p51;
     return served ? power : kNaN;
   }
   static double Full(double x, double y) {
