@@ -56,7 +56,7 @@ template <class V> auto OfOne(void (*vector)(V &, const V &), test::ElementOf<V>
   return dst[0];
 }
 
-double Run(const Forms &forms, char form, double x) {
+double Result(const Forms &forms, char form, double x) {
   const auto narrow = static_cast<float>(x);
   switch (form) {
   case 'f':
@@ -81,7 +81,7 @@ TEST(UnitConversion, AnyConversion_AnyForm_GivesTheTabulatedResult) {
     const double x = std::strtod(row[2].c_str(), nullptr);
     const double expected = std::strtod(row[3].c_str(), nullptr);
     const double bound = std::strtod(row[4].c_str(), nullptr);
-    const double got = Run(found->second, row[1][0], x);
+    const double got = Result(found->second, row[1][0], x);
     if (std::isnan(expected)) {
       EXPECT_TRUE(std::isnan(got)) << row[0] << ' ' << row[1] << ' ' << x;
     } else {
