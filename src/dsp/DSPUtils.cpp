@@ -1,6 +1,6 @@
 #include "qorn/dsp/DSPUtils.h"
 
-#include "math/Kernels.h"
+#include "math/Elementwise.h"
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "qorn/infra/VecInt32.h"
@@ -21,8 +21,8 @@ template <class V> void Shift(V &dst, const V &src) {
   const int n = src.GetSize();
   const int first = n / 2 + (n & 1);
   dst.Resize(n);
-  kernel::Copy(src.GetPtr(first), dst.GetPtr(), n - first);
-  kernel::Copy(src.GetPtr(), dst.GetPtr(n - first), first);
+  Kernels<ElementOf<V>>::Copy(src.GetPtr(first), dst.GetPtr(), n - first);
+  Kernels<ElementOf<V>>::Copy(src.GetPtr(), dst.GetPtr(n - first), first);
 }
 
 template <class V> void Shift(V &vec) {

@@ -43,6 +43,9 @@ template <> struct Kernels<int> {
   static constexpr auto MaxIndx = &TargetLib::MaxIndx_32s;
   static constexpr auto MinIndx = &TargetLib::MinIndx_32s;
   static constexpr auto Sum = &TargetLib::Sum_32s;
+  static constexpr auto Abs = &TargetLib::Abs_32s;
+  static constexpr auto SortIndexAscend = &TargetLib::SortIndexAscend_32s;
+  static constexpr auto SortIndexDescend = &TargetLib::SortIndexDescend_32s;
 };
 
 /// Filling and copying move bits, so the signed kernels serve.
@@ -74,6 +77,16 @@ template <> struct Kernels<float> {
   static constexpr auto Sum = &TargetLib::Sum_32f;
   static constexpr auto Mean = &TargetLib::Mean_32f;
   static constexpr auto StdDev = &TargetLib::StdDev_32f;
+  static constexpr auto Abs = &TargetLib::Abs_32f;
+  static constexpr auto Sqr = &TargetLib::Sqr_32f_I;
+  static constexpr auto Sqrt = &TargetLib::Sqrt_32f_I;
+  static constexpr auto Log10 = &TargetLib::Log10_32f;
+  static constexpr auto Pow10 = &TargetLib::Pow10_32f;
+  static constexpr auto Flip = &TargetLib::Flip_32f_I;
+  static constexpr auto SampleDown = &TargetLib::SampleDown_32f;
+  static constexpr auto SampleUp = &TargetLib::SampleUp_32f;
+  static constexpr auto SortIndexAscend = &TargetLib::SortIndexAscend_32f;
+  static constexpr auto SortIndexDescend = &TargetLib::SortIndexDescend_32f;
 };
 
 template <> struct Kernels<double> {
@@ -95,6 +108,16 @@ template <> struct Kernels<double> {
   static constexpr auto Sum = &TargetLib::Sum_64f;
   static constexpr auto Mean = &TargetLib::Mean_64f;
   static constexpr auto StdDev = &TargetLib::StdDev_64f;
+  static constexpr auto Abs = &TargetLib::Abs_64f;
+  static constexpr auto Sqr = &TargetLib::Sqr_64f_I;
+  static constexpr auto Sqrt = &TargetLib::Sqrt_64f_I;
+  static constexpr auto Log10 = &TargetLib::Log10_64f;
+  static constexpr auto Pow10 = &TargetLib::Pow10_64f;
+  static constexpr auto Flip = &TargetLib::Flip_64f_I;
+  static constexpr auto SampleDown = &TargetLib::SampleDown_64f;
+  static constexpr auto SampleUp = &TargetLib::SampleUp_64f;
+  static constexpr auto SortIndexAscend = &TargetLib::SortIndexAscend_64f;
+  static constexpr auto SortIndexDescend = &TargetLib::SortIndexDescend_64f;
 };
 
 template <> struct Kernels<Cplx32> {
@@ -114,6 +137,10 @@ template <> struct Kernels<Cplx32> {
   static constexpr auto Real = &TargetLib::Real_32fc;
   static constexpr auto Imag = &TargetLib::Imag_32fc;
   static constexpr auto RealToCplx = &TargetLib::RealToCplx_32f;
+  static constexpr auto Mag = &TargetLib::Mag_32fc;
+  static constexpr auto Flip = &TargetLib::Flip_32fc_I;
+  static constexpr auto SampleDown = &TargetLib::SampleDown_32fc;
+  static constexpr auto SampleUp = &TargetLib::SampleUp_32fc;
 };
 
 template <> struct Kernels<Cplx64> {
@@ -133,6 +160,10 @@ template <> struct Kernels<Cplx64> {
   static constexpr auto Real = &TargetLib::Real_64fc;
   static constexpr auto Imag = &TargetLib::Imag_64fc;
   static constexpr auto RealToCplx = &TargetLib::RealToCplx_64f;
+  static constexpr auto Mag = &TargetLib::Mag_64fc;
+  static constexpr auto Flip = &TargetLib::Flip_64fc_I;
+  static constexpr auto SampleDown = &TargetLib::SampleDown_64fc;
+  static constexpr auto SampleUp = &TargetLib::SampleUp_64fc;
 };
 
 /// Runs an element-wise scalar kernel over n complex values seen as 2 n scalars: call(first, scalars), first

@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
+#include <utility>
 
-#include "Kernels.h"
+#include "infra/KernelTraits.h"
 
 namespace QORN {
+
+template <class V> using ElementOf = std::remove_reference_t<decltype(std::declval<V &>()[0])>;
 
 /// A length computed in 64 bits as an int: 0 for a negative one, the largest int for one that is too large,
 /// which Resize then refuses like any other shortage of memory.
@@ -28,13 +32,20 @@ template <class D, class S, class Kernel> void Map(D &dst, const S &src, Kernel 
   kernel(src.GetPtr(), dst.GetPtr(), n);
 }
 
+/// kernel on one value: a scalar function gives what the vector function gives.
+template <class D, class S, class Kernel> D MapScalar(S x, Kernel kernel) {
+  D result{};
+  kernel(&x, &result, 1);
+  return result;
+}
+
 constexpr int kBlock = 1024;
 
 /// x[i] = 10 ^ x[i] for at most kBlock elements. The kernel needs another destination, hence the blocks.
-template <class T> void Pow10I(T *x, int n) {
+template <class T> void Pow10InPlace(T *x, int n) {
   T exponents[kBlock];
-  kernel::Copy(x, exponents, n);
-  kernel::Pow10(exponents, x, n);
+  Kernels<T>::Copy(x, exponents, n);
+  Kernels<T>::Pow10(exponents, x, n);
 }
 
 /// dst = src, then the in-place steps(pointer, count) over dst. The steps run over blocks that stay in the
@@ -45,16 +56,9 @@ template <class V, class Steps> void MapInSteps(V &dst, const V &src, Steps step
   ResizeLike(dst, src);
   for (int i = 0; i < n; i += kBlock) {
     const int count = std::min(kBlock, n - i);
-    if (&dst != &src) kernel::Copy(src.GetPtr(i), dst.GetPtr(i), count);
+    if (&dst != &src) Kernels<ElementOf<V>>::Copy(src.GetPtr(i), dst.GetPtr(i), count);
     steps(dst.GetPtr(i), count);
   }
-}
-
-/// kernel on one value: a scalar function gives what the vector function gives.
-template <class D, class S, class Kernel> D MapScalar(S x, Kernel kernel) {
-  D result{};
-  kernel(&x, &result, 1);
-  return result;
 }
 
 } // namespace QORN

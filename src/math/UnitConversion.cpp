@@ -37,23 +37,23 @@ template <class T> struct Block {
   T *x;
   int n;
 
-  Block Add(T c) const { return kernel::AddCI(c, x, n), *this; }
-  Block Sub(T c) const { return kernel::SubCI(c, x, n), *this; }
-  Block Mul(T c) const { return kernel::MulCI(c, x, n), *this; }
-  Block Div(T c) const { return kernel::DivCI(c, x, n), *this; }
-  Block Sqr() const { return kernel::SqrI(x, n), *this; }
-  Block Sqrt() const { return kernel::SqrtI(x, n), *this; }
+  Block Add(T c) const { return Kernels<T>::AddC(c, x, n), *this; }
+  Block Sub(T c) const { return Kernels<T>::SubC(c, x, n), *this; }
+  Block Mul(T c) const { return Kernels<T>::MulC(c, x, n), *this; }
+  Block Div(T c) const { return Kernels<T>::DivC(c, x, n), *this; }
+  Block Sqr() const { return Kernels<T>::Sqr(x, n), *this; }
+  Block Sqrt() const { return Kernels<T>::Sqrt(x, n), *this; }
   Block Log10() const {
-    kernel::AddCI(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
-    return kernel::Log10(x, x, n), *this;
+    Kernels<T>::AddC(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
+    return Kernels<T>::Log10(x, x, n), *this;
   }
-  Block Pow10() const { return Pow10I(x, n), *this; }
+  Block Pow10() const { return Pow10InPlace(x, n), *this; }
 };
 
 template <class T> Block(T *, int) -> Block<T>;
 
 double Root(double x) {
-  kernel::SqrtI(&x, 1);
+  Kernels<double>::Sqrt(&x, 1);
   return x;
 }
 

@@ -21,8 +21,8 @@ void ConcatRanges(V &dst, const V &a, int aStart, int aCount, const V &b, int bS
   aCount = Resolve(a, aStart, aCount);
   bCount = Resolve(b, bStart, bCount);
   dst.Resize(Length(std::int64_t{aCount} + bCount));
-  kernel::Copy(a.GetPtr(aStart), dst.GetPtr(), aCount);
-  kernel::Copy(b.GetPtr(bStart), dst.GetPtr(aCount), bCount);
+  Kernels<ElementOf<V>>::Copy(a.GetPtr(aStart), dst.GetPtr(), aCount);
+  Kernels<ElementOf<V>>::Copy(b.GetPtr(bStart), dst.GetPtr(aCount), bCount);
 }
 
 template <class V> void ConcatWhole(V &dst, const V &a, const V &b) { ConcatRanges(dst, a, 0, -1, b, 0, -1); }
@@ -41,11 +41,11 @@ template <class V> void AppendTo(V &vec, const V &src) {
 template <class V> void CopyRange(V &dst, const V &src, int start, int count) {
   count = Resolve(src, start, count);
   dst.Resize(count);
-  kernel::Copy(src.GetPtr(start), dst.GetPtr(), count);
+  Kernels<ElementOf<V>>::Copy(src.GetPtr(start), dst.GetPtr(), count);
 }
 
 template <class V> void InsertRange(V &dst, int dstStart, const V &src, int srcStart, int count) {
-  kernel::Copy(src.GetPtr(srcStart), dst.GetPtr(dstStart), Resolve(src, srcStart, count));
+  Kernels<ElementOf<V>>::Copy(src.GetPtr(srcStart), dst.GetPtr(dstStart), Resolve(src, srcStart, count));
 }
 
 template <class V> void Gather(V &dst, const V &src, const VecInt32 &index) {
@@ -59,14 +59,14 @@ template <class V> void SampleDown(V &dst, const V &src, int factor, int phase) 
   const int n = src.GetSize();
   dst.Resize(Length((std::int64_t{n} - 1 + factor - phase) / factor));
   int written = 0;
-  kernel::SampleDown(src.GetPtr(), n, dst.GetPtr(), &written, factor, &phase);
+  Kernels<ElementOf<V>>::SampleDown(src.GetPtr(), n, dst.GetPtr(), &written, factor, &phase);
 }
 
 template <class V> void SampleUp(V &dst, const V &src, int factor, int phase) {
   const int n = src.GetSize();
   dst.Resize(Length(std::int64_t{n} * factor));
   int written = 0;
-  kernel::SampleUp(src.GetPtr(), n, dst.GetPtr(), &written, factor, &phase);
+  Kernels<ElementOf<V>>::SampleUp(src.GetPtr(), n, dst.GetPtr(), &written, factor, &phase);
 }
 
 template <class V> void Repeat(V &dst, const V &src, int times) {
@@ -98,9 +98,9 @@ template <class V> void SortWithOrder(V &vec, VecInt32 &order, VecUtils::SortDir
   const int n = vec.GetSize();
   order.Resize(n);
   if (dir == VecUtils::SortAscending) {
-    kernel::SortIndexAscend(vec.GetPtr(), order.GetPtr(), n);
+    Kernels<ElementOf<V>>::SortIndexAscend(vec.GetPtr(), order.GetPtr(), n);
   } else {
-    kernel::SortIndexDescend(vec.GetPtr(), order.GetPtr(), n);
+    Kernels<ElementOf<V>>::SortIndexDescend(vec.GetPtr(), order.GetPtr(), n);
   }
 }
 
@@ -111,6 +111,8 @@ template <class Magnitudes, class V> void SortByMagnitude(V &vec, VecInt32 &orde
   SortWithOrder(magnitudes, order, dir);
   Gather(vec, copy, order);
 }
+
+template <class V> void Reverse(V &vec) { Kernels<ElementOf<V>>::Flip(vec.GetPtr(), vec.GetSize()); }
 
 } // namespace
 
@@ -250,10 +252,10 @@ void VecUtils::DeleteElement(VecReal64 &vec, int index) { Delete(vec, &index, 1)
 void VecUtils::DeleteElement(VecCplx32 &vec, int index) { Delete(vec, &index, 1); }
 void VecUtils::DeleteElement(VecCplx64 &vec, int index) { Delete(vec, &index, 1); }
 
-void VecUtils::Flip(VecReal32 &vec) { kernel::FlipI(vec.GetPtr(), vec.GetSize()); }
-void VecUtils::Flip(VecReal64 &vec) { kernel::FlipI(vec.GetPtr(), vec.GetSize()); }
-void VecUtils::Flip(VecCplx32 &vec) { kernel::FlipI(vec.GetPtr(), vec.GetSize()); }
-void VecUtils::Flip(VecCplx64 &vec) { kernel::FlipI(vec.GetPtr(), vec.GetSize()); }
+void VecUtils::Flip(VecReal32 &vec) { Reverse(vec); }
+void VecUtils::Flip(VecReal64 &vec) { Reverse(vec); }
+void VecUtils::Flip(VecCplx32 &vec) { Reverse(vec); }
+void VecUtils::Flip(VecCplx64 &vec) { Reverse(vec); }
 
 void VecUtils::Sort(VecReal32 &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); }
 void VecUtils::Sort(VecReal64 &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); }
