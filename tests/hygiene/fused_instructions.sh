@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fails on a fused multiply-add in a function that does not want one. The list names the functions that do, a
-# pattern per line: transforms, products and elementary functions.
+# Fails on a fused multiply-add in a function that does not want one. The list names those that do, a pattern per
+# line for "object: count in function": transforms, products and elementary functions.
 objects=$1
 allowed=$2
 found=0
@@ -9,10 +9,8 @@ while read -r object; do
   bad=$(objdump -d -C --no-show-raw-insn "$object" | awk '
     /^[0-9a-f]+ <.*>:$/ { name = $0; sub(/^[0-9a-f]+ </, "", name); sub(/>:$/, "", name) }
     /\tv?f(n?m)(add|sub)/ { count[name]++ }
-    /\tvfn?m(add|sub)/ { seen = 1 }
-    END { for (n in count) print count[n] " in " n }' | grep -vEf "$allowed")
+    END { for (n in count) print count[n] " in " n }' | sed "s|^|$(basename "$object"): |" | grep -vEf "$allowed")
   if [ -n "$bad" ]; then
-    echo "$(basename "$object"): fused instructions"
     echo "$bad"
     found=1
   fi
