@@ -203,16 +203,19 @@ polynomial("kAtan64", "atan(t) = t + t^3 P(t^2) for |t| <= 7/16, relative.", f, 
 polynomial("kAtan32", "atan(t) = t + t^3 P(t^2) for |t| <= 1, relative, for float results.", f, w, 0, 1, 12)
 
 # Error function.
-edge = mpf(3) / 4
+edge = mpf(1) / 2
 f = near_zero(lambda u: erf(sqrt(u)) / sqrt(u) - mpf(9) / 8, 2 / sqrt(pi) - mpf(9) / 8)
-polynomial("kErfSmall64", "erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 3/4, relative.", f,
-           lambda u: sqrt(u) / erf(sqrt(u)) if u else sqrt(pi) / 2, 0, edge ** 2, 11)
+polynomial("kErfSmall64", "erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 1/2, relative.", f,
+           lambda u: sqrt(u) / erf(sqrt(u)) if u else sqrt(pi) / 2, 0, edge ** 2, 9)
 q0 = log(erfc(edge))
-scalars("ln erfc(3/4) in two parts.", kErfLogHigh=rounded(q0, 53), kErfLogLow=q0 - rounded(q0, 53))
-derivative = mp.diff(lambda x: log(erfc(x)), edge)
-f = near_zero(lambda v: (log(erfc(edge + v)) - q0) / v, derivative)
-polynomial("kErfLarge64", "ln erfc(3/4 + v) = ln erfc(3/4) + v P(v) up to 3/4 + v = 6; the error is that of erf.",
-           f, lambda v: v * erfc(edge + v), 0, 6 - edge, 20)
+q1 = -2 / sqrt(pi) * exp(-edge ** 2) / erfc(edge)
+q2 = (2 * edge * 2 / sqrt(pi) * exp(-edge ** 2) / erfc(edge) - q1 ** 2) / 2
+scalars("ln erfc(1/2) and its derivative there, each in two parts.",
+        kErfLogHigh=rounded(q0, 53), kErfLogLow=q0 - rounded(q0, 53),
+        kErfSlopeHigh=rounded(q1, 53), kErfSlopeLow=q1 - rounded(q1, 53))
+f = near_zero(lambda v: (log(erfc(edge + v)) - q0 - q1 * v) / v ** 2, q2)
+polynomial("kErfLarge64", "ln erfc(1/2 + v) = ln erfc(1/2) + slope v + v^2 P(v) up to 1/2 + v = 6; the error is that of erf.",
+           f, lambda v: v ** 2 * erfc(edge + v), 0, 6 - edge, 20)
 f = lambda u: erf(sqrt(u)) / sqrt(u) if u else 2 / sqrt(pi)
 polynomial("kErfSmall32", "erf(x) = x P(x^2) for |x| <= 1, relative, for float results.", f,
            lambda u: sqrt(u) / erf(sqrt(u)) if u else sqrt(pi) / 2, 0, 1, 8)

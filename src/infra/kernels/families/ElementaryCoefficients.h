@@ -420,26 +420,28 @@ constexpr double kAtan32[12] = {
     -0x1.b2f46fc4b2d7dp-6, 0x1.81f4fe733d3bfp-7, -0x1.b400243cc4ff5p-9, 0x1.ce16977b22a17p-12,
 };
 
-// erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 3/4, relative.
-// Largest error 2^-60.1.
-constexpr double kErfSmall64[11] = {
-    0x1.baea08536da21p-9,  -0x1.812746b0379ep-2,   0x1.ce2f21a04247p-4,   -0x1.b82ce312556cdp-6,
-    0x1.565bcd03118c3p-8,  -0x1.c02db110c0a15p-11, 0x1.f9a2ad77a0ceep-14, -0x1.f4c5b381dcd1dp-17,
-    0x1.b90cc4d29d925p-20, -0x1.5641e3929cc57p-23, 0x1.89e4523a5d33fp-27,
+// erf(x) = x + (x / 8 + x P(x^2)) for |x| <= 1/2, relative.
+// Largest error 2^-57.8.
+constexpr double kErfSmall64[9] = {
+    0x1.baea08536da19p-9,  -0x1.812746b0379b3p-2,  0x1.ce2f21a03d691p-4,
+    -0x1.b82ce30f1f159p-6, 0x1.565bcbf5eb4fp-8,    -0x1.c02d4ea4eb65ep-11,
+    0x1.f98d959e6144ap-14, -0x1.f2229823c3e3ep-17, 0x1.8b392a5df9bc6p-20,
 };
 
-// ln erfc(3/4) in two parts.
-constexpr double kErfLogHigh = -0x1.3deb034696c3ep+0;
-constexpr double kErfLogLow = -0x1.2c7da3a05acccp-54;
+// ln erfc(1/2) and its derivative there, each in two parts.
+constexpr double kErfLogHigh = -0x1.785360f9b14c9p-1;
+constexpr double kErfLogLow = -0x1.261280662755ap-56;
+constexpr double kErfSlopeHigh = -0x1.d52c32689297p+0;
+constexpr double kErfSlopeLow = -0x1.7a73b2d017f79p-56;
 
-// ln erfc(3/4 + v) = ln erfc(3/4) + v P(v) up to 3/4 + v = 6; the error is that of erf.
-// Largest error 2^-61.0.
+// ln erfc(1/2 + v) = ln erfc(1/2) + slope v + v^2 P(v) up to 1/2 + v = 6; the error is that of erf.
+// Largest error 2^-58.1.
 constexpr double kErfLarge64[20] = {
-    -0x1.1ce96da880972p+1,  -0x1.9d9eb7a1222fp-1,   -0x1.b15b51a658339p-5,  0x1.a056826e63d6ep-7,
-    -0x1.29978ff75f5bbp-9,  0x1.0fd478be53d18p-13,  0x1.bc203032650aep-14,  -0x1.c75df1e0f62cfp-15,
-    0x1.dfdfd63a78952p-17,  -0x1.6fffdd459e0b8p-20, -0x1.9aefc2f84bfep-21,  0x1.143667ac33d45p-21,
-    -0x1.8d361e05214c8p-23, 0x1.97d2de8b74535p-25,  -0x1.390fbd72a1cf3p-27, 0x1.62a5a3d00b17fp-30,
-    -0x1.197db31cb218ap-33, 0x1.18e9b7cc81342p-37,  -0x1.0e9518e2a09bcp-42, 0x1.3bfd65899f2ddp-51,
+    -0x1.86aec5ebf44e6p-1,  -0x1.12a04bb7f6325p-4,  0x1.fedfab453026ap-7,   -0x1.29ad2ebe8e40fp-9,
+    -0x1.64fc0b3b98bfap-13, 0x1.040edec22ad51p-12,  -0x1.6f36cfb95baa4p-14, 0x1.bf97378d94c59p-17,
+    0x1.b0be5923b8495p-19,  -0x1.8d5c53f1c7b72p-19, 0x1.1ec059155a79ap-20,  -0x1.c246e91b5f8dep-23,
+    0x1.ae2f993126409p-33,  0x1.1441dd9430bfp-26,   -0x1.b90258139c0c3p-28, 0x1.9c6ce8c9d3ccbp-30,
+    -0x1.01dca31100991p-32, 0x1.aabca75eb6b2ep-36,  -0x1.a989573b8254cp-40, 0x1.848feb051f00ep-45,
 };
 
 // erf(x) = x P(x^2) for |x| <= 1, relative, for float results.

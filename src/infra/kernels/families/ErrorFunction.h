@@ -18,14 +18,17 @@ struct Erf64 {
     const double small = size + MulAdd(size, Polynomial(u, kErfSmall64), 0.125 * size);
 
     const double end = size > 6 ? 6 : size; // 1 to the last place from 5.93 on
-    const double v = end - 0.75;
-    const double growth = v * Polynomial(v, kErfLarge64);
-    const double log = kErfLogHigh + growth;
-    const ExpParts parts = SplitExp(log, ((kErfLogHigh - log) + growth) + kErfLogLow);
+    const double v = end - 0.5;
+    const double linear = v * kErfSlopeHigh;
+    const double bent = v * v * Polynomial(v, kErfLarge64);
+    const double sum = kErfLogHigh + linear, log = sum + bent;
+    const double lost = ((kErfLogHigh - sum) + linear) + ((sum - log) + bent);
+    const double low = ProductError(v, kErfSlopeHigh, linear) + MulAdd(v, kErfSlopeLow, kErfLogLow);
+    const ExpParts parts = SplitExp(log, lost + low);
     const double scale = PowerOfTwo(parts.shifted);
     const double large = (1 - scale) - scale * parts.fraction;
     const bool served = size > 0x1p-960 || size == 0; // below, x / 8 could round
-    return served ? WithSignOf(size > 0.75 ? large : small, x) : kNaN;
+    return served ? WithSignOf(size > 0.5 ? large : small, x) : kNaN;
   }
   static double Full(double x) { return x != x ? x : Fast(x * 0x1p200) * 0x1p-200; }
 };
