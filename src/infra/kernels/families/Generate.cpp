@@ -1,6 +1,9 @@
 #include "Kernel.h"
 
 namespace QORN::kernels::QORN_LEVEL {
+
+void Ln_64f(const double *src, double *dst, int len);
+
 namespace {
 
 // An int, not a wider index: its conversion to the element type exists in vectors everywhere.
@@ -81,6 +84,41 @@ template <class T> void RandUniform(T *dst, int len, T low, T high, unsigned *se
     for (Index i = 0; i < count; ++i) {
       dst[first + i] = static_cast<T>(middle + Rounded(static_cast<double>(words[i]) * scale));
     }
+  }
+  *seed += kSeedStep;
+}
+
+// The polar method (G. Marsaglia, T. A. Bray: A convenient method for generating normal variables, SIAM
+// Review 6, 1964), a block of pairs at a time: the pairs that lie in the unit circle are moved together, so
+// that logarithms and roots can be taken of all of them at once.
+template <class T> void RandGauss(T *dst, int len, T mean, T stdDev, unsigned *seed) {
+  constexpr int kPairs = Random::kBlock / 2;
+  const auto wideMean = static_cast<double>(mean), wideDeviation = static_cast<double>(stdDev);
+  Random random(*seed);
+  std::int32_t words[Random::kBlock];
+  double us[kPairs], vs[kPairs], ss[kPairs], gs[kPairs];
+  for (Index done = 0; done < len;) {
+    random.Block(words);
+    int pairs = 0;
+    for (int i = 0; i < kPairs; ++i) {
+      const double u = words[2 * i] * 0x1p-31, v = words[2 * i + 1] * 0x1p-31;
+      const double s = Rounded(u * u) + Rounded(v * v);
+      us[pairs] = u, vs[pairs] = v, ss[pairs] = s;
+      pairs += (s < 1) & (s > 0);
+    }
+    Ln_64f(ss, gs, pairs);
+    for (int i = 0; i < pairs; ++i) gs[i] = __builtin_sqrt(-2 * gs[i] / ss[i]);
+    for (int i = 0; i < pairs; ++i) {
+      vs[i] = Rounded(vs[i] * wideDeviation * gs[i]) + wideMean;
+      us[i] = Rounded(us[i] * wideDeviation * gs[i]) + wideMean;
+    }
+    const Index whole = (len - done) / 2 < pairs ? (len - done) / 2 : pairs;
+    for (Index i = 0; i < whole; ++i) {
+      dst[done + 2 * i] = static_cast<T>(vs[i]);
+      dst[done + 2 * i + 1] = static_cast<T>(us[i]);
+    }
+    done += 2 * whole;
+    if (whole < pairs && done < len) dst[done++] = static_cast<T>(vs[whole]);
   }
   *seed += kSeedStep;
 }

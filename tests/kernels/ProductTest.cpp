@@ -1,0 +1,344 @@
+// Dot products, correlation and convolution against direct sums in long double.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qorn/infra/TargetLib.h"
+#include "support/KernelCheck.h"
+
+namespace {
+
+using QORN::Cplx32;
+using QORN::Cplx64;
+using QORN::TargetLib;
+using QORN::test::Guarded;
+using QORN::test::kIsCplx;
+using QORN::test::Lengths;
+using QORN::test::Part;
+
+namespace kernels = QORN::kernels;
+
+// A sum of products, with the sum of the magnitudes that its rounding errors are measured by.
+struct Exact {
+  long double re = 0, im = 0, size = 0;
+
+  template <class A, class B> void Add(const A &a, const B &b, bool conjugate = false) {
+    const long double ar = Re(a), ai = conjugate ? -Im(a) : Im(a), br = Re(b), bi = Im(b);
+    re += ar * br - ai * bi;
+    im += ar * bi + ai * br;
+    size += (std::fabs(ar) + std::fabs(ai)) * (std::fabs(br) + std::fabs(bi));
+  }
+
+  template <class T> static long double Re(const T &x) {
+    if constexpr (kIsCplx<T>)
+      return x.re;
+    else
+      return x;
+  }
+  template <class T> static long double Im(const T &x) {
+    if constexpr (kIsCplx<T>)
+      return x.im;
+    else
+      return 0;
+  }
+};
+
+// steps roundings to the result's precision, each of at most half a unit of the magnitudes' sum.
+template <class R> void ExpectNear(const R &got, const Exact &exact, int steps, const std::string &where) {
+  const long double u = std::numeric_limits<Part<R>>::epsilon() / 2;
+  const long double bound = static_cast<long double>(steps) * u * exact.size;
+  EXPECT_LE(std::fabs(Exact::Re(got) - exact.re), bound) << where;
+  EXPECT_LE(std::fabs(Exact::Im(got) - exact.im), bound) << where;
+}
+
+template <class T> T RandomValue(std::mt19937 &random) {
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  if constexpr (kIsCplx<T>) {
+    return {static_cast<Part<T>>(uniform(random)), static_cast<Part<T>>(uniform(random))};
+  } else {
+    return static_cast<T>(uniform(random));
+  }
+}
+
+template <class T> void FillRandom(Guarded<T> &data, int len, std::mt19937 &random) {
+  for (int i = 0; i < len; ++i) data.data()[i] = RandomValue<T>(random);
+}
+
+// An element is rounded as a product, as one of the terms of its lane, and in a fold of at most 6 levels; the
+// parts of a complex result once more.
+int DotSteps(int len, int lanes) { return len / lanes + 9; }
+
+template <class A, class B, class R>
+void CheckDot(const char *name, int lanes, void (*kernel)(const A *, const B *, int, R *)) {
+  std::vector<R> base;
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    std::mt19937 random(5);
+    std::size_t run = 0;
+    for (const int len : Lengths()) {
+      for (int place = 0; place < (len < 100 ? 16 : 3); ++place, ++run) {
+        Guarded<A> a(len, place);
+        Guarded<B> b(len, (7 * place + len) % 16);
+        FillRandom(a, len, random);
+        FillRandom(b, len, random);
+        R result, untouched;
+        std::memset(static_cast<void *>(&result), 0x5A, sizeof result);
+        untouched = result;
+        kernel(a.data(), b.data(), len, &result);
+        const std::string where = std::string(name) + " at " + level.name + ", length " +
+                                  std::to_string(len) + ", place " + std::to_string(place);
+        ASSERT_TRUE(a.Intact() && b.Intact()) << where;
+        if (len == 0) {
+          ASSERT_EQ(std::memcmp(&result, &untouched, sizeof result), 0) << where;
+        } else {
+          Exact exact;
+          for (int i = 0; i < len; ++i) exact.Add(a.data()[i], b.data()[i]);
+          ExpectNear(result, exact, DotSteps(len, lanes), where);
+        }
+        if (base.size() <= run) base.push_back(result);
+        ASSERT_EQ(std::memcmp(&result, &base[run], sizeof result), 0)
+            << where << ": not the base level's bytes";
+        if (testing::Test::HasFailure()) return;
+      }
+    }
+  }
+}
+
+TEST(TargetLib, DotProd_RandomOperands_IsWithinItsBoundAndTheSameAtEveryLevel) {
+  CheckDot("DotProd_32f", 64, &TargetLib::DotProd_32f);
+  CheckDot("DotProd_64f", 32, &TargetLib::DotProd_64f);
+  CheckDot("DotProd_32fc", 16, &TargetLib::DotProd_32fc);
+  CheckDot("DotProd_64fc", 8, &TargetLib::DotProd_64fc);
+  CheckDot("DotProd_32f32fc", 32, &TargetLib::DotProd_32f32fc);
+}
+
+TEST(TargetLib, DotProd_Complex_DoesNotConjugate) {
+  const Cplx64 a[] = {{1, 2}, {0, 1}}, b[] = {{3, 4}, {0, 1}};
+  Cplx64 result{};
+  TargetLib::DotProd_64fc(a, b, 2, &result);
+  EXPECT_EQ(result.re, 3 - 8 - 1);
+  EXPECT_EQ(result.im, 4 + 6);
+}
+
+TEST(TargetLib, DotProd_SmallIntegers_IsExact) {
+  std::vector<float> a, b;
+  double sum = 0;
+  for (int i = 0; i < 1000; ++i) {
+    a.push_back(static_cast<float>(i % 13 - 6));
+    b.push_back(static_cast<float>(i % 7 - 3));
+    sum += (i % 13 - 6) * (i % 7 - 3);
+  }
+  float result = 0;
+  TargetLib::DotProd_32f(a.data(), b.data(), 1000, &result);
+  EXPECT_EQ(static_cast<double>(result), sum);
+}
+
+TEST(TargetLib, DotProd_NotANumberOrInfinity_Shows) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (int at = 0; at < 70; at += 3) {
+      std::vector<double> a(70, 1.0), b(70, 2.0);
+      double result = 0;
+      a[static_cast<std::size_t>(at)] = std::numeric_limits<double>::infinity();
+      TargetLib::DotProd_64f(a.data(), b.data(), 70, &result);
+      EXPECT_EQ(result, std::numeric_limits<double>::infinity()) << at << level.name;
+      b[static_cast<std::size_t>(at)] = 0;
+      TargetLib::DotProd_64f(a.data(), b.data(), 70, &result);
+      EXPECT_TRUE(std::isnan(result)) << at << level.name;
+    }
+  }
+}
+
+TEST(TargetLib, DotProd_Shorts_IsSummedExactlyAndRoundedOnce) {
+  std::mt19937 random(6);
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (const int len : Lengths()) {
+      Guarded<short> a(len, len % 16), b(len, 5 * len % 16);
+      long long sum = 0;
+      for (int i = 0; i < len; ++i) {
+        a.data()[i] = len % 3 == 0 ? short{-32768} : static_cast<short>(random());
+        b.data()[i] = len % 3 == 0 ? short{-32768} : static_cast<short>(random());
+        sum += static_cast<long long>(a.data()[i]) * b.data()[i];
+      }
+      float result = -1;
+      TargetLib::DotProd_16s(a.data(), b.data(), len, &result);
+      ASSERT_EQ(result, len == 0 ? -1.0F : static_cast<float>(sum)) << level.name << ' ' << len;
+    }
+  }
+}
+
+template <class T, class Kernel>
+void CheckCorrelation(const char *name, const Kernel &kernel, int len1, int len2, int dstLen, int lowLag) {
+  std::mt19937 random(static_cast<unsigned>(len1 + 100 * len2));
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    Guarded<T> a(len1, len1 % 16), b(len2, (len2 + 3) % 16), dst(dstLen, (len1 + len2) % 16);
+    FillRandom(a, len1, random);
+    FillRandom(b, len2, random);
+    kernel(a.data(), len1, b.data(), len2, dst.data(), dstLen, lowLag);
+    const std::string where = std::string(name) + " at " + level.name + ", lengths " + std::to_string(len1) +
+                              ' ' + std::to_string(len2) + ' ' + std::to_string(dstLen) + ", lag " +
+                              std::to_string(lowLag);
+    ASSERT_TRUE(a.Intact() && b.Intact() && dst.Intact()) << where;
+    for (int n = 0; n < dstLen; ++n) {
+      Exact exact;
+      for (int i = 0; i < len1; ++i) {
+        const long long at = static_cast<long long>(i) + n + lowLag;
+        if (at >= 0 && at < len2) exact.Add(a.data()[i], b.data()[at], true);
+      }
+      // Each of at most min(len1, len2) terms: a product and a sum, and one sum of the parts.
+      ExpectNear(dst.data()[n], exact, std::min(len1, len2) + 2, where + ", element " + std::to_string(n));
+      if (testing::Test::HasFailure()) return;
+    }
+  }
+}
+
+TEST(TargetLib, CrossCorr_LengthsAndLags_IsTheDirectSum) {
+  for (const int len1 : {1, 2, 3, 8, 17, 64, 150}) {
+    for (const int len2 : {1, 2, 5, 16, 33, 128, 300}) {
+      for (const int dstLen : {1, 7, 16, 70, 500}) {
+        for (const int lowLag : {1 - len1, -len1 - 40, -1, 0, 1, len2 - 1, len2 + 3}) {
+          CheckCorrelation<float>("CrossCorr_32f", &TargetLib::CrossCorr_32f, len1, len2, dstLen, lowLag);
+          CheckCorrelation<Cplx32>("CrossCorr_32fc", &TargetLib::CrossCorr_32fc, len1, len2, dstLen, lowLag);
+          if (testing::Test::HasFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+TEST(TargetLib, CrossCorr_Complex_ConjugatesTheFirst) {
+  const Cplx32 a[] = {{1, 2}}, b[] = {{3, 4}};
+  Cplx32 dst[3];
+  TargetLib::CrossCorr_32fc(a, 1, b, 1, dst, 3, -1);
+  EXPECT_EQ(dst[0].re, 0);
+  EXPECT_EQ(dst[1].re, 3 + 8);
+  EXPECT_EQ(dst[1].im, 4 - 6);
+  EXPECT_EQ(dst[2].im, 0);
+}
+
+TEST(TargetLib, CrossCorr_LagsFarOutside_AreZero) {
+  const float a[] = {1, 2, 3};
+  for (const int lag : {INT_MIN, INT_MIN + 2, INT_MAX - 5, INT_MAX}) {
+    float dst[40];
+    for (float &x : dst) x = 9;
+    TargetLib::CrossCorr_32f(a, 3, a, 3, dst, 40, lag);
+    for (const float x : dst) EXPECT_EQ(x, 0) << lag;
+  }
+}
+
+// A term that does not belong to a result is left out, not multiplied by zero.
+TEST(TargetLib, CrossCorr_InfiniteElement_ReachesOnlyItsResults) {
+  const float inf = std::numeric_limits<float>::infinity();
+  const float a[] = {1, inf}, b[] = {1, 1};
+  float dst[3];
+  TargetLib::CrossCorr_32f(a, 2, b, 2, dst, 3, -1);
+  EXPECT_EQ(dst[0], inf);
+  EXPECT_EQ(dst[1], inf);
+  EXPECT_EQ(dst[2], 1);
+}
+
+TEST(TargetLib, CrossCorr_EmptyOrNull_DoesNothing) {
+  float a[2] = {1, 1}, dst[2] = {9, 9};
+  TargetLib::CrossCorr_32f(a, 0, a, 2, dst, 2, 0);
+  TargetLib::CrossCorr_32f(a, 2, a, -1, dst, 2, 0);
+  TargetLib::CrossCorr_32f(a, 2, a, 2, dst, 0, 0);
+  TargetLib::CrossCorr_32f(nullptr, 2, a, 2, dst, 2, 0);
+  TargetLib::CrossCorr_32f(a, 2, nullptr, 2, dst, 2, 0);
+  TargetLib::CrossCorr_32f(a, 2, a, 2, nullptr, 2, 0);
+  EXPECT_EQ(dst[0], 9);
+  EXPECT_EQ(dst[1], 9);
+  Cplx32 c[1] = {{1, 1}}, d[1] = {{9, 9}};
+  TargetLib::CrossCorr_32fc(c, 0, c, 1, d, 1, 0);
+  TargetLib::CrossCorr_32fc(c, 1, c, 0, d, 1, 0);
+  TargetLib::CrossCorr_32fc(c, 1, c, 1, d, -5, 0);
+  TargetLib::CrossCorr_32fc(nullptr, 1, c, 1, d, 1, 0);
+  TargetLib::CrossCorr_32fc(c, 1, nullptr, 1, d, 1, 0);
+  TargetLib::CrossCorr_32fc(c, 1, c, 1, nullptr, 1, 0);
+  EXPECT_EQ(d[0].re, 9);
+}
+
+template <class T, class Kernel> void CheckConv(const char *name, const Kernel &kernel, int len1, int len2) {
+  std::mt19937 random(static_cast<unsigned>(len1 + 1000 * len2));
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    const int dstLen = len1 + len2 - 1;
+    Guarded<T> a(len1, len2 % 16), b(len2, (len1 + 3) % 16), dst(dstLen, (len1 + len2) % 16);
+    FillRandom(a, len1, random);
+    FillRandom(b, len2, random);
+    kernel(a.data(), len1, b.data(), len2, dst.data());
+    const std::string where = std::string(name) + " at " + level.name + ", lengths " + std::to_string(len1) +
+                              ' ' + std::to_string(len2);
+    ASSERT_TRUE(a.Intact() && b.Intact() && dst.Intact()) << where;
+    for (int n = 0; n < dstLen; ++n) {
+      Exact exact;
+      for (int i = std::max(0, n - len2 + 1); i <= std::min(n, len1 - 1); ++i)
+        exact.Add(a.data()[i], b.data()[n - i]);
+      ExpectNear(dst.data()[n], exact, std::min(len1, len2) + 1, where + ", element " + std::to_string(n));
+      if (testing::Test::HasFailure()) return;
+    }
+  }
+}
+
+TEST(TargetLib, Conv_AnyLengths_IsTheDirectSum) {
+  std::vector<int> lengths;
+  for (int n = 1; n <= 20; ++n) lengths.push_back(n);
+  for (const int n : {31, 32, 33, 63, 64, 65, 127, 128, 129, 200, 700}) lengths.push_back(n);
+  for (const int len1 : lengths) {
+    for (const int len2 : lengths) {
+      CheckConv<float>("Conv_32f", &TargetLib::Conv_32f, len1, len2);
+      CheckConv<double>("Conv_64f", &TargetLib::Conv_64f, len1, len2);
+      if (testing::Test::HasFailure()) return;
+    }
+  }
+}
+
+TEST(TargetLib, Conv_WithAnImpulse_IsTheOther) {
+  const float impulse[] = {0, 1};
+  std::vector<float> x;
+  for (int i = 0; i < 300; ++i) x.push_back(std::sin(static_cast<float>(i)));
+  std::vector<float> dst(301);
+  TargetLib::Conv_32f(x.data(), 300, impulse, 2, dst.data());
+  EXPECT_EQ(dst[0], 0);
+  for (std::size_t i = 0; i < 300; ++i) EXPECT_EQ(dst[i + 1], x[i]);
+}
+
+// A result depends on its own terms alone: not on where it lies in the output.
+TEST(TargetLib, Conv_DelayedSignal_GivesTheSameBytesDelayed) {
+  std::mt19937 random(9);
+  std::vector<double> taps, x;
+  for (int i = 0; i < 21; ++i) taps.push_back(RandomValue<double>(random));
+  for (int i = 0; i < 400; ++i) x.push_back(RandomValue<double>(random));
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    std::vector<double> whole(420), part(420);
+    TargetLib::Conv_64f(x.data(), 400, taps.data(), 21, whole.data());
+    for (int delay = 1; delay < 70; delay += 6) {
+      TargetLib::Conv_64f(x.data() + delay, 400 - delay, taps.data(), 21, part.data());
+      EXPECT_EQ(std::memcmp(part.data() + 20, whole.data() + delay + 20,
+                            sizeof(double) * static_cast<std::size_t>(400 - delay)),
+                0)
+          << level.name << ' ' << delay;
+    }
+  }
+}
+
+TEST(TargetLib, Conv_EmptyOrNull_DoesNothing) {
+  double a[1] = {1}, dst[1] = {9};
+  TargetLib::Conv_64f(a, 0, a, 1, dst);
+  TargetLib::Conv_64f(a, 1, a, 0, dst);
+  TargetLib::Conv_64f(a, -7, a, 1, dst);
+  TargetLib::Conv_64f(nullptr, 1, a, 1, dst);
+  TargetLib::Conv_64f(a, 1, nullptr, 1, dst);
+  TargetLib::Conv_64f(a, 1, a, 1, nullptr);
+  EXPECT_EQ(dst[0], 9);
+}
+
+} // namespace
