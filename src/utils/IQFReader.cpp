@@ -1,7 +1,12 @@
 #include "qorn/utils/IQFReader.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <charconv>
 #include <climits>
 #include <cmath>
@@ -9,11 +14,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <new>
 #include <system_error>
 
 #include "infra/Errors.h"
+#include "infra/kernels/Levels.h"
 #include "qorn/infra/QORNMalloc.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecCplx32.h"
@@ -39,29 +44,49 @@ constexpr std::int64_t kMaxMissingFrames = 4096;
 
 static_assert(std::endian::native == std::endian::little, "frames are read as they stand in the file");
 
-struct Closer {
-  void operator()(std::FILE *file) const { std::fclose(file); }
+// A file that is open for reading, without the buffer that a stream would allocate.
+class File {
+public:
+  explicit File(const char *path) : m_descriptor(path == nullptr ? -1 : open(path, O_RDONLY | O_CLOEXEC)) {
+    struct stat status;
+    if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+      Close();
+      Throw(errors::kFileOpen, kModule);
+    }
+    m_size = status.st_size;
+  }
+  ~File() { Close(); }
+  File(const File &) = delete;
+  File &operator=(const File &) = delete;
+
+  std::int64_t Size() const { return m_size; }
+
+  /// Reads up to `bytes` bytes from `position` on and returns how many there were.
+  std::size_t Read(std::int64_t position, void *dst, std::size_t bytes) const {
+    std::size_t got = 0;
+    while (got < bytes) {
+      const ssize_t now = pread(m_descriptor, static_cast<char *>(dst) + got, bytes - got,
+                                static_cast<off_t>(position) + static_cast<off_t>(got));
+      if (now < 0 && errno == EINTR) continue;
+      if (now <= 0) break;
+      got += static_cast<std::size_t>(now);
+    }
+    return got;
+  }
+
+  void ReadOrThrow(std::int64_t position, char *dst, int bytes) const {
+    const auto wanted = static_cast<std::size_t>(bytes);
+    if (Read(position, dst, wanted) != wanted) Throw(errors::kFileOpen, kModule);
+  }
+
+private:
+  void Close() {
+    if (m_descriptor >= 0) close(m_descriptor);
+  }
+
+  int m_descriptor;
+  std::int64_t m_size = 0;
 };
-using File = std::unique_ptr<std::FILE, Closer>;
-
-File Open(const char *path) {
-  File file(path == nullptr ? nullptr : std::fopen(path, "rb"));
-  if (file == nullptr) Throw(errors::kFileOpen, kModule);
-  return file;
-}
-
-// Bytes in the file; the position is then its start.
-std::int64_t SizeOf(std::FILE *file) {
-  if (fseeko(file, 0, SEEK_END) != 0) Throw(errors::kFileOpen, kModule);
-  const std::int64_t size = ftello(file);
-  if (size < 0 || fseeko(file, 0, SEEK_SET) != 0) Throw(errors::kFileOpen, kModule);
-  return size;
-}
-
-void ReadOrThrow(std::FILE *file, char *dst, int bytes) {
-  const auto wanted = static_cast<std::size_t>(bytes);
-  if (std::fread(dst, 1, wanted, file) != wanted) Throw(errors::kFileOpen, kModule);
-}
 
 std::unique_ptr<char[]> MakeText(std::size_t size) {
   try {
@@ -92,63 +117,91 @@ double ParseReal(const char *s) {
   return *s == '-' ? -magnitude : magnitude;
 }
 
+// Turns samples to (magnitude, phase), or back, a block at a time on the stack: a read needs no memory of its
+// own.
+constexpr int kBlock = 256;
+
+void CartToPolarInPlace(Cplx32 *samples, int n) {
+  float magnitude[kBlock];
+  float phase[kBlock];
+  for (int i = 0; i < n; i += kBlock) {
+    const int count = std::min(kBlock, n - i);
+    TargetLib::CartToPolar_32fc(samples + i, magnitude, phase, count);
+    TargetLib::RealToCplx_32f(magnitude, phase, samples + i, count);
+  }
+}
+
+void PolarToCartInPlace(Cplx32 *samples, int n) {
+  float magnitude[kBlock];
+  float phase[kBlock];
+  for (int i = 0; i < n; i += kBlock) {
+    const int count = std::min(kBlock, n - i);
+    TargetLib::Real_32fc(samples + i, magnitude, count);
+    TargetLib::Imag_32fc(samples + i, phase, count);
+    TargetLib::PolarToCart_32fc(magnitude, phase, samples + i, count);
+  }
+}
+
 bool IsPolar(const FrameHeader &header) { return header.polarMark1 == kMark && header.polarMark2 == kMark; }
 
 bool IsCartesian(const FrameHeader &header) { return header.cartMark1 == kMark && header.cartMark2 == kMark; }
 
 } // namespace
 
-// The frames of a recording, read one after another through a buffer of one payload.
+// The frames of a recording, read one after another through a buffer of one frame.
 class IQFReader::FrameFile {
 public:
   // Opens the file for nFrames frames from firstFrame on.
-  FrameFile(const IQFReader &reader, int firstFrame, int nFrames) : file(Open(reader.fileName)) {
-    const std::int64_t payload = std::max<std::int64_t>(SizeOf(file.get()) - reader.dataOffset, 0);
+  FrameFile(const IQFReader &reader, int firstFrame, int nFrames)
+      : m_file(reader.fileName), m_position(std::int64_t{firstFrame} * kFrameBytes + reader.dataOffset) {
+    const std::int64_t payload = std::max<std::int64_t>(m_file.Size() - reader.dataOffset, 0);
     const std::int64_t held = (payload + kFrameBytes - 1) / kFrameBytes;
     const std::int64_t missing = std::min<std::int64_t>(nFrames, std::int64_t{firstFrame} + nFrames - held);
     if (missing > kMaxMissingFrames) Throw(errors::kInvalidParameter, kModule);
-    const std::int64_t position = std::int64_t{firstFrame} * kFrameBytes + reader.dataOffset;
-    if (fseeko(file.get(), position, SEEK_SET) != 0) Throw(errors::kFileOpen, kModule);
   }
 
   // Reads the next frame; what the file does not have is zero.
   void Next() {
-    Fill(&header, sizeof header);
-    Fill(pairs, sizeof pairs);
+    const std::size_t got = m_file.Read(m_position, &m_frame, sizeof m_frame);
+    if (got < sizeof m_frame) std::memset(reinterpret_cast<char *>(&m_frame) + got, 0, sizeof m_frame - got);
+    m_position += kFrameBytes;
   }
 
-  FrameHeader header{};
-  std::int16_t pairs[2 * kPairs]; // Q, I, Q, I, ... or phase and amplitude
+  const FrameHeader &Header() const { return m_frame.header; }
+
+  // Q, I, Q, I, ... or phase and amplitude.
+  const std::int16_t *Pairs() const { return m_frame.pairs; }
 
 private:
-  void Fill(void *dst, std::size_t bytes) {
-    const std::size_t got = std::fread(dst, 1, bytes, file.get());
-    if (got < bytes) std::memset(static_cast<char *>(dst) + got, 0, bytes - got);
-  }
+  struct Frame {
+    FrameHeader header;
+    std::int16_t pairs[2 * kPairs];
+  };
+  static_assert(sizeof(Frame) == kFrameBytes);
 
-  File file;
+  File m_file;
+  std::int64_t m_position;
+  Frame m_frame{};
 };
 
 IQFReader::IQFReader(const char *path) {
-  const File file = Open(path);
+  const File file(path);
   CopyText(fileName, path, kMaxPath);
-  const std::int64_t size = SizeOf(file.get());
 
   char digit;
-  ReadOrThrow(file.get(), &digit, 1);
+  file.ReadOrThrow(0, &digit, 1);
   const int nDigits = static_cast<signed char>(digit) - '0';
   if (nDigits > 9) std::abort();
   if (nDigits < 1) Throw(errors::kFileOpen, kModule);
-  char digits[9];
-  ReadOrThrow(file.get(), digits, nDigits);
-  int length = 0;
-  const std::from_chars_result end = std::from_chars(digits, digits + nDigits, length);
-  if (end.ec != std::errc{} || end.ptr != digits + nDigits || length < 0) Throw(errors::kFileOpen, kModule);
-  dataOffset = length + nDigits + 1;
-  if (dataOffset > size) Throw(errors::kFileOpen, kModule);
+  char digits[10] = {};
+  file.ReadOrThrow(1, digits, nDigits);
+  // As atoi reads it: blanks before the digits and other characters behind them do not count.
+  const std::int64_t length = std::strtol(digits, nullptr, 10);
+  if (length < 0 || length + nDigits + 1 > file.Size()) Throw(errors::kFileOpen, kModule);
+  dataOffset = static_cast<int>(length) + nDigits + 1;
 
   const std::unique_ptr<char[]> text = MakeText(static_cast<std::size_t>(length) + 1);
-  ReadOrThrow(file.get(), text.get(), length);
+  file.ReadOrThrow(1 + nDigits, text.get(), static_cast<int>(length));
   ParseHeader(text.get());
   SetFields();
 }
@@ -300,59 +353,44 @@ bool IQFReader::GetIQData(int firstFrame, int nFrames, FrameHeader *headers, Vec
   const int size = CheckedSize(firstFrame, nFrames, fftPoints);
   FrameFile frames(*this, firstFrame, nFrames);
   dst.Resize(size);
-  const double scale = static_cast<double>(static_cast<float>(scalingFactor));
-  VecReal32 magnitude;
-  VecReal32 phase;
-  for (int f = 0; f < nFrames; ++f) {
-    frames.Next();
-    if (headers != nullptr) headers[f] = frames.header;
-    Cplx32 *out = dst.GetPtr(f * fftPoints);
-    for (int k = 0; k < fftPoints; ++k) {
-      out[k].re = static_cast<float>((frames.pairs[2 * k + 1] - iOffset) * scale);
-      out[k].im = static_cast<float>((frames.pairs[2 * k] - qOffset) * scale);
-    }
-    if (IsPolar(frames.header)) {
-      // Samples of frames to come would be converted as well and then overwritten.
-      const int so_far = (f + 1) * fftPoints;
-      magnitude.Resize(size);
-      phase.Resize(size);
-      TargetLib::CartToPolar_32fc(dst.GetPtr(), magnitude.GetPtr(), phase.GetPtr(), so_far);
-      TargetLib::RealToCplx_32f(magnitude.GetPtr(), phase.GetPtr(), dst.GetPtr(), so_far);
-    }
-  }
+  ReadSamples(frames, 0, size, headers, dst.GetPtr());
   return true;
+}
+
+// Reads n samples into dst, from the `skipped`-th sample of the next frame on.
+void IQFReader::ReadSamples(FrameFile &frames, int skipped, int n, FrameHeader *headers, Cplx32 *dst) const {
+  const double scale = static_cast<double>(static_cast<float>(scalingFactor));
+  for (int done = 0; done < n; skipped = 0) {
+    frames.Next();
+    if (headers != nullptr) *headers++ = frames.Header();
+    const int count = std::min(fftPoints - skipped, n - done);
+    kernels::active->ScaleQI(frames.Pairs() + 2 * skipped, dst + done, count, iOffset, qOffset, scale);
+    done += count;
+    // A marked frame turns all samples of the read to polar form, once more if they are already; those of
+    // frames to come would only be overwritten.
+    if (IsPolar(frames.Header())) CartToPolarInPlace(dst, done);
+  }
 }
 
 bool IQFReader::GetIQData2(int firstFrame, int nFrames, FrameHeader *headers, VecCplx32 &dst) const {
   const int size = CheckedSize(firstFrame, nFrames, fftPoints);
   FrameFile frames(*this, firstFrame, nFrames);
   dst.Resize(size);
-  VecReal32 re(size);
-  VecReal32 im(size);
   for (int f = 0; f < nFrames; ++f) {
     frames.Next();
-    if (headers != nullptr) headers[f] = frames.header;
-    float *i = re.GetPtr(f * fftPoints);
-    float *q = im.GetPtr(f * fftPoints);
-    for (int k = 0; k < fftPoints; ++k) {
-      i[k] = frames.pairs[2 * k + 1];
-      q[k] = frames.pairs[2 * k];
-    }
+    if (headers != nullptr) headers[f] = frames.Header();
+    kernels::active->ScaleQI(frames.Pairs(), dst.GetPtr(f * fftPoints), fftPoints, 0.0, 0.0, 1.0);
   }
-  const auto scale = static_cast<float>(scalingFactor);
-  if (IsCartesian(frames.header)) {
-    TargetLib::SubC_32f_I(static_cast<float>(iOffset), re.GetPtr(), size);
-    TargetLib::SubC_32f_I(static_cast<float>(qOffset), im.GetPtr(), size);
-    TargetLib::MulC_32f_I(scale, re.GetPtr(), size);
-    TargetLib::MulC_32f_I(scale, im.GetPtr(), size);
-    TargetLib::RealToCplx_32f(re.GetPtr(), im.GetPtr(), dst.GetPtr(), size);
-  } else if (IsPolar(frames.header)) {
-    TargetLib::PolarToCart_32fc(re.GetPtr(), im.GetPtr(), dst.GetPtr(), size);
-    dst += Cplx32{static_cast<float>(iOffset), static_cast<float>(qOffset)};
-    dst *= scale;
+  const Cplx32 offset{static_cast<float>(iOffset), static_cast<float>(qOffset)};
+  if (IsCartesian(frames.Header())) {
+    dst -= offset;
+  } else if (IsPolar(frames.Header())) {
+    PolarToCartInPlace(dst.GetPtr(), size);
+    dst += offset;
   } else {
     Throw(errors::kFileOpen, kModule);
   }
+  dst *= static_cast<float>(scalingFactor);
   return true;
 }
 
@@ -361,11 +399,12 @@ bool IQFReader::ReadIQData(int start, int n, VecCplx32 &dst) const {
   CheckedSize(0, 0, fftPoints);
   const int first = start / fftPoints;
   const auto last = static_cast<int>((std::int64_t{start} + n - 1) / fftPoints);
-  VecCplx32 frames;
-  const bool done = GetIQData(first, n == 0 ? 0 : last - first + 1, nullptr, frames);
+  const int nFrames = n == 0 ? 0 : last - first + 1;
+  CheckedSize(first, nFrames, fftPoints);
+  FrameFile frames(*this, first, nFrames);
   dst.Resize(n);
-  TargetLib::Copy_32fc(frames.GetPtr(start - first * fftPoints), dst.GetPtr(), n);
-  return done;
+  ReadSamples(frames, start - first * fftPoints, n, nullptr, dst.GetPtr());
+  return true;
 }
 
 bool IQFReader::ReadIQData(int start, int n, VecCplx64 &dst) const {
@@ -408,12 +447,12 @@ bool IQFReader::GetRawIQAPData(int firstFrame, int nFrames, FrameHeader *headers
   second.Resize(room);
   for (int f = 0; f < nFrames; ++f) {
     frames.Next();
-    if (headers != nullptr) headers[f] = frames.header;
+    if (headers != nullptr) headers[f] = frames.Header();
     float *i = first.GetPtr(f * kPairs);
     float *q = second.GetPtr(f * kPairs);
     for (int k = 0; k < kPairs; ++k) {
-      i[k] = frames.pairs[2 * k + 1];
-      q[k] = frames.pairs[2 * k];
+      i[k] = frames.Pairs()[2 * k + 1];
+      q[k] = frames.Pairs()[2 * k];
     }
   }
   first.Resize(nFrames * fftPoints);
@@ -429,10 +468,10 @@ bool IQFReader::ReadFlatness(FrameHeader *header, Vector &first, Vector &second,
   first.Resize(size);
   second.Resize(size);
   frames.Next();
-  if (header != nullptr) *header = frames.header;
+  if (header != nullptr) *header = frames.Header();
   for (int k = 0; k < size; ++k) {
-    first[k] = static_cast<Real>(frames.pairs[2 * k]) * firstScale;
-    second[k] = static_cast<Real>(frames.pairs[2 * k + 1]) * secondScale;
+    first[k] = static_cast<Real>(frames.Pairs()[2 * k]) * firstScale;
+    second[k] = static_cast<Real>(frames.Pairs()[2 * k + 1]) * secondScale;
   }
   return true;
 }

@@ -45,6 +45,7 @@ using QORN::VecCplx64;
 using QORN::VecReal32;
 using QORN::VecReal64;
 using Peer = QORN::IQFReaderPeer;
+using QORN::test::AllocationCount;
 using QORN::test::AllocationLimit;
 using QORN::test::TemporaryFile;
 using QORN::test::iqf::Frame;
@@ -227,10 +228,21 @@ TEST(IQFReader, Constructor_NoRecording_Throws13001) {
   EXPECT_EQ(CodeOfOpening("/5Bins=5"), 13001);
   EXPECT_EQ(CodeOfOpening("\x89PNG\r\n"), 13001);
   EXPECT_EQ(CodeOfOpening(std::string(64, '\0')), 13001);
-  EXPECT_EQ(CodeOfOpening("2xyBins=5"), 13001);
-  EXPECT_EQ(CodeOfOpening("21yBins=5"), 13001);
   EXPECT_EQ(CodeOfOpening("2-1Bins=5"), 13001);
-  EXPECT_EQ(CodeOfOpening("2 1Bins=5"), 13001);
+}
+
+// The length is read as atoi reads it: blanks before its digits and anything behind them do not count.
+TEST(IQFReader, Constructor_LengthWithOtherCharacters_IsReadUpToThem) {
+  const struct {
+    const char *bytes;
+    int nofBins, dataOffset;
+  } rows[] = {{"2 6Bins=5", 5, 9}, {"3 6xBins=5", 5, 10}, {"2xyBins=5", 0, 3}, {"3+06Bins=5", 5, 10}};
+  for (const auto &row : rows) {
+    const TemporaryFile file(row.bytes);
+    const IQFReader reader(file.Path().c_str());
+    EXPECT_EQ(reader.GetNofBins(), row.nofBins) << row.bytes;
+    EXPECT_EQ(reader.GetDataOffset(), row.dataOffset) << row.bytes;
+  }
 }
 
 TEST(IQFReader, Constructor_HeaderLengthBeyondTheFile_Throws13001) {
@@ -668,6 +680,27 @@ TEST(IQFReader, ReadIQDataInBlock_PastTheFrames_GivesNothing) {
   VecCplx32 dst;
   EXPECT_EQ(reader.ReadIQData(0, 20, 5, dst), 0);
   EXPECT_EQ(reader.ReadIQData(0, 19, 1, dst), 1);
+}
+
+TEST(IQFReader, Reads_RepeatedIntoKeptVectors_AllocateNothing) {
+  std::string bytes = Header(Text(1000, 4));
+  for (const Mark mark : {Mark::kCartesian, Mark::kPolar, Mark::kNone, Mark::kBoth, Mark::kNone}) {
+    bytes += Frame(mark, [](int k) { return Pair{k, -k}; });
+  }
+  const TemporaryFile file(bytes);
+  const IQFReader reader(file.Path().c_str());
+  VecCplx32 samples(4000);
+  VecReal32 first(4096), second(4096);
+  FrameHeader headers[4];
+  const long before = AllocationCount();
+  reader.GetIQData(0, 4, headers, samples);
+  reader.GetIQData2(0, 4, headers, samples);
+  reader.GetIQData2(0, 2, headers, samples);
+  reader.ReadIQData(500, 3000, samples);
+  reader.ReadIQData(0, 500, 3000, samples);
+  reader.GetRawIQAPData(0, 4, headers, first, second);
+  reader.GetFlatness(first, second);
+  EXPECT_EQ(AllocationCount(), before);
 }
 
 TEST(IQFReader, GetRawIQAPData_FewerThan1024Points_StaysWithinTheVectors) {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "qorn/Export.h"
+#include "qorn/infra/Cplx.h"
 
 namespace QORN {
 
@@ -42,8 +43,8 @@ struct ST_STR {
 /// safe if each has its own vectors. A copy is an independent reader of the same file.
 ///
 /// No count in the file is trusted:
-/// - A header that cannot be one is refused with QORNException 13001: no digit where there must be one, a
-///   length of zero digits or beyond the end of the file, more than 50 names with their values. One deviation
+/// - A header that cannot be one is refused with QORNException 13001: no first digit from 1 to 9, a negative
+///   length or one beyond the end of the file, more than 50 names with their values. One deviation
 ///   ends the program, by std::abort, as it always did: a first character above '9' in ASCII. A program that
 ///   opens files of unknown origin looks at that character first.
 /// - Reads are refused with 10002 if GetFFTPoints() is not within 1 to 1024, if a frame, sample or count is
@@ -51,7 +52,8 @@ struct ST_STR {
 ///   those asked for lie behind the end of the file.
 /// - Otherwise what is missing at the end of a file reads as zeros, and the read reports true.
 ///
-/// All reads throw 13001 if the file cannot be opened, and 11001 if there is no memory.
+/// All reads throw 13001 if the file cannot be opened, and 11001 if there is no memory. Reads into VecCplx32
+/// and VecReal32 allocate nothing but what their vectors need to grow.
 class QORN_API IQFReader {
 public:
   /// Opens the file at path and parses its header. Reads open the file by the first 999 characters of path.
@@ -177,6 +179,7 @@ private:
   static bool Compare(double x, const char *ref, const char *tol);
 
   class FrameFile;
+  void ReadSamples(FrameFile &frames, int skipped, int n, FrameHeader *headers, Cplx32 *dst) const;
 
   void ParseHeader(const char *text);
   void SetFields();
