@@ -1,0 +1,113 @@
+#include "Factorise.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace QORN::fourier {
+
+namespace {
+
+// Vector operations on one value in a butterfly of r points, without loads, stores and factors. Counted from
+// the butterflies' text.
+double Arithmetic(int r) {
+  switch (r) {
+  case 1:
+    return 0;
+  case 2:
+    return 2;
+  case 3:
+    return 4;
+  case 4:
+    return 4;
+  case 8:
+    return 6.5;
+  case 9:
+    return 10;
+  case 16:
+    return 10;
+  default:
+    break;
+  }
+  for (const int a : {4, 3, 2}) {
+    if (r % a == 0) return Arithmetic(a) + Arithmetic(r / a);
+  }
+  return r + 2;
+}
+
+constexpr double kMemory = 4; // to load and store a value, real and imaginary part
+constexpr double kTurn = 4;   // to multiply it by a factor
+constexpr double kJoin = 8;   // to transpose and interleave it
+
+int RoundUp(int a, int b) { return (a + b - 1) / b; }
+
+double CostWith(int lanes, std::int64_t n, int scalar) {
+  const std::int64_t blocks = n / lanes;
+  const int width = lanes <= 4 ? 4 : lanes <= 8 ? 8 : 16;
+  const int perRegister = std::min(width, 64 / scalar);
+  double perBlock = 0;
+  for (const int r : Radices(blocks)) perBlock += Arithmetic(r) + kMemory + kTurn;
+  const double joins = static_cast<double>((blocks + perRegister - 1) / perRegister) * lanes;
+  return static_cast<double>(blocks) * RoundUp(lanes, perRegister) * perBlock +
+         joins * (Arithmetic(lanes) + kMemory + kTurn + kJoin);
+}
+
+} // namespace
+
+bool IsSmooth(std::int64_t n) {
+  for (const int p : {2, 3, 5, 7, 11, 13}) {
+    while (n % p == 0) n /= p;
+  }
+  return n == 1;
+}
+
+std::vector<int> Radices(std::int64_t n) {
+  std::vector<int> radices;
+  const auto take = [&](int radix) {
+    while (n % radix == 0) {
+      radices.push_back(radix);
+      n /= radix;
+    }
+  };
+  int twos = 0;
+  for (; n % 2 == 0; n /= 2) ++twos;
+  // As few passes over the powers of two as radix 16 allows, and those as even as can be.
+  const int passes = (twos + 3) / 4;
+  for (int i = 0; i < passes; ++i) radices.push_back(1 << (twos / passes + (i < twos % passes ? 1 : 0)));
+  for (const int radix : {13, 11, 9, 7, 5, 3}) take(radix);
+  return radices;
+}
+
+int LanesFor(std::int64_t n, int scalar) {
+  int best = 0;
+  double least = std::numeric_limits<double>::infinity();
+  for (int lanes = 2; lanes <= 16; ++lanes) {
+    if (n % lanes != 0) continue;
+    const double cost = CostWith(lanes, n, scalar);
+    if (cost < least) {
+      least = cost;
+      best = lanes;
+    }
+  }
+  return best;
+}
+
+double Cost(std::int64_t n, int scalar) { return CostWith(LanesFor(n, scalar), n, scalar); }
+
+std::int64_t ConvolutionLength(std::int64_t least, int scalar) {
+  std::int64_t best = 0;
+  double cost = std::numeric_limits<double>::infinity();
+  // Powers of two times a small odd number: these have the cheapest passes, and one of them is near.
+  for (const int odd : {1, 3, 5, 7, 9, 11, 13, 15, 21, 25, 27}) {
+    std::int64_t n = 16 * odd;
+    if (n == 16) n = 32;
+    while (n < least) n *= 2;
+    const double c = Cost(n, scalar);
+    if (c < cost) {
+      cost = c;
+      best = n;
+    }
+  }
+  return best;
+}
+
+} // namespace QORN::fourier

@@ -1,0 +1,31 @@
+// How a length falls apart into lanes and passes, and what that costs.
+#ifndef QORN_SRC_INFRA_FOURIER_FACTORISE_H
+#define QORN_SRC_INFRA_FOURIER_FACTORISE_H
+
+#include <cstdint>
+#include <vector>
+
+namespace QORN::fourier {
+
+/// The largest length that is one straight-line butterfly.
+inline constexpr int kMaxSmall = 16;
+
+/// Whether n has no prime factor above 13, so that there is a butterfly for each.
+bool IsSmooth(std::int64_t n);
+
+/// The radices of the passes of a smooth n, in their order.
+std::vector<int> Radices(std::int64_t n);
+
+/// The number of lanes, 2 to 16 and a divisor of the smooth n > 16, at the least estimated cost; `scalar` is
+/// sizeof of the type.
+int LanesFor(std::int64_t n, int scalar);
+
+/// The estimated cost of a transform of smooth length, in vector operations of the widest level.
+double Cost(std::int64_t n, int scalar);
+
+/// The length P >= least, a smooth multiple of 16, with the least cost: that of Bluestein's convolution.
+std::int64_t ConvolutionLength(std::int64_t least, int scalar);
+
+} // namespace QORN::fourier
+
+#endif

@@ -1,0 +1,49 @@
+// What a plan hands to the passes: plain data, since the passes are compiled once per instruction-set level.
+//
+// The unit of work is the block: W complex values, W real parts followed by W imaginary parts, each in a lane
+// of its own. Transforms run over arrays of blocks, all lanes at once, so that no butterfly but one ever
+// mixes lanes and every load and store is a full vector whatever the length. A transform of N = M * L points
+// with L <= W lanes takes sample L t + l as lane l of block t, transforms each lane over its M blocks, and
+// joins the lanes by the twiddle factors exp(-j 2 pi l k / N) and an L-point butterfly over transposed
+// blocks:
+//
+//   X[k + M k'] = sum over l of exp(-j 2 pi l k' / L) exp(-j 2 pi l k / N) sum over t of x[L t + l] exp(-j 2
+//   pi t k / M)
+//
+// The M-point transform over blocks is Stockham's: passes between two buffers, sorted on the way.
+#ifndef QORN_SRC_INFRA_FOURIER_PASSES_H
+#define QORN_SRC_INFRA_FOURIER_PASSES_H
+
+#include <cstddef>
+
+namespace QORN::fourier {
+
+/// One pass over M blocks: butterflies of `radix` blocks that lie M / radix apart. Their outputs are turned
+/// by exp(-j 2 pi p k / (radix * rest)), 1 <= k < radix, where p = 0 to rest - 1 and `done * radix * rest` =
+/// M: `done` is the product of the radices before.
+struct Pass {
+  int radix;
+  std::ptrdiff_t done;
+  std::ptrdiff_t rest;
+  std::ptrdiff_t turns; ///< where the pass's factors start in Columns::turns, in scalars
+};
+
+inline constexpr int kMaxPasses = 32;
+
+/// Transform of length = blocks * lanes.
+template <class T> struct Columns {
+  std::ptrdiff_t length;
+  std::ptrdiff_t blocks; ///< M, at least 2
+  int lanes;             ///< L, 2 to 16
+  int width;             ///< W: 4, 8 or 16, at least L
+  int passCount;
+  Pass passes[kMaxPasses];
+  const T *turns; ///< complex factors of the passes, for each p >= 1 the radix - 1 of them
+  /// The factors that join the lanes, for each group of W values of k, for each l >= 1: W real parts, W
+  /// imaginary parts.
+  const T *joins;
+};
+
+} // namespace QORN::fourier
+
+#endif

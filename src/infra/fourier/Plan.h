@@ -1,0 +1,91 @@
+// Plans of the Fourier transforms: immutable, holding factors and roots of unity, made once per length.
+//
+// All complex arrays are interleaved scalars. Forward is the sum with exp(-j 2 pi n k / N), Inverse that with
+// exp(+j 2 pi n k / N), each multiplied by `scale` in the last pass. Scratch belongs to the caller: aligned
+// memory of ScratchBytes(), whose contents do not matter. Nothing here allocates but Make and Clone.
+#ifndef QORN_SRC_INFRA_FOURIER_PLAN_H
+#define QORN_SRC_INFRA_FOURIER_PLAN_H
+
+#include <cstddef>
+#include <memory>
+
+#include "Block.h"
+#include "Passes.h"
+
+namespace QORN::fourier {
+
+class Plan {
+public:
+  virtual ~Plan() = default;
+  virtual std::unique_ptr<Plan> Clone() const = 0;
+  virtual std::size_t ScratchBytes() const = 0;
+};
+
+/// Complex transform of any length. Which way, by this rule:
+/// - up to 16 points: one butterfly;
+/// - no prime factor above 13: passes over blocks and a joining of lanes (Passes.h);
+/// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
+template <class T> class ComplexPlan final : public Plan {
+public:
+  /// Null if length is below 1 or there is no memory for the plan.
+  static std::unique_ptr<ComplexPlan> Make(int length);
+
+  ComplexPlan(const ComplexPlan &other);
+  std::unique_ptr<Plan> Clone() const override { return std::make_unique<ComplexPlan>(*this); }
+
+  int Length() const { return m_length; }
+  std::size_t ScratchBytes() const override { return m_scratch * sizeof(T); }
+
+  /// out may be in; otherwise the two must not overlap.
+  void Forward(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, false, scale); }
+  void Inverse(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, true, scale); }
+
+private:
+  explicit ComplexPlan(int length);
+  void MakeColumns();
+  void MakeBluestein();
+  void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const;
+
+  int m_length;
+  std::size_t m_scratch = 0; // in scalars
+  Columns<T> m_columns{};    // its tables are m_turns and m_joins
+  Block<T> m_turns, m_joins;
+  std::unique_ptr<ComplexPlan> m_convolution; // Bluestein only: the transform, the chirp and its spectrum
+  Block<T> m_chirp, m_spectrum;
+};
+
+/// Real transform of any length: where it is even, a complex one of half the length and a step between them.
+template <class T> class RealPlan final : public Plan {
+public:
+  /// Null if length is below 1 or there is no memory for the plan.
+  static std::unique_ptr<RealPlan> Make(int length);
+
+  RealPlan(const RealPlan &other);
+  std::unique_ptr<Plan> Clone() const override { return std::make_unique<RealPlan>(*this); }
+
+  int Length() const { return m_length; }
+  std::size_t ScratchBytes() const override;
+
+  /// All N bins of N samples; bins k and N - k are exact conjugates. in and out must not overlap.
+  void Forward(const T *in, T *out, T *scratch, T scale) const;
+
+  /// N samples from bins 0 to N / 2; the imaginary parts of bin 0 and, for even N, of bin N / 2 are taken as
+  /// zero. in and out must not overlap.
+  void Inverse(const T *in, T *out, T *scratch, T scale) const;
+
+private:
+  explicit RealPlan(int length);
+
+  int m_length;
+  std::unique_ptr<ComplexPlan<T>> m_complex;
+  Block<T> m_turns; // exp(-j 2 pi k / N), 0 <= k <= N / 4, of an even length
+};
+
+extern template class ComplexPlan<float>;
+extern template class ComplexPlan<double>;
+extern template class RealPlan<float>;
+extern template class RealPlan<double>;
+
+} // namespace QORN::fourier
+
+#endif

@@ -1,0 +1,9 @@
+#include "Columns.h"
+#include "Pointwise.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+
+#define QORN_FAMILY "infra/kernels/families/Fourier64.inc"
+#include "infra/kernels/families/Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL

@@ -1,0 +1,117 @@
+// The element-wise steps around the transforms: Bluestein's chirps, and the step between a real transform and
+// the complex one of half its length.
+#ifndef QORN_SRC_INFRA_FOURIER_PASSES_POINTWISE_H
+#define QORN_SRC_INFRA_FOURIER_PASSES_POINTWISE_H
+
+#include "Butterfly.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+// Runs body(place, Int<lanes>) over 0 <= place < len: full vectors first, then the same text one by one.
+template <class T, class F> [[gnu::always_inline]] inline void ForEach(Index len, const F &body) {
+  constexpr int V = kLanes<T, 16>;
+  Index i = 0;
+  for (; i + V <= len; i += V) body(i, Int<V>{});
+  for (; i < len; ++i) body(i, Int<1>{});
+}
+
+/// dst[i] = src[i] * factor[i], complex, all interleaved. swapIn and swapOut exchange real and imaginary
+/// parts of src and of dst. dst may be src.
+template <class T>
+[[gnu::flatten]] void RunProduct(const T *src, const T *factor, T *dst, Index len, bool swapIn,
+                                 bool swapOut) {
+  ForEach<T>(len, [&]<int V>(Index i, Int<V>) {
+    Vec<T, V> re, im, wre, wim;
+    LoadComplex<T, V>(src + 2 * i, re, im);
+    LoadComplex<T, V>(factor + 2 * i, wre, wim);
+    if (swapIn) {
+      const auto t = re;
+      re = im;
+      im = t;
+    }
+    Turn(re, im, wre, wim);
+    if (swapOut) {
+      StoreComplex<T, V>(dst + 2 * i, im, re);
+    } else {
+      StoreComplex<T, V>(dst + 2 * i, re, im);
+    }
+  });
+}
+
+// Calls body(k, V) for the pairs (k, half - k), 1 <= k < half / 2, V neighbours at a time.
+template <class T, class F> [[gnu::always_inline]] inline void ForEachPair(Index half, const F &body) {
+  const Index pairs = (half - 1) / 2;
+  ForEach<T>(pairs, [&](Index i, auto lanes) { body(i + 1, lanes); });
+}
+
+/// Turns the half-length transform Z of the samples' pairs x[2n] + j x[2n+1] into the 2 * half bins of the
+/// real transform: with E = Z[k] + conj Z[half-k] and O = -j (Z[k] - conj Z[half-k]), X[k] = E + w^k O and
+/// X[half-k] = conj(E - w^k O), w = exp(-j pi / half); the upper half is their exact mirror. The factor 1/2
+/// is left to the transform. Z stands in the first half of x; `turns` holds w^k from k = 0 on.
+template <class T> [[gnu::flatten]] void RunUntangle(T *x, const T *turns, Index half) {
+  T *const upper = x + 2 * half;
+  const T re0 = x[0], im0 = x[1];
+  ForEachPair<T>(half, [&]<int V>(Index k, Int<V>) {
+    Vec<T, V> re, im, backRe, backIm, wre, wim;
+    const Index back = half - k - (V - 1);
+    LoadComplex<T, V>(x + 2 * k, re, im);
+    LoadComplex<T, V>(x + 2 * back, backRe, backIm);
+    LoadComplex<T, V>(turns + 2 * k, wre, wim);
+    backRe = Reverse<T, V>(backRe);
+    backIm = Reverse<T, V>(backIm);
+    const auto evenRe = re + backRe, evenIm = im - backIm;
+    auto oddRe = im + backIm, oddIm = backRe - re;
+    Turn(oddRe, oddIm, wre, wim);
+    const auto lowRe = evenRe + oddRe, lowIm = evenIm + oddIm;
+    const auto highRe = Reverse<T, V>(evenRe - oddRe), highIm = Reverse<T, V>(oddIm - evenIm);
+    StoreComplex<T, V>(x + 2 * k, lowRe, lowIm);
+    StoreComplex<T, V>(x + 2 * back, highRe, highIm);
+    StoreComplex<T, V>(upper + 2 * back, Reverse<T, V>(lowRe), -Reverse<T, V>(lowIm));
+    StoreComplex<T, V>(upper + 2 * k, Reverse<T, V>(highRe), -Reverse<T, V>(highIm));
+  });
+  if (half % 2 == 0) {
+    // w^(half/2) = -j, so that X = 2 conj Z here.
+    const Index k = half / 2;
+    x[2 * k] *= 2;
+    x[2 * k + 1] *= -2;
+    upper[2 * k] = x[2 * k];
+    upper[2 * k + 1] = -x[2 * k + 1];
+  }
+  x[0] = 2 * (re0 + im0);
+  x[1] = 0;
+  upper[0] = 2 * (re0 - im0);
+  upper[1] = 0;
+}
+
+/// The way back: Z[k] = E + j O with E = X[k] + conj X[half-k], O = conj(w^k) (X[k] - conj X[half-k]), from
+/// bins 0 to half of x; the imaginary parts of bins 0 and half do not take part.
+template <class T> [[gnu::flatten]] void RunTangle(const T *x, T *z, const T *turns, Index half) {
+  ForEachPair<T>(half, [&]<int V>(Index k, Int<V>) {
+    Vec<T, V> re, im, backRe, backIm, wre, wim;
+    const Index back = half - k - (V - 1);
+    LoadComplex<T, V>(x + 2 * k, re, im);
+    LoadComplex<T, V>(x + 2 * back, backRe, backIm);
+    LoadComplex<T, V>(turns + 2 * k, wre, wim);
+    backRe = Reverse<T, V>(backRe);
+    backIm = Reverse<T, V>(backIm);
+    const auto evenRe = re + backRe, evenIm = im - backIm;
+    auto oddRe = re - backRe, oddIm = im + backIm;
+    Turn(oddRe, oddIm, wre, -wim);
+    StoreComplex<T, V>(z + 2 * k, evenRe - oddIm, evenIm + oddRe);
+    StoreComplex<T, V>(z + 2 * back, Reverse<T, V>(evenRe + oddIm), Reverse<T, V>(oddRe - evenIm));
+  });
+  if (half % 2 == 0) {
+    const Index k = half / 2;
+    z[2 * k] = 2 * x[2 * k];
+    z[2 * k + 1] = -2 * x[2 * k + 1];
+  }
+  const T first = x[0], last = x[2 * half];
+  z[0] = first + last;
+  z[1] = first - last;
+}
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif
