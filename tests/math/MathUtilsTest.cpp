@@ -61,7 +61,7 @@ TEST(MathUtils, Abs_InPlaceOnANarrowedView_KeepsTheView) {
   vec.Trim(1, 2);
   MathUtils::Abs(vec);
   EXPECT_EQ(List(vec), (std::vector<float>{2.0F, 3.0F}));
-  EXPECT_EQ(*vec.GetPtr(-1), -1.0F);
+  EXPECT_EQ(*(vec.GetPtr() - 1), -1.0F);
 }
 
 TEST(MathUtils, Abs_Complex_IsTheMagnitude) {
@@ -166,8 +166,8 @@ TEST(MathUtils, Log10_OnANarrowedViewOfItself_KeepsTheView) {
   EXPECT_EQ(vec.GetSize(), 2);
   EXPECT_FLOAT_EQ(vec[0], 1.0F);
   EXPECT_FLOAT_EQ(vec[1], 2.0F);
-  EXPECT_EQ(*vec.GetPtr(-1), 5.0F);
-  EXPECT_EQ(*vec.GetPtr(2), 7.0F);
+  EXPECT_EQ(*(vec.GetPtr() - 1), 5.0F);
+  EXPECT_EQ(*(vec.GetPtr() + 2), 7.0F);
 }
 
 TEST(MathUtils, Pow10_AnyForm_RaisesTen) {

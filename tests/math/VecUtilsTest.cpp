@@ -287,7 +287,7 @@ TYPED_TEST(VecUtilsOnSamples, DeleteElement_NarrowedView_StaysWithinIt) {
   vec.Trim(1, 4);
   VecUtils::DeleteElement(vec, 0);
   Expect(vec, {2, 3, 4});
-  EXPECT_EQ(*vec.GetPtr(-1), Element<ElementOf<V>>(0));
+  EXPECT_EQ(*(vec.GetPtr() - 1), Element<ElementOf<V>>(0));
 }
 
 TYPED_TEST(VecUtilsOnSamples, Flip_AnyLength_Reverses) {
