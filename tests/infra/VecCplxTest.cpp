@@ -247,11 +247,12 @@ TYPED_TEST(VecCplx, Arithmetic_ByIntOrDoubleOrBraces_FindsItsForm) {
 
 TYPED_TEST(VecCplx, Arithmetic_WithItself_UsesTheOldElements) {
   auto vector = Of<typename TypeParam::V>({1, 2, -3, 4});
-  vector += vector;
+  const auto &self = vector;
+  vector += self;
   EXPECT_EQ(Values(vector), (Parts{2, 4, -6, 8}));
-  vector *= vector;
+  vector *= self;
   EXPECT_EQ(Values(vector), (Parts{-12, 16, -28, -96}));
-  vector -= vector;
+  vector -= self;
   EXPECT_EQ(Values(vector), (Parts{0, 0, 0, 0}));
 }
 
@@ -268,7 +269,7 @@ TYPED_TEST(VecCplx, Division_ByConstantZero_LeavesTheVector) {
   auto vector = Of<typename TypeParam::V>({1, 2, 0, 0, -3, 4});
   vector /= {0, 0};
   EXPECT_EQ(Values(vector), (Parts{1, 2, 0, 0, -3, 4}));
-  vector.Div({0, -0.0f});
+  vector.Div({0, static_cast<typename TypeParam::S>(-0.0)});
   EXPECT_EQ(Values(vector), (Parts{1, 2, 0, 0, -3, 4}));
 }
 
@@ -355,7 +356,7 @@ TYPED_TEST(VecCplx, Extremes_OfOneElementOrZeros_AreAtTheStart) {
 
 TYPED_TEST(VecCplx, Extremes_WithNotANumber_PassItOver) {
   using V = typename TypeParam::V;
-  const double nan = kNaN, inf = kInf;
+  const double nan = static_cast<double>(kNaN), inf = static_cast<double>(kInf);
   ExpectExtremes(Of<V>({1, 0, nan, 0, 5, 0, 0, nan, 0.5, 0}), 2, 4);
   ExpectExtremes(Of<V>({nan, 0, 5, 0, 1, 0}), 1, 0);
   ExpectExtremes(Of<V>({nan, 0, nan, 1}), 0, 0);
@@ -373,7 +374,7 @@ TYPED_TEST(VecCplx, Extremes_OfAnyLength_AgreeWithAPlainLoop) {
       vector[n - 1] = vector.Max();
       vector[n / 2] = vector.Min();
       ExpectExtremes(vector, PlainMax(vector), PlainMin(vector));
-      vector[(seed * 37) % n].re = kNaN;
+      vector[(seed * 37) % n].re = static_cast<typename TypeParam::S>(kNaN);
       ExpectExtremes(vector, PlainMax(vector), PlainMin(vector));
     }
   }
@@ -596,9 +597,10 @@ TYPED_TEST(VecCplx, Equality_IsExactOnBothPartsAndLengths) {
 
 TYPED_TEST(VecCplx, IsEqual_WithinTheTolerance_ComparesThePartsSeparately) {
   using V = typename TypeParam::V;
+  using S = typename TypeParam::S;
   EXPECT_EQ(PrintedBy([] {
               // The magnitude of the difference is above the tolerance, its parts are not.
-              EXPECT_TRUE(Of<V>({1, 2, 3, 4}).IsEqual(Of<V>({1.25, 2.25, 3, 4}), 0.25f));
+              EXPECT_TRUE(Of<V>({1, 2, 3, 4}).IsEqual(Of<V>({1.25, 2.25, 3, 4}), S{0.25}));
               EXPECT_TRUE(Of<V>({1, 2}).IsEqual(Of<V>({1, 2}), 0));
               EXPECT_TRUE(V().IsEqual(V(), -1));
               EXPECT_FALSE(V(2).IsEqual(V(3), 1));

@@ -154,13 +154,14 @@ TEST(VecInt16, Arithmetic_BeyondTheLimits_SticksThere) {
 
 TYPED_TEST(VecInt, Arithmetic_WithItselfOrNarrowed_StaysWithinTheView) {
   auto vector = Of<TypeParam>({1, 2, -3, 4});
+  const auto &self = vector;
   vector.Truncate(1, 2);
-  vector += vector;
-  vector *= vector;
+  vector += self;
+  vector *= self;
   vector += Of<TypeParam>({1, 1, 1});
   vector.Resize(4);
   EXPECT_EQ(Values(vector), (Integers{1, 17, 37, 4}));
-  vector -= vector;
+  vector -= self;
   EXPECT_EQ(Values(vector), (Integers{0, 0, 0, 0}));
 }
 

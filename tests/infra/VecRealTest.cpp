@@ -175,13 +175,14 @@ TYPED_TEST(VecReal, Arithmetic_ByIntOrDoubleConstant_TakesTheScalarForm) {
 TYPED_TEST(VecReal, Arithmetic_WithItself_UsesTheOldElements) {
   using T = typename TypeParam::T;
   auto vector = Of<typename TypeParam::V>(1, -2, 3);
-  vector += vector;
+  const auto &self = vector;
+  vector += self;
   EXPECT_EQ(Values(vector), (std::vector<T>{2, -4, 6}));
-  vector *= vector;
+  vector *= self;
   EXPECT_EQ(Values(vector), (std::vector<T>{4, 16, 36}));
-  vector /= vector;
+  vector /= self;
   EXPECT_EQ(Values(vector), (std::vector<T>{1, 1, 1}));
-  vector -= vector;
+  vector -= self;
   EXPECT_EQ(Values(vector), (std::vector<T>{0, 0, 0}));
 }
 
@@ -206,9 +207,9 @@ TYPED_TEST(VecReal, Arithmetic_LongerOperand_IsReadAsFarAsThisVector) {
 TYPED_TEST(VecReal, Division_ByConstantZero_LeavesTheVector) {
   using T = typename TypeParam::T;
   auto vector = Of<typename TypeParam::V>(1, 0, -3, 4);
-  vector /= 0.0f;
+  vector /= 0;
   EXPECT_EQ(Values(vector), (std::vector<T>{1, 0, -3, 4}));
-  vector.Div(-0.0f);
+  vector.Div(static_cast<T>(-0.0));
   EXPECT_EQ(Values(vector), (std::vector<T>{1, 0, -3, 4}));
 }
 
@@ -252,8 +253,8 @@ TYPED_TEST(VecReal, Statistics_OfManyElements_AgreeWithLongDouble) {
   const long double deviation = std::sqrt(squares / (n - 1));
   // Accumulation in double errs by at most n rounding errors of the sum of magnitudes; the result is rounded
   // once to T.
-  const long double unit = std::numeric_limits<double>::epsilon();
-  const long double last = std::numeric_limits<T>::epsilon();
+  const auto unit = static_cast<long double>(std::numeric_limits<double>::epsilon());
+  const auto last = static_cast<long double>(std::numeric_limits<T>::epsilon());
   const long double bound = unit * n * magnitudes + last * std::abs(sum);
   EXPECT_LE(std::abs(static_cast<long double>(vector.Sum()) - sum), bound);
   EXPECT_LE(std::abs(static_cast<long double>(vector.Mean()) - sum / n), bound / n);
@@ -388,14 +389,15 @@ TEST(VecReal32, Export_ToDouble_Widens) {
   const auto vector = Of<VecReal32>(0.1f, 2, 3);
   double target[3] = {9, 9, 9};
   vector.Export(target, 2);
-  EXPECT_EQ((std::vector<double>(target, target + 3)), (std::vector<double>{0.1f, 2, 9}));
+  EXPECT_EQ((std::vector<double>(target, target + 3)),
+            (std::vector<double>{static_cast<double>(0.1f), 2, 9}));
 }
 
 TEST(VecReal64, Import_OfFloat_Widens) {
   const float floats[] = {0.1f, -2, kInf};
   VecReal64 vector;
   vector.Import(floats, 3);
-  EXPECT_EQ(Values(vector), (std::vector<double>{0.1f, -2, static_cast<double>(kInf)}));
+  EXPECT_EQ(Values(vector), (std::vector<double>{static_cast<double>(0.1f), -2, static_cast<double>(kInf)}));
 }
 
 TYPED_TEST(VecReal, Vectors_OfOtherTypes_ConvertOnConstructionAssignmentAndImport) {
@@ -617,7 +619,7 @@ TYPED_TEST(VecReal, IsEqual_WithinTheTolerance_IsTrueAndPrintsNothing) {
   const auto a = Of<V>(1, 2, -3), b = Of<V>(1.25, 1.75, -3);
   EXPECT_EQ(PrintedBy([&] {
               EXPECT_TRUE(a.IsEqual(a, 0));
-              EXPECT_TRUE(a.IsEqual(b, 0.25f));
+              EXPECT_TRUE(a.IsEqual(b, static_cast<typename TypeParam::T>(0.25)));
               EXPECT_TRUE(V().IsEqual(V(), 0));
               EXPECT_TRUE(V().IsEqual(V(), -1));
             }),

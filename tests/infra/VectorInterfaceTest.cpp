@@ -3,6 +3,18 @@
 #include <type_traits>
 #include <utility>
 
+// Real classes and no aliases: they can be declared ahead.
+namespace QORN {
+class VecCplx32;
+class VecCplx64;
+class VecInt16;
+class VecInt32;
+class VecReal32;
+class VecReal64;
+class VecUInt32;
+class VecUInt8;
+} // namespace QORN
+
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "qorn/infra/VecInt16.h"
