@@ -46,7 +46,7 @@ QORN_INLINE double FromBase(const Pair &base, const Pair &a, bool away) {
 struct Atan64 {
   static constexpr bool kComplete = true;
   QORN_INLINE static double Fast(double x) {
-    const double size = Magnitude(x);
+    const double size = Magnitude(x) > 0x1p60 ? 0x1p60 : Magnitude(x); // from 2^54 on the angle is pi/2
     const bool inverted = size > 1;
     const Octant o = ChooseCentre(inverted ? 1.0 : size, inverted ? size : 1.0);
     const Pair a = AroundCentre(o.centre, o.num / o.den, 0.0);
