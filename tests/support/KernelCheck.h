@@ -378,8 +378,23 @@ void CheckInPlace(const std::string &name, const Kernel &kernel, const Reference
   runner.Run(name, copied, reference, match, options, samples, -1);
 }
 
+namespace detail {
+
+// A matcher may ask for the operands, where its bound depends on them.
+template <class Match, class R, class S>
+bool Matches(const Match &match, const R &result, const R &expected, const S *src, int len) {
+  if constexpr (std::is_invocable_v<Match, R, R, const S *, int>) {
+    return match(result, expected, src, len);
+  } else {
+    return match(result, expected);
+  }
+}
+
+} // namespace detail
+
 /// kernel(const S *, int len, R *result) against reference(const S *, int len) -> R over arrays of every
-/// length; an empty array must leave the result unwritten.
+/// length; an array below the shortest length must leave the result unwritten. The matcher may also be
+/// called as match(got, expected, const S *, int len).
 template <class R, class S, class Kernel, class Reference, class Match = Same>
 void CheckReduction(const std::string &name, const Kernel &kernel, const Reference &reference,
                     const Match &match = {}, const Options &options = {},
@@ -406,7 +421,7 @@ void CheckReduction(const std::string &name, const Kernel &kernel, const Referen
           continue;
         }
         const R expected = reference(static_cast<const S *>(source.data()), len);
-        ASSERT_TRUE(match(result, expected))
+        ASSERT_TRUE(detail::Matches(match, result, expected, source.data(), len))
             << where << "\n  gave " << Show(result) << "\n  not  " << Show(expected);
         if (options.sameAtEveryLevel) {
           if (base.size() <= run) {

@@ -1,0 +1,346 @@
+// Extremes, sums and norms.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+#include "qorn/infra/TargetLib.h"
+#include "support/KernelCheck.h"
+#include "support/Wide.h"
+
+namespace {
+
+using QORN::Cplx32;
+using QORN::Cplx64;
+using QORN::TargetLib;
+using QORN::test::CheckReduction;
+using QORN::test::Part;
+using QORN::test::Quad;
+using QORN::test::Root;
+using QORN::test::Same;
+using QORN::test::Samples;
+
+namespace kernels = QORN::kernels;
+
+// Extremes. The place of the first element that no number beats; without a number the first place.
+template <class T, class Beats> int Place(const T *src, int len, Beats beats) {
+  int place = -1;
+  for (int i = 0; i < len; ++i) {
+    if (src[i] != src[i]) continue;
+    if (place < 0 || beats(src[i], src[place])) place = i;
+  }
+  return std::max(place, 0);
+}
+
+template <class T> struct ExtremeRow {
+  const char *type;
+  void (*max)(const T *, int, T *);
+  void (*min)(const T *, int, T *);
+  void (*maxIndx)(const T *, int, T *, int *);
+  void (*minIndx)(const T *, int, T *, int *);
+};
+
+template <class T> void CheckExtremes(const ExtremeRow<T> &row, const std::vector<T> &samples) {
+  const std::string type = row.type;
+  const auto check = [&](const std::string &name, auto extreme, auto extremeIndex, auto beats) {
+    CheckReduction<T>(
+        name + "_" + type, extreme, [=](const T *x, int n) { return x[Place(x, n, beats)]; }, Same(), {},
+        samples);
+    CheckReduction<int>(
+        name + "Indx_" + type,
+        [=](const T *x, int n, int *place) {
+          T value = T(93);
+          extremeIndex(x, n, &value, place);
+          EXPECT_TRUE(Same()(value, n < 1 ? T(93) : x[*place]));
+        },
+        [=](const T *x, int n) { return Place(x, n, beats); }, Same(), {}, samples);
+  };
+  check("Max", row.max, row.maxIndx, std::greater<T>());
+  check("Min", row.min, row.minIndx, std::less<T>());
+}
+
+const ExtremeRow<short> k16s{"16s", &TargetLib::Max_16s, &TargetLib::Min_16s, &TargetLib::MaxIndx_16s,
+                             &TargetLib::MinIndx_16s};
+const ExtremeRow<int> k32s{"32s", &TargetLib::Max_32s, &TargetLib::Min_32s, &TargetLib::MaxIndx_32s,
+                           &TargetLib::MinIndx_32s};
+const ExtremeRow<float> k32f{"32f", &TargetLib::Max_32f, &TargetLib::Min_32f, &TargetLib::MaxIndx_32f,
+                             &TargetLib::MinIndx_32f};
+const ExtremeRow<double> k64f{"64f", &TargetLib::Max_64f, &TargetLib::Min_64f, &TargetLib::MaxIndx_64f,
+                              &TargetLib::MinIndx_64f};
+
+TEST(TargetLib, MaxMin_AllSamples_GiveTheExtremeAndItsFirstPlace) {
+  CheckExtremes<short>(k16s, Samples<short>());
+  CheckExtremes<int>(k32s, Samples<int>());
+  CheckExtremes<float>(k32f, Samples<float>());
+  CheckExtremes<double>(k64f, Samples<double>());
+}
+
+TEST(TargetLib, MaxMin_NumbersBelowAndAboveZero_GiveTheExtremeAndItsFirstPlace) {
+  CheckExtremes<short>(k16s, {-5, -7, -3, -3, -9, -7});
+  CheckExtremes<int>(k32s, {5, 7, 3, 3, 9, 9, 7});
+  CheckExtremes<float>(k32f, {-5.5F, -7, -3, -3, -9, -9, -7});
+  CheckExtremes<double>(k64f, {1.5, 7, 3, 3, 1.5});
+}
+
+TEST(TargetLib, MaxMin_ZerosOfBothSigns_TakeTheFirst) {
+  CheckExtremes<float>(k32f, {-0.0F, 0.0F, 0.0F, -0.0F});
+  CheckExtremes<double>(k64f, {0.0, -0.0, -0.0});
+  CheckExtremes<float>(k32f, {-1.0F, -0.0F, -2.0F, 0.0F, -3.0F});
+  CheckExtremes<double>(k64f, {1.0, 0.0, 2.0, -0.0, 3.0});
+}
+
+TEST(TargetLib, MaxMin_NotANumberAmongNumbers_IsPassedOver) {
+  CheckExtremes<float>(k32f, {NAN, -INFINITY, NAN});
+  CheckExtremes<float>(k32f, {NAN, NAN, INFINITY});
+  CheckExtremes<double>(k64f, {NAN, 3.0, NAN, NAN, 2.0, 3.0});
+  CheckExtremes<double>(k64f, {NAN});
+}
+
+// The extreme at every place of arrays that span several blocks of any size the kernel might use.
+TEST(TargetLib, MaxIndxMinIndx_ExtremeAtAnyPlace_IsFound) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (const int len : {97, 2500}) {
+      std::vector<float> x(static_cast<std::size_t>(len), 1.0F);
+      for (int place = 0; place < len; ++place) {
+        for (const float extreme : {2.0F, -2.0F}) {
+          x[static_cast<std::size_t>(place)] = extreme;
+          float value = 0;
+          int index = -1;
+          if (extreme > 0)
+            TargetLib::MaxIndx_32f(x.data(), len, &value, &index);
+          else
+            TargetLib::MinIndx_32f(x.data(), len, &value, &index);
+          ASSERT_EQ(index, place) << level.name;
+          ASSERT_EQ(value, extreme) << level.name;
+        }
+        x[static_cast<std::size_t>(place)] = 1.0F;
+      }
+    }
+  }
+}
+
+// Sums. The exact value, and a bound on what double accumulation on lanes loses of it.
+
+/// Exact sum of a function of the elements.
+template <class T, class F> Quad Total(const T *x, int n, F term) {
+  Quad sum = 0;
+  for (int i = 0; i < n; ++i) sum += term(static_cast<Quad>(x[i]));
+  return sum;
+}
+Quad Itself(Quad x) { return x; }
+Quad Magnitude(Quad x) { return x < 0 ? -x : x; }
+
+// A lane adds at most every eighth element and the lanes fold in at most seven steps, each step rounding the
+// sum of the magnitudes so far by at most u = 2^-53: n / 8 + 7 roundings relative to the sum of the
+// magnitudes (Higham, Accuracy and Stability of Numerical Algorithms, section 4.2). One more for the terms,
+// one for a division. The rounding to the element type comes on top.
+double Loss(int n, Quad magnitudes) { return static_cast<double>(magnitudes) * 0x1p-53 * (n / 8.0 + 9); }
+
+template <class T> double HalfUnit(T x) {
+  const T size = std::fabs(x);
+  return static_cast<double>(std::nextafter(size, std::numeric_limits<T>::infinity()) - size) / 2;
+}
+
+template <class T> bool Near(T got, T expected, double loss) {
+  return std::fabs(static_cast<double>(got) - static_cast<double>(expected)) <= loss + 2 * HalfUnit(expected);
+}
+
+template <class T>
+void CheckSumAndMean(const char *type, void (*sum)(const T *, int, T *), void (*mean)(const T *, int, T *)) {
+  CheckReduction<T, T>(
+      std::string("Sum_") + type, sum, [](const T *x, int n) { return static_cast<T>(Total(x, n, Itself)); },
+      [](T got, T expected, const T *x, int n) {
+        return Near(got, expected, Loss(n, Total(x, n, Magnitude)));
+      });
+  CheckReduction<T, T>(
+      std::string("Mean_") + type, mean,
+      [](const T *x, int n) { return static_cast<T>(Total(x, n, Itself) / n); },
+      [](T got, T expected, const T *x, int n) {
+        return Near(got, expected, Loss(n, Total(x, n, Magnitude)) / n);
+      });
+}
+
+template <class C>
+void CheckCplxSumAndMean(const char *type, void (*sum)(const C *, int, C *),
+                         void (*mean)(const C *, int, C *)) {
+  using T = Part<C>;
+  const auto part = [](const C *x, int n, T C::*member) {
+    std::vector<T> parts;
+    for (int i = 0; i < n; ++i) parts.push_back(x[i].*member);
+    return parts;
+  };
+  const auto exact = [=](const C *x, int n, int divisor) {
+    const std::vector<T> re = part(x, n, &C::re), im = part(x, n, &C::im);
+    return C{static_cast<T>(Total(re.data(), n, Itself) / divisor),
+             static_cast<T>(Total(im.data(), n, Itself) / divisor)};
+  };
+  const auto near = [=](C got, C expected, const C *x, int n, int divisor) {
+    const std::vector<T> re = part(x, n, &C::re), im = part(x, n, &C::im);
+    return Near(got.re, expected.re, Loss(n, Total(re.data(), n, Magnitude)) / divisor) &&
+           Near(got.im, expected.im, Loss(n, Total(im.data(), n, Magnitude)) / divisor);
+  };
+  CheckReduction<C, C>(
+      std::string("Sum_") + type, sum, [=](const C *x, int n) { return exact(x, n, 1); },
+      [=](C got, C expected, const C *x, int n) { return near(got, expected, x, n, 1); });
+  CheckReduction<C, C>(
+      std::string("Mean_") + type, mean, [=](const C *x, int n) { return exact(x, n, n); },
+      [=](C got, C expected, const C *x, int n) { return near(got, expected, x, n, n); });
+}
+
+TEST(TargetLib, SumMean_Reals_StayNearTheExactValue) {
+  CheckSumAndMean<float>("32f", &TargetLib::Sum_32f, &TargetLib::Mean_32f);
+  CheckSumAndMean<double>("64f", &TargetLib::Sum_64f, &TargetLib::Mean_64f);
+}
+TEST(TargetLib, SumMean_Complex_StayNearTheExactValue) {
+  CheckCplxSumAndMean<Cplx32>("32fc", &TargetLib::Sum_32fc, &TargetLib::Mean_32fc);
+  CheckCplxSumAndMean<Cplx64>("64fc", &TargetLib::Sum_64fc, &TargetLib::Mean_64fc);
+}
+
+// Float sums lose nothing that float could hold: 2^24 + 1 a thousand times over, then back.
+TEST(TargetLib, SumMean_FloatsThatFloatSumsWouldLose_AreExact) {
+  std::vector<float> x(1001, 1.0F);
+  x[0] = 16777216.0F;
+  x[1000] = -16777216.0F;
+  std::vector<Cplx32> z(1001, Cplx32{1.0F, 2.0F});
+  z[500] = {-16777216.0F, 16777216.0F};
+  z[501] = {16777216.0F, -16777216.0F};
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    float sum = 0, mean = 0;
+    TargetLib::Sum_32f(x.data(), 1001, &sum);
+    TargetLib::Mean_32f(x.data(), 999, &mean);
+    EXPECT_EQ(sum, 999.0F) << level.name;
+    EXPECT_EQ(mean, static_cast<float>(16778214.0 / 999)) << level.name;
+    Cplx32 total{}, average{};
+    TargetLib::Sum_32fc(z.data(), 1001, &total);
+    TargetLib::Mean_32fc(z.data(), 1001, &average);
+    EXPECT_EQ(total.re, 999.0F) << level.name;
+    EXPECT_EQ(total.im, 1998.0F) << level.name;
+    EXPECT_EQ(average.re, static_cast<float>(999.0 / 1001)) << level.name;
+    EXPECT_EQ(average.im, static_cast<float>(1998.0 / 1001)) << level.name;
+  }
+}
+
+TEST(TargetLib, Sum_Integers_IsExactThenSaturates) {
+  const auto exact = [](auto limits, const auto *x, int n) {
+    using T = decltype(limits);
+    const Quad sum = Total(x, n, Itself);
+    const Quad low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
+    return static_cast<T>(sum > high ? high : sum < low ? low : sum);
+  };
+  const auto shorts = [=](const short *x, int n) { return exact(short(), x, n); };
+  const auto ints = [=](const int *x, int n) { return exact(int(), x, n); };
+  for (const std::vector<short> &samples : {Samples<short>(), std::vector<short>{100, -99, 7},
+                                            std::vector<short>{32767}, std::vector<short>{-32768}}) {
+    CheckReduction<short, short>("Sum_16s", &TargetLib::Sum_16s, shorts, Same(), {}, samples);
+  }
+  for (const std::vector<int> &samples :
+       {Samples<int>(), std::vector<int>{100, -99, 7}, std::vector<int>{INT_MAX, -INT_MAX, 5},
+        std::vector<int>{INT_MAX}, std::vector<int>{INT_MIN}}) {
+    CheckReduction<int, int>("Sum_32s", &TargetLib::Sum_32s, ints, Same(), {}, samples);
+  }
+}
+
+// With a computed mean that is off by d, the squared deviations sum to S + n d^2. Forming them costs 3 u and
+// adding them on lanes n / 8 + 9, which the root halves; of n d^2 it leaves at most the smaller of its own
+// root and its half over the root of S.
+template <class T> void CheckStdDev(const char *name, void (*stdDev)(const T *, int, T *)) {
+  const auto squares = [](const T *x, int n) {
+    const Quad mean = Total(x, n, Itself) / n;
+    return Total(x, n, [mean](Quad y) { return (y - mean) * (y - mean); });
+  };
+  CheckReduction<T, T>(
+      name, stdDev, [=](const T *x, int n) { return static_cast<T>(Root(squares(x, n) / (n - 1))); },
+      [=](T got, T expected, const T *x, int n) {
+        const double mean = static_cast<double>(Magnitude(Total(x, n, Itself))) / n;
+        const double shift = Loss(n, Total(x, n, Magnitude)) / n + mean * 0x1p-53;
+        const double root = std::sqrt(static_cast<double>(squares(x, n)));
+        const double added = std::sqrt(n) * shift;
+        const double ofShift = std::min(added, added * added / (2 * root));
+        const double loss = (ofShift + (root + ofShift) * 0x1p-53 * (n / 8.0 + 14)) / std::sqrt(n - 1.0);
+        return Near(got, expected, loss);
+      },
+      {}, QORN::test::FiniteSamples<T>(1e6), 2);
+}
+
+TEST(TargetLib, StdDev_Reals_StayNearTheExactValueAndNeedTwoElements) {
+  CheckStdDev<float>("StdDev_32f", &TargetLib::StdDev_32f);
+  CheckStdDev<double>("StdDev_64f", &TargetLib::StdDev_64f);
+}
+
+TEST(TargetLib, StdDev_KnownArrays_MatchByHand) {
+  const float x[] = {2, 4, 4, 4, 5, 5, 7, 9};
+  const double y[] = {1e9 + 4, 1e9 + 7, 1e9 + 13, 1e9 + 16};
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    float deviation = 0;
+    TargetLib::StdDev_32f(x, 8, &deviation);
+    EXPECT_EQ(deviation, static_cast<float>(std::sqrt(32.0 / 7))) << level.name;
+    double deviation64 = 0;
+    TargetLib::StdDev_64f(y, 4, &deviation64);
+    EXPECT_EQ(deviation64, std::sqrt(30.0)) << level.name;
+  }
+}
+
+TEST(TargetLib, StdDev_OneElement_LeavesTheResult) {
+  const float x = 5;
+  const double y = 5;
+  float deviation = 77;
+  double deviation64 = 77;
+  TargetLib::StdDev_32f(&x, 1, &deviation);
+  TargetLib::StdDev_64f(&y, 1, &deviation64);
+  EXPECT_EQ(deviation, 77.0F);
+  EXPECT_EQ(deviation64, 77.0);
+}
+
+template <class D, class S> void CheckNorm(const char *name, void (*norm)(const S *, int, D *)) {
+  using T = Part<S>;
+  constexpr int kParts = sizeof(S) / sizeof(T);
+  const auto squares = [](const S *x, int n) {
+    return Total(reinterpret_cast<const T *>(x), kParts * n, [](Quad y) { return y * y; });
+  };
+  CheckReduction<D, S>(
+      name, norm, [=](const S *x, int n) { return static_cast<D>(Root(squares(x, n))); },
+      // The relative error of the sum of squares is halved by the root, which adds a rounding of its own.
+      [=](D got, D expected, const S *x, int n) {
+        (void)x;
+        return Near(got, expected, static_cast<double>(expected) * 0x1p-53 * (kParts * n / 16.0 + 6));
+      });
+}
+
+TEST(TargetLib, NormL2_AnyType_IsTheRootOfTheSumOfSquares) {
+  CheckNorm<float, float>("Norm_L2_32f", &TargetLib::Norm_L2_32f);
+  CheckNorm<double, double>("Norm_L2_64f", &TargetLib::Norm_L2_64f);
+  CheckNorm<double, Cplx32>("Norm_L2_32fc64f", &TargetLib::Norm_L2_32fc64f);
+  CheckNorm<double, Cplx64>("Norm_L2_64fc64f", &TargetLib::Norm_L2_64fc64f);
+}
+
+TEST(TargetLib, NormL2_FloatsWhoseSquaresOverflowFloat_IsFinite) {
+  const float x[] = {3e30F, 4e30F};
+  const Cplx32 z[] = {{3e30F, 4e30F}};
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    float norm = 0;
+    double norm64 = 0;
+    TargetLib::Norm_L2_32f(x, 2, &norm);
+    TargetLib::Norm_L2_32fc64f(z, 1, &norm64);
+    EXPECT_EQ(norm, 5e30F) << level.name;
+    EXPECT_NEAR(norm64, 5e30, 1e24) << level.name;
+  }
+}
+
+TEST(TargetLib, AnyReduction_EmptyArray_LeavesTheResult) {
+  const float x = 1;
+  float result = 77;
+  int index = 77;
+  TargetLib::Max_32f(&x, 0, &result);
+  TargetLib::MaxIndx_32f(&x, 0, &result, &index);
+  TargetLib::Sum_32f(&x, -1, &result);
+  TargetLib::Mean_32f(nullptr, 1, &result);
+  EXPECT_EQ(result, 77.0F);
+  EXPECT_EQ(index, 77);
+}
+
+} // namespace
