@@ -243,9 +243,12 @@ TEST(TargetLib, Sum_Integers_IsExactThenSaturates) {
   }
 }
 
-// With a computed mean that is off by d, the squared deviations sum to S + n d^2. Forming them costs 3 u and
-// adding them on lanes n / 8 + 9, which the root halves; of n d^2 it leaves at most the smaller of its own
-// root and its half over the root of S.
+// With a computed mean that is off by d, the squared deviations sum to S + n d^2, and each square may lose
+// half of the least denormal. Of such an addition the root leaves at most the smaller of its own root and its
+// half over the root of S. Forming the terms costs 3 u and adding them on lanes n / 8 + 9, which the root
+// halves.
+double OfRoot(double root, double added) { return std::min(std::sqrt(added), added / (2 * root)); }
+
 template <class T> void CheckStdDev(const char *name, void (*stdDev)(const T *, int, T *)) {
   const auto squares = [](const T *x, int n) {
     const Quad mean = Total(x, n, Itself) / n;
@@ -257,9 +260,8 @@ template <class T> void CheckStdDev(const char *name, void (*stdDev)(const T *, 
         const double mean = static_cast<double>(Magnitude(Total(x, n, Itself))) / n;
         const double shift = Loss(n, Total(x, n, Magnitude)) / n + mean * 0x1p-53;
         const double root = std::sqrt(static_cast<double>(squares(x, n)));
-        const double added = std::sqrt(n) * shift;
-        const double ofShift = std::min(added, added * added / (2 * root));
-        const double loss = (ofShift + (root + ofShift) * 0x1p-53 * (n / 8.0 + 14)) / std::sqrt(n - 1.0);
+        const double added = OfRoot(root, n * (shift * shift + 0x1p-1074));
+        const double loss = (added + (root + added) * 0x1p-53 * (n / 8.0 + 14)) / std::sqrt(n - 1.0);
         return Near(got, expected, loss);
       },
       {}, QORN::test::FiniteSamples<T>(1e6), 2);
@@ -305,8 +307,9 @@ template <class D, class S> void CheckNorm(const char *name, void (*norm)(const 
       name, norm, [=](const S *x, int n) { return static_cast<D>(Root(squares(x, n))); },
       // The relative error of the sum of squares is halved by the root, which adds a rounding of its own.
       [=](D got, D expected, const S *x, int n) {
-        (void)x;
-        return Near(got, expected, static_cast<double>(expected) * 0x1p-53 * (kParts * n / 16.0 + 6));
+        const double root = static_cast<double>(Root(squares(x, n)));
+        return Near(got, expected,
+                    OfRoot(root, kParts * n * 0x1p-1074) + root * 0x1p-53 * (kParts * n / 16.0 + 6));
       });
 }
 
