@@ -174,9 +174,15 @@ double Cosine(double x) {
   return x;
 }
 
-// The ideal low-pass response m samples from the centre.
-double Sinc(double relFreq, double m) {
+// The ideal response m samples from the centre of what passes the frequencies from 0 to relFreq.
+double LowPass(double relFreq, double m) {
   return m == 0.0 ? 2.0 * relFreq : Sine(kTwoPi64 * relFreq * m) / (kPi64 * m);
+}
+
+// Likewise for lowFreq to highFreq: a low-pass of half the width, moved to the middle. As the difference of
+// two low-passes it would cancel in narrow bands.
+double BandPass(double lowFreq, double highFreq, double m) {
+  return 2.0 * Cosine(kPi64 * (lowFreq + highFreq) * m) * LowPass((highFreq - lowFreq) / 2.0, m);
 }
 
 // Windows response(m), m = n - (len - 1) / 2, and scales it to a gain of 1 at relFreq. Tap n and its mirror
@@ -197,7 +203,7 @@ template <class Response> void Design(double *taps, int len, double relFreq, Res
 
 void TargetLib::FIRGenLowpassWinHamming_64f(double relFreq, double *taps, int len) {
   if (taps == nullptr || len < kShortestFilter || !IsInBand(relFreq)) return;
-  Design(taps, len, 0.0, [=](double m) { return Sinc(relFreq, m); });
+  Design(taps, len, 0.0, [=](double m) { return LowPass(relFreq, m); });
 }
 
 void TargetLib::FIRGenHighpassWinHamming_64f(double relFreq, double *taps, int len) {
@@ -205,14 +211,13 @@ void TargetLib::FIRGenHighpassWinHamming_64f(double relFreq, double *taps, int l
   // All frequencies less the low ones. Symmetric taps of an even length have no gain at half the rate,
   // whatever they are: for those the middle of the pass band counts.
   const double reference = len % 2 != 0 ? 0.5 : (relFreq + 0.5) / 2.0;
-  Design(taps, len, reference, [=](double m) { return Sinc(0.5, m) - Sinc(relFreq, m); });
+  Design(taps, len, reference, [=](double m) { return BandPass(relFreq, 0.5, m); });
 }
 
 void TargetLib::FIRGenBandpassWinHamming_64f(double lowFreq, double highFreq, double *taps, int len) {
   if (taps == nullptr || len < kShortestFilter || !IsInBand(lowFreq) || !IsInBand(highFreq)) return;
   if (!(lowFreq < highFreq)) return;
-  Design(taps, len, (lowFreq + highFreq) / 2.0,
-         [=](double m) { return Sinc(highFreq, m) - Sinc(lowFreq, m); });
+  Design(taps, len, (lowFreq + highFreq) / 2.0, [=](double m) { return BandPass(lowFreq, highFreq, m); });
 }
 
 } // namespace QORN

@@ -1,15 +1,20 @@
-// Gauss-Jordan elimination in place with partial pivoting (G. H. Golub, C. F. Van Loan: Matrix Computations,
+// Gauss-Jordan elimination in place with complete pivoting (G. H. Golub, C. F. Van Loan: Matrix Computations,
 // ch. 3).
 //
 // Rows and then columns are first scaled by powers of two, which rounds nothing, so that their largest
-// elements lie between 1/2 and 1: units must not decide over pivots, nor over what is singular. A pivot not
-// above the rounding errors of the elimination, size * epsilon, tells a singular matrix. The source is read
-// again for the scales in the end, so that the caller's buffer suffices.
+// elements lie between 1/2 and 1: units must not decide over pivots, nor over what is singular. A matrix is
+// singular if all that is left to be the next pivot is not above size * epsilon. Under complete pivoting,
+// what rounding leaves of an exact zero stays below a third of that; partial pivoting would let it grow a
+// hundredfold, and no limit could then tell a singular matrix from a usable one.
+//
+// The source is read again for the scales in the end, so that the caller's buffer suffices.
 #include "qorn/infra/TargetLib.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -49,7 +54,7 @@ public:
 
   bool Run(Strided<T> dst) {
     if (!Load() || !Eliminate()) return false;
-    RestoreColumns();
+    RestoreOrder();
     RestoreScales();
     for (Index i = 0; i < m_size; ++i) {
       for (Index j = 0; j < m_size; ++j) dst(i, j) = Row(i)[j];
@@ -103,18 +108,44 @@ private:
     return true;
   }
 
-  // Step k turns column k of the work matrix into column k of what will be the inverse. The extra row keeps
-  // which row was exchanged with row k.
+  // The row and the column that changed places with row and column k. Kept as bits in element k of the extra
+  // row, in which no arithmetic is done meanwhile.
+  struct Exchange {
+    using Place = std::conditional_t<sizeof(T) == 4, std::uint16_t, std::uint32_t>;
+    Place row, column;
+  };
+  static_assert(sizeof(Exchange) == sizeof(T));
+
+  Exchange LargestFrom(Index k) {
+    Exchange best{static_cast<typename Exchange::Place>(k), static_cast<typename Exchange::Place>(k)};
+    T largest = -1;
+    for (Index i = k; i < m_size; ++i) {
+      for (Index j = k; j < m_size; ++j) {
+        if (std::fabs(Row(i)[j]) > largest) {
+          largest = std::fabs(Row(i)[j]);
+          best = {static_cast<typename Exchange::Place>(i), static_cast<typename Exchange::Place>(j)};
+        }
+      }
+    }
+    return best;
+  }
+
+  void ExchangeRows(Index i, Index k) {
+    if (i != k) std::swap_ranges(Row(i), Row(i) + m_size, Row(k));
+  }
+  void ExchangeColumns(Index j, Index k) {
+    for (Index i = 0; i < m_size && j != k; ++i) std::swap(Row(i)[j], Row(i)[k]);
+  }
+
+  // Step k turns column k of the work matrix into column k of what will be the inverse.
   bool Eliminate() {
     const T negligible = static_cast<T>(m_size) * std::numeric_limits<T>::epsilon();
     for (Index k = 0; k < m_size; ++k) {
-      Index best = k;
-      for (Index i = k + 1; i < m_size; ++i) {
-        if (std::fabs(Row(i)[k]) > std::fabs(Row(best)[k])) best = i;
-      }
-      if (!(std::fabs(Row(best)[k]) > negligible)) return false;
-      if (best != k) std::swap_ranges(Row(k), Row(k) + m_size, Row(best));
-      m_extra[k] = static_cast<T>(best);
+      const Exchange best = LargestFrom(k);
+      if (!(std::fabs(Row(best.row)[best.column]) > negligible)) return false;
+      ExchangeRows(best.row, k);
+      ExchangeColumns(best.column, k);
+      std::memcpy(&m_extra[k], &best, sizeof best);
       Step(k);
     }
     return true;
@@ -134,12 +165,14 @@ private:
     }
   }
 
-  // Exchanges of rows on the way in are exchanges of columns on the way out, last first.
-  void RestoreColumns() {
+  // What was a row of the matrix is a column of its inverse; so exchanges are undone the other way round,
+  // last first.
+  void RestoreOrder() {
     for (Index k = m_size - 1; k >= 0; --k) {
-      const Index other = static_cast<Index>(m_extra[k]);
-      if (other == k) continue;
-      for (Index i = 0; i < m_size; ++i) std::swap(Row(i)[k], Row(i)[other]);
+      Exchange made;
+      std::memcpy(&made, &m_extra[k], sizeof made);
+      ExchangeColumns(made.row, k);
+      ExchangeRows(made.column, k);
     }
   }
 
@@ -165,6 +198,7 @@ template <class T>
 bool Invert(const T *src, int srcStride1, int srcStride2, T *buffer, T *dst, int dstStride1, int dstStride2,
             int size) {
   if (src == nullptr || buffer == nullptr || dst == nullptr || size < 1) return false;
+  if (sizeof(T) == 4 && size > 65535) return false; // places are counted in 16 bits
   Inversion<T> inversion({src, srcStride1, srcStride2}, buffer, size);
   return inversion.Run({dst, dstStride1, dstStride2});
 }

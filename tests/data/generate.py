@@ -2,8 +2,9 @@
 """Makes generate.csv: expected values of the random, window and filter generators.
 
 Each line reads: kind, parameters joined by blanks, index, value (hexadecimal double). The random words are plain
-integer arithmetic; everything else is computed by mpmath to 40 digits and rounded once, to float for the kinds
-ending in 32. The Kaiser windows are compared with SciPy's on the way.
+integer arithmetic. Where the precision of a step is laid down, NumPy's scalars of that precision take it; the
+rest is computed by mpmath to 40 digits and rounded to double. The Kaiser windows are compared with SciPy's on the
+way. The index -1 of a tone stands for the phase that is carried on.
 """
 import os
 import sys
@@ -34,14 +35,6 @@ def words(seed):
         yield word - WORD if word >= WORD // 2 else word
 
 
-def as_double(x):
-    return float(x)
-
-
-def as_float(x):
-    return float(np.float32(float(x)))  # x has few enough digits for one rounding, or is only needed to a bound
-
-
 def uniform(seed, low, high, narrow):
     # Sums and differences in the element's precision, the rest in double.
     if narrow:
@@ -56,14 +49,37 @@ def uniform(seed, low, high, narrow):
 def gauss(seed, mean, deviation):
     source = words(seed)
     while True:
-        u = mpf(next(source)) / 2 ** 31
-        v = mpf(next(source)) / 2 ** 31
-        s = u * u + v * v
+        u = next(source) / 2.0 ** 31
+        v = next(source) / 2.0 ** 31
+        s = u * u + v * v  # in double, as laid down: near 1, the logarithm feels each rounding
         if s >= 1 or s == 0:
             continue
-        g = sqrt(-2 * log(s) / s)
+        u, v, g = mpf(u), mpf(v), sqrt(-2 * log(mpf(s)) / mpf(s))
         yield v * deviation * g + mean
         yield u * deviation * g + mean
+
+
+def reduced(x, period):
+    x = np.fmod(np.float64(x), np.float64(period))
+    if x < 0:
+        x += period
+        if x >= period:
+            x = np.float64(0)
+    return x
+
+
+def tone(magnitude, frequency, phase, length, narrow):
+    """(index, real part, imaginary part) of some samples, then (-1, carried phase, 0)."""
+    scalar = np.float32 if narrow else np.float64
+    two_pi = np.float32(6.2831855) if narrow else np.float64(6.283185307179586)
+    frequency = scalar(reduced(scalar(frequency), 1.0))
+    phase = scalar(reduced(scalar(phase), np.float64(two_pi)))
+    slope = two_pi * frequency
+    for n in sorted({0, 1, 2, 3, 7, 100, length // 2, length - 1} & set(range(length))):
+        angle = mpf(float(scalar(n) * slope + phase))
+        yield n, mpf(float(scalar(magnitude))) * cos(angle), mpf(float(scalar(magnitude))) * sin(angle)
+    end = np.float64(length) * (np.float64(6.283185307179586) * np.float64(frequency)) + np.float64(phase)
+    yield -1, scalar(np.fmod(end, np.float64(6.283185307179586))), 0
 
 
 def kaiser_value(length, alpha, n):
@@ -120,6 +136,13 @@ def main():
             values = [next(source) for _ in range(1000)]
             for i in INDICES:
                 line("gauss", (seed, mean, deviation), i, values[i])
+    for parameters in ((1, 0.01, 0, 1000), (2.5, -0.3, 1, 1000), (0.5, 7.125, -1, 64), (1, 0.5, 100, 3),
+                       (3, 0.123, -1e-9, 5000), (1, -1e-30, -1e-30, 10), (1, 0.25, 6.2831853, 1)):
+        for narrow in (False, True):
+            for n, re, im in tone(*parameters, narrow):
+                kind = "tone32" if narrow else "tone64"
+                line(kind + "re", parameters, n, re)
+                line(kind + "im", parameters, n, im)
     for length in (2, 3, 4, 5, 16, 33, 101, 600, 1025):
         for alpha in (0, 0.5, 3, 8, 14.5, 29.9, 30, 60, 250, 1000):
             shape = float(np.float32(alpha) / (np.float32(length - 1) * np.float32(0.5)))

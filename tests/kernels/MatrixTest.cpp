@@ -1,0 +1,199 @@
+// Inversion against inverses known in closed form, and by its residual.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "qorn/infra/TargetLib.h"
+#include "support/Allocations.h"
+#include "support/KernelCheck.h"
+
+namespace {
+
+using QORN::TargetLib;
+using QORN::test::Guarded;
+
+bool Invert(const float *src, int s1, int s2, float *buffer, float *dst, int d1, int d2, int size) {
+  return TargetLib::Invert_m_32f(src, s1, s2, buffer, dst, d1, d2, size);
+}
+bool Invert(const double *src, int s1, int s2, double *buffer, double *dst, int d1, int d2, int size) {
+  return TargetLib::Invert_m_64f(src, s1, s2, buffer, dst, d1, d2, size);
+}
+
+template <class T> struct Inverse {
+  bool success;
+  std::vector<T> values;
+};
+
+// A dense matrix, row by row, between guards.
+template <class T> Inverse<T> Inverted(const std::vector<T> &matrix) {
+  const int size = static_cast<int>(std::lround(std::sqrt(static_cast<double>(matrix.size()))));
+  const int step = static_cast<int>(sizeof(T));
+  Guarded<T> buffer(size * (size + 1), 3), dst(size * size, 5);
+  for (std::size_t i = 0; i < matrix.size(); ++i) dst.data()[i] = T(77);
+  const bool success =
+      Invert(matrix.data(), size * step, step, buffer.data(), dst.data(), size * step, step, size);
+  EXPECT_TRUE(buffer.Intact() && dst.Intact()) << size;
+  return {success, std::vector<T>(dst.data(), dst.data() + size * size)};
+}
+
+template <class T> class TargetLibMatrix : public testing::Test {};
+using Elements = testing::Types<float, double>;
+TYPED_TEST_SUITE(TargetLibMatrix, Elements);
+
+TYPED_TEST(TargetLibMatrix, Invert_KnownInverses_AreFound) {
+  using T = TypeParam;
+  using Matrix = std::vector<T>;
+  EXPECT_EQ(Inverted(Matrix{4}).values, Matrix{T(0.25)});
+  EXPECT_EQ(Inverted(Matrix{0, 2, 4, 0}).values, (Matrix{0, T(0.25), T(0.5), 0}));
+  EXPECT_EQ(Inverted(Matrix{2, 1, 1, 1}).values, (Matrix{1, -1, -1, 2}));
+  // Permutations need each exchange of rows undone.
+  EXPECT_EQ(Inverted(Matrix{0, 1, 0, 0, 0, 1, 1, 0, 0}).values, (Matrix{0, 0, 1, 1, 0, 0, 0, 1, 0}));
+  EXPECT_EQ(Inverted(Matrix{0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1, 0, 0}).values,
+            (Matrix{0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1, 0, 1, 0, 0, 0}));
+  EXPECT_EQ(Inverted(Matrix{1, 2, 3, 0, 1, 4, 5, 6, 0}).success, true);
+  const Matrix inverse = Inverted(Matrix{1, 2, 3, 0, 1, 4, 5, 6, 0}).values;
+  const double expected[] = {-24, 18, 5, 20, -15, -4, -5, 4, 1};
+  for (std::size_t i = 0; i < 9; ++i) {
+    EXPECT_NEAR(static_cast<double>(inverse[i]), expected[i],
+                3e3 * static_cast<double>(std::numeric_limits<T>::epsilon()));
+  }
+}
+
+// The inverse of the Hilbert matrix is made of integers (M.-D. Choi, Amer. Math. Monthly 90, 1983); the
+// condition of the matrix of size 5 is 5e5.
+TYPED_TEST(TargetLibMatrix, Invert_HilbertMatrix_IsWithinItsCondition) {
+  using T = TypeParam;
+  constexpr int n = 5;
+  const auto binomial = [](int a, int b) {
+    double value = 1;
+    for (int i = 1; i <= b; ++i) value = value * (a - b + i) / i;
+    return value;
+  };
+  std::vector<T> matrix;
+  for (int i = 1; i <= n; ++i) {
+    for (int j = 1; j <= n; ++j) matrix.push_back(T(1) / static_cast<T>(i + j - 1));
+  }
+  const Inverse<T> inverse = Inverted(matrix);
+  ASSERT_TRUE(inverse.success);
+  for (int i = 1; i <= n; ++i) {
+    for (int j = 1; j <= n; ++j) {
+      const double expected = ((i + j) % 2 == 0 ? 1 : -1) * (i + j - 1) * binomial(n + i - 1, n - j) *
+                              binomial(n + j - 1, n - i) * binomial(i + j - 2, i - 1) *
+                              binomial(i + j - 2, i - 1);
+      EXPECT_NEAR(static_cast<double>(inverse.values[static_cast<std::size_t>((i - 1) * n + j - 1)]),
+                  expected, 179200 * 5e5 * static_cast<double>(std::numeric_limits<T>::epsilon()));
+    }
+  }
+}
+
+// The backward error of complete pivoting: |A X - 1| <= c size^2 epsilon |A| |X| with a small c, |A| <= 1.
+TYPED_TEST(TargetLibMatrix, Invert_RandomMatrices_HaveASmallResidual) {
+  using T = TypeParam;
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  for (int size = 1; size <= 70; ++size) {
+    const auto n = static_cast<std::size_t>(size);
+    std::vector<T> a(n * n);
+    for (T &x : a) x = static_cast<T>(uniform(random));
+    const Inverse<T> inverse = Inverted(a);
+    ASSERT_TRUE(inverse.success) << size;
+    T largest = 0;
+    for (const T x : inverse.values) largest = std::max(largest, std::fabs(x));
+    const long double bound = 4.0L * size * size * std::numeric_limits<T>::epsilon() * largest;
+    for (std::size_t i = 0; i < n; ++i) {
+      for (std::size_t j = 0; j < n; ++j) {
+        long double sum = i == j ? -1 : 0;
+        for (std::size_t k = 0; k < n; ++k) {
+          sum += static_cast<long double>(a[i * n + k]) * inverse.values[k * n + j];
+        }
+        ASSERT_LE(std::fabs(sum), bound) << size << ' ' << i << ' ' << j;
+      }
+    }
+  }
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_ExactlySingular_IsFalseAndLeavesTheDestination) {
+  using T = TypeParam;
+  using Matrix = std::vector<T>;
+  for (const Matrix &matrix :
+       {Matrix{0}, Matrix{1, 2, 2, 4}, Matrix{1, 2, 3, 4, 5, 6, 7, 8, 9}, Matrix{1, 0, 2, 0, 0, 0, 3, 0, 4},
+        Matrix{1, 2, 0, 3, 4, 0, 5, 6, 0}, Matrix{T(0.1), T(0.3), T(0.1), T(0.3)}}) {
+    const Inverse<T> inverse = Inverted(matrix);
+    EXPECT_FALSE(inverse.success) << matrix.size();
+    EXPECT_EQ(inverse.values, Matrix(matrix.size(), 77)) << matrix.size();
+  }
+  // Integers, with one row the sum of two others or a column repeated.
+  std::mt19937 random(8);
+  for (std::size_t n = 3; n <= 40; ++n) {
+    Matrix a(n * n);
+    for (T &x : a) x = static_cast<T>(static_cast<int>(random() % 19) - 9);
+    for (std::size_t j = 0; j < n; ++j) a[(n - 1) * n + j] = a[j] + a[n + j];
+    EXPECT_FALSE(Inverted(a).success) << n;
+    for (T &x : a) x = static_cast<T>(static_cast<int>(random() % 19) - 9);
+    for (std::size_t i = 0; i < n; ++i) a[i * n + n - 1] = a[i * n];
+    EXPECT_FALSE(Inverted(a).success) << n;
+  }
+}
+
+// Units must not decide over what is singular.
+TYPED_TEST(TargetLibMatrix, Invert_RowsAndColumnsOfVeryDifferentSize_AreInverted) {
+  using T = TypeParam;
+  using Matrix = std::vector<T>;
+  const T big = std::ldexp(T(1), 60), tiny = std::ldexp(T(1), -60);
+  EXPECT_EQ(Inverted(Matrix{big, 0, 0, tiny}).values, (Matrix{tiny, 0, 0, big}));
+  EXPECT_EQ(Inverted(Matrix{big, big, 1, -1}).values, (Matrix{tiny / 2, T(0.5), tiny / 2, T(-0.5)}));
+  EXPECT_EQ(Inverted(Matrix{1, big, 0, 1}).values, (Matrix{1, -big, 0, 1}));
+  EXPECT_EQ(Inverted(Matrix{tiny, tiny, tiny, 2 * tiny}).values, (Matrix{2 * big, -big, -big, big}));
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_NotFinite_IsFalse) {
+  using T = TypeParam;
+  for (const T bad : {std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity()}) {
+    for (std::size_t at = 0; at < 9; ++at) {
+      std::vector<T> a{1, 2, 3, 0, 1, 4, 5, 6, 0};
+      a[at] = bad;
+      EXPECT_FALSE(Inverted(a).success) << at;
+    }
+  }
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_Strides_AreBytesBetweenRowsAndElements) {
+  using T = TypeParam;
+  constexpr int step = static_cast<int>(sizeof(T));
+  // Rows 7 elements apart, elements 2 apart; the result column by column, 3 apart; gaps untouched.
+  std::vector<T> src(14, 55), dst(6, 66), buffer(6);
+  src[0] = 2, src[2] = 1, src[7] = 4, src[9] = 4;
+  ASSERT_TRUE(Invert(src.data(), 7 * step, 2 * step, buffer.data(), dst.data(), step, 3 * step, 2));
+  EXPECT_EQ(dst, (std::vector<T>{1, -1, 66, T(-0.25), T(0.5), 66}));
+  EXPECT_EQ(src[1], 55);
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_OntoItsSource_IsTheSame) {
+  using T = TypeParam;
+  constexpr int step = static_cast<int>(sizeof(T));
+  std::vector<T> a{1, 2, 3, 0, 1, 4, 5, 6, 0}, buffer(12);
+  const std::vector<T> expected = Inverted(a).values;
+  ASSERT_TRUE(Invert(a.data(), 3 * step, step, buffer.data(), a.data(), 3 * step, step, 3));
+  EXPECT_EQ(a, expected);
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_NullOrEmpty_IsFalse) {
+  using T = TypeParam;
+  constexpr int step = static_cast<int>(sizeof(T));
+  T a[1] = {2}, dst[1] = {9}, buffer[2];
+  EXPECT_FALSE(Invert(nullptr, step, step, buffer, dst, step, step, 1));
+  EXPECT_FALSE(Invert(a, step, step, static_cast<T *>(nullptr), dst, step, step, 1));
+  EXPECT_FALSE(Invert(a, step, step, buffer, static_cast<T *>(nullptr), step, step, 1));
+  EXPECT_FALSE(Invert(a, step, step, buffer, dst, step, step, 0));
+  EXPECT_FALSE(Invert(a, step, step, buffer, dst, step, step, -4));
+  EXPECT_EQ(dst[0], 9);
+  const long before = QORN::test::AllocationCount();
+  EXPECT_TRUE(Invert(a, step, step, buffer, dst, step, step, 1));
+  EXPECT_EQ(QORN::test::AllocationCount(), before);
+  EXPECT_EQ(dst[0], T(0.5));
+}
+
+} // namespace
