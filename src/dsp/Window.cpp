@@ -24,7 +24,8 @@ int Twice(int n) {
   return n > kMax / 2 ? kMax : 2 * n;
 }
 
-float *Interleaved(const VecCplx32 &vec) { return reinterpret_cast<float *>(vec.GetPtr()); }
+float *AsReals(Cplx32 *data) { return reinterpret_cast<float *>(data); }
+const Cplx32 *AsComplex(const float *data) { return reinterpret_cast<const Cplx32 *>(data); }
 
 // The sum by the accurate kernel: accumulated in double, rounded once. 0 for an empty vector.
 float Sum(const VecReal32 &vec) {
@@ -55,32 +56,44 @@ void Window::SetParameters(int n, float) { Window::SetParameters(n); }
 void Window::Set6dBBWParam(double) {}
 
 void Window::Apply(VecCplx32 &out, const VecCplx32 &in) const {
-  if (&out != &in) out = in;
-  Apply(out);
+  if (&out == &in) {
+    Apply(out);
+    return;
+  }
+  // Block by block, so that the product finds the copy in the nearest cache.
+  constexpr int kBlock = 1024;
+  const int n = in.GetSize();
+  const int weighted = CountFor(n);
+  out.Resize(n);
+  for (int i = 0; i < n; i += kBlock) {
+    const int count = std::min(kBlock, n - i);
+    TargetLib::Copy_32fc(in.GetPtr(i), out.GetPtr(i), count);
+    if (i < weighted) {
+      TargetLib::Mul_32f_I(m_coefficients.GetPtr(2 * i), AsReals(out.GetPtr(i)),
+                           2 * std::min(count, weighted - i));
+    }
+  }
 }
 
 void Window::Apply(VecCplx32 &data) const {
-  // Halves of the two float counts are compared, since 2 * GetSize() of a long block is no int.
-  const int n = std::min(data.GetSize(), m_coefficients.GetSize() / 2);
-  TargetLib::Mul_32f_I(m_coefficients.GetPtr(), Interleaved(data), 2 * n);
+  TargetLib::Mul_32f_I(m_coefficients.GetPtr(), AsReals(data.GetPtr()), 2 * CountFor(data.GetSize()));
 }
 
 void Window::Apply(VecReal32 &out, const VecReal32 &in) const {
+  const int n = in.GetSize();
+  const int weighted = CountFor(n);
   if (&out == &in) {
     VecReal32 coefficients;
     GetCoefficients(coefficients);
-    TargetLib::Mul_32f_I(coefficients.GetPtr(), out.GetPtr(),
-                         std::min(out.GetSize(), coefficients.GetSize()));
+    TargetLib::Mul_32f_I(coefficients.GetPtr(), out.GetPtr(), weighted);
     return;
   }
-  // The coefficients go straight to where the products will be.
-  const int n = std::min(in.GetSize(), m_coefficients.GetSize() / 2);
-  out.Resize(in.GetSize());
-  int written = 0;
-  int phase = 0;
-  TargetLib::SampleDown_32f(m_coefficients.GetPtr(), 2 * n, out.GetPtr(), &written, 2, &phase);
-  TargetLib::Mul_32f_I(in.GetPtr(), out.GetPtr(), n);
-  if (in.GetSize() > n) TargetLib::Copy_32f(in.GetPtr(n), out.GetPtr(n), in.GetSize() - n);
+  // Seen as complex, the stored pairs have the coefficients for their real parts. They go straight to where
+  // the products will be.
+  out.Resize(n);
+  TargetLib::Real_32fc(AsComplex(m_coefficients.GetPtr()), out.GetPtr(), weighted);
+  TargetLib::Mul_32f_I(in.GetPtr(), out.GetPtr(), weighted);
+  TargetLib::Copy_32f(in.GetPtr(weighted), out.GetPtr(weighted), n - weighted);
 }
 
 void Window::Apply(VecReal64 &out, const VecReal64 &in) const {
@@ -88,7 +101,7 @@ void Window::Apply(VecReal64 &out, const VecReal64 &in) const {
   GetCoefficients(coefficients);
   const VecReal64 wide(coefficients);
   if (&out != &in) out = in;
-  TargetLib::Mul_64f_I(wide.GetPtr(), out.GetPtr(), std::min(out.GetSize(), wide.GetSize()));
+  TargetLib::Mul_64f_I(wide.GetPtr(), out.GetPtr(), CountFor(out.GetSize()));
 }
 
 void Window::GetCoefficients(VecReal32 &out) const { VecUtils::Downsample(out, m_coefficients, 2, 0); }
@@ -111,6 +124,8 @@ float Window::GetPowerAdjustIndB() const {
 float Window::GetNBScaleFactor() const { return Sum(m_coefficients) * 0.5F; }
 
 void Window::ReleaseCoefficients() { m_coefficients.Release(); }
+
+int Window::CountFor(int samples) const { return std::min(samples, m_coefficients.GetSize() / 2); }
 
 void Window::StoreNormalised(const VecReal32 &shape) {
   VecUtils::Duplicate(m_coefficients, shape, 2);

@@ -95,6 +95,10 @@ protected:
   int m_size = 0;             ///< N
   float m_parameter = 0.0F;   ///< the shape parameter; 0 where a shape has none
   float m_rbwScaling = 0.89F; ///< see GetEffectiveRBWScaling
+
+private:
+  /// How many of that many samples there are coefficients for.
+  int CountFor(int samples) const;
 };
 
 } // namespace QORN
