@@ -30,7 +30,11 @@
 #include "qorn/math/UnitConversion.h"
 #include "qorn/math/VecUtils.h"
 
+#include "qorn/dsp/DFT.h"
 #include "qorn/dsp/DSPUtils.h"
+#include "qorn/dsp/FFT.h"
+#include "qorn/dsp/FT.h"
+#include "qorn/dsp/FftScaleFlag.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"

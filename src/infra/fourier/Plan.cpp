@@ -31,7 +31,16 @@ template <> struct Passes<double> {
   static auto Tangle() { return active->FourierTangle_64f; }
 };
 
-template <class P> std::unique_ptr<P> Clone(const std::unique_ptr<P> &plan) {
+// What make() makes, or null if it runs out of memory.
+template <class F> auto OrNull(const F &make) -> decltype(make()) {
+  try {
+    return make();
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+
+template <class P> std::unique_ptr<P> Copy(const std::unique_ptr<P> &plan) {
   return plan == nullptr ? nullptr : std::make_unique<P>(*plan);
 }
 
@@ -39,13 +48,31 @@ std::size_t Size(std::int64_t n) { return static_cast<std::size_t>(n); }
 
 } // namespace
 
+std::unique_ptr<Workspace> Workspace::Make(const Plan *plan) {
+  if (plan == nullptr) return nullptr;
+  auto work = OrNull([] { return std::make_unique<Workspace>(); });
+  if (work != nullptr && !work->Grow(plan->ScratchBytes())) work.reset();
+  return work;
+}
+
+bool Workspace::Grow(std::size_t bytes) {
+  if (bytes <= m_block.Size()) return true;
+  try {
+    m_block = Block<unsigned char>(); // first, so that the two are never there together
+    m_block = Block<unsigned char>(bytes);
+    return true;
+  } catch (const std::bad_alloc &) {
+    return false;
+  }
+}
+
 template <class T> std::unique_ptr<ComplexPlan<T>> ComplexPlan<T>::Make(int length) {
   if (length < 1) return nullptr;
-  try {
-    return std::unique_ptr<ComplexPlan>(new ComplexPlan(length));
-  } catch (const std::bad_alloc &) {
-    return nullptr;
-  }
+  return OrNull([&] { return std::unique_ptr<ComplexPlan>(new ComplexPlan(length)); });
+}
+
+template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
+  return OrNull([&]() -> std::unique_ptr<Plan> { return std::make_unique<ComplexPlan>(*this); });
 }
 
 template <class T> ComplexPlan<T>::ComplexPlan(int length) : m_length(length) {
@@ -60,7 +87,7 @@ template <class T> ComplexPlan<T>::ComplexPlan(int length) : m_length(length) {
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_columns(other.m_columns),
-      m_turns(other.m_turns), m_joins(other.m_joins), m_convolution(fourier::Clone(other.m_convolution)),
+      m_turns(other.m_turns), m_joins(other.m_joins), m_convolution(Copy(other.m_convolution)),
       m_chirp(other.m_chirp), m_spectrum(other.m_spectrum) {
   m_columns.turns = m_turns.Data();
   m_columns.joins = m_joins.Data();
@@ -162,12 +189,13 @@ template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, boo
 
 template <class T> std::unique_ptr<RealPlan<T>> RealPlan<T>::Make(int length) {
   if (length < 1) return nullptr;
-  try {
-    std::unique_ptr<RealPlan> plan(new RealPlan(length));
-    return plan->m_complex == nullptr ? nullptr : std::move(plan);
-  } catch (const std::bad_alloc &) {
-    return nullptr;
-  }
+  auto plan = OrNull([&] { return std::unique_ptr<RealPlan>(new RealPlan(length)); });
+  if (plan != nullptr && plan->m_complex == nullptr) plan.reset();
+  return plan;
+}
+
+template <class T> std::unique_ptr<Plan> RealPlan<T>::Clone() const {
+  return OrNull([&]() -> std::unique_ptr<Plan> { return std::make_unique<RealPlan>(*this); });
 }
 
 template <class T>
@@ -185,8 +213,7 @@ RealPlan<T>::RealPlan(int length)
 
 template <class T>
 RealPlan<T>::RealPlan(const RealPlan &other)
-    : Plan(other), m_length(other.m_length), m_complex(fourier::Clone(other.m_complex)),
-      m_turns(other.m_turns) {}
+    : Plan(other), m_length(other.m_length), m_complex(Copy(other.m_complex)), m_turns(other.m_turns) {}
 
 template <class T> std::size_t RealPlan<T>::ScratchBytes() const {
   // The inverse of an odd length keeps its whole spectrum there.

@@ -17,8 +17,26 @@ namespace QORN::fourier {
 class Plan {
 public:
   virtual ~Plan() = default;
+
+  /// A plan of its own for the same transform, or null if there is no memory.
   virtual std::unique_ptr<Plan> Clone() const = 0;
+
   virtual std::size_t ScratchBytes() const = 0;
+};
+
+/// The scratch of an owner of plans.
+class Workspace {
+public:
+  /// One of the plan's ScratchBytes(); null if plan is, or if there is no memory.
+  static std::unique_ptr<Workspace> Make(const Plan *plan);
+
+  /// Has at least `bytes` afterwards, contents not kept; false if there is no memory for them.
+  bool Grow(std::size_t bytes);
+
+  template <class T> T *As() const { return reinterpret_cast<T *>(m_block.Data()); }
+
+private:
+  Block<unsigned char> m_block;
 };
 
 /// Complex transform of any length. Which way, by this rule:
@@ -31,7 +49,7 @@ public:
   static std::unique_ptr<ComplexPlan> Make(int length);
 
   ComplexPlan(const ComplexPlan &other);
-  std::unique_ptr<Plan> Clone() const override { return std::make_unique<ComplexPlan>(*this); }
+  std::unique_ptr<Plan> Clone() const override;
 
   int Length() const { return m_length; }
   std::size_t ScratchBytes() const override { return m_scratch * sizeof(T); }
@@ -61,7 +79,7 @@ public:
   static std::unique_ptr<RealPlan> Make(int length);
 
   RealPlan(const RealPlan &other);
-  std::unique_ptr<Plan> Clone() const override { return std::make_unique<RealPlan>(*this); }
+  std::unique_ptr<Plan> Clone() const override;
 
   int Length() const { return m_length; }
   std::size_t ScratchBytes() const override;
