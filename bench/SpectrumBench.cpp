@@ -1,0 +1,108 @@
+// The whole spectrum of one block, windowed, in dBV, beside FFTW and VOLK; and what its parts cost.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <string>
+
+#include "infra/kernels/Levels.h"
+#include "peers/spectrum.h"
+#include "qorn/dsp/FixedWindows.h"
+#include "qorn/dsp/Spectrum.h"
+#include "qorn/math/UnitConversion.h"
+
+namespace {
+
+namespace kernels = QORN::kernels;
+
+QORN::VecCplx32 Noise(int n) {
+  QORN::VecCplx32 noise(n);
+  std::uint32_t random = 1;
+  const auto next = [&random] {
+    random = random * 1664525U + 1013904223U;
+    return static_cast<float>(static_cast<std::int32_t>(random)) * 0x1p-31F;
+  };
+  for (int i = 0; i < n; ++i) noise[i] = {next(), next()};
+  return noise;
+}
+
+void SpectrumOf(benchmark::State &state, kernels::Level level, bool real) {
+  const kernels::ScopedLevel scoped(level);
+  const int n = static_cast<int>(state.range(0));
+  QORN::Spectrum spectrum(n);
+  const QORN::VecCplx32 in = Noise(n);
+  QORN::VecReal32 re;
+  in.GetReal(re);
+  QORN::VecReal32 out(n);
+  for (auto _ : state) {
+    if (real) {
+      spectrum.Apply(out, re);
+    } else {
+      spectrum.Apply(out, in);
+    }
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+
+void WindowOf(benchmark::State &state, kernels::Level level) {
+  const kernels::ScopedLevel scoped(level);
+  const int n = static_cast<int>(state.range(0));
+  const QORN::BlackmanHarrisWindow window(n);
+  const QORN::VecCplx32 in = Noise(n);
+  QORN::VecCplx32 out(n);
+  for (auto _ : state) {
+    window.Apply(out, in);
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+
+void DecibelsOf(benchmark::State &state, kernels::Level level) {
+  const kernels::ScopedLevel scoped(level);
+  const int n = static_cast<int>(state.range(0));
+  QORN::VecReal32 in(n);
+  for (int i = 0; i < n; ++i) in[i] = 0.001F * static_cast<float>(i + 1);
+  QORN::VecReal32 out(n);
+  for (auto _ : state) {
+    QORN::UnitConversion::Volt2dBV(out, in);
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+
+#if defined(QORN_PEER_FFTW) && defined(QORN_PEER_VOLK)
+void PeerOf(benchmark::State &state, peers::Logarithm logarithm) {
+  const int n = static_cast<int>(state.range(0));
+  peers::Spectrum spectrum(n, logarithm);
+  const QORN::VecCplx32 in = Noise(n);
+  QORN::VecReal32 out(n);
+  for (auto _ : state) {
+    spectrum.Apply(out.GetPtr(), in.GetPtr());
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+#endif
+
+[[maybe_unused]] const bool registered = [] {
+  const auto sizes = [](benchmark::internal::Benchmark *bench, bool odd) {
+    for (const int n : {1024, 16384, 262144}) bench->Arg(n);
+    if (odd) bench->Arg(10000);
+  };
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const std::string name = level.name;
+    sizes(benchmark::RegisterBenchmark(("Spectrum/" + name).c_str(), SpectrumOf, level, false), true);
+    sizes(benchmark::RegisterBenchmark(("SpectrumReal/" + name).c_str(), SpectrumOf, level, true), true);
+    sizes(benchmark::RegisterBenchmark(("WindowApply/" + name).c_str(), WindowOf, level), false);
+    sizes(benchmark::RegisterBenchmark(("Volt2dBV/" + name).c_str(), DecibelsOf, level), false);
+  }
+#if defined(QORN_PEER_FFTW) && defined(QORN_PEER_VOLK)
+  sizes(benchmark::RegisterBenchmark("Spectrum/peer:FFTW+VOLK", PeerOf, peers::Logarithm::Volk), true);
+  if (peers::HasLogarithm(peers::Logarithm::Sleef)) {
+    sizes(benchmark::RegisterBenchmark("Spectrum/peer:FFTW+SLEEF", PeerOf, peers::Logarithm::Sleef), true);
+  }
+#endif
+  return true;
+}();
+
+} // namespace

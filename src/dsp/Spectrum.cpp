@@ -1,0 +1,86 @@
+#include "qorn/dsp/Spectrum.h"
+
+#include <utility>
+
+#include "WindowTable.h"
+#include "infra/Errors.h"
+#include "qorn/dsp/DSPUtils.h"
+#include "qorn/dsp/FT.h"
+#include "qorn/infra/TargetLib.h"
+#include "qorn/math/MathUtils.h"
+#include "qorn/math/UnitConversion.h"
+
+namespace QORN {
+
+namespace {
+constexpr const char *kModule = "dsp\\Spectrum";
+}
+
+Spectrum::Spectrum(int size) : Spectrum(size, WindowBlackmanHarris, 0.0F) {}
+
+Spectrum::Spectrum(int size, WindowType type, float parameter)
+    : m_size(size), m_window(WindowFactory::MakeWindow(type, size, parameter)), m_parameter(parameter),
+      m_transform(std::make_unique<FT>()), m_unit(PowerUnitDBV), m_windowedCplx(size), m_windowedReal(size),
+      m_transformed(size), m_magnitude(size) {}
+
+Spectrum::Spectrum(const Spectrum &other)
+    : m_size(other.m_size), m_window(other.m_window ? CloneWindow(*other.m_window) : nullptr),
+      m_parameter(other.m_parameter), m_transform(std::make_unique<FT>(*other.m_transform)),
+      m_unit(other.m_unit), m_windowedCplx(other.m_windowedCplx), m_windowedReal(other.m_windowedReal),
+      m_transformed(other.m_transformed), m_magnitude(other.m_magnitude), m_shifted(other.m_shifted) {}
+
+Spectrum &Spectrum::operator=(const Spectrum &other) {
+  // What can fail comes first: it changes nothing but scratch.
+  auto window = other.m_window ? CloneWindow(*other.m_window) : nullptr;
+  auto transform = std::make_unique<FT>(*other.m_transform);
+  m_windowedCplx = other.m_windowedCplx;
+  m_windowedReal = other.m_windowedReal;
+  m_transformed = other.m_transformed;
+  m_magnitude = other.m_magnitude;
+  m_shifted = other.m_shifted;
+  m_size = other.m_size;
+  m_window = std::move(window);
+  m_parameter = other.m_parameter;
+  m_transform = std::move(transform);
+  m_unit = other.m_unit;
+  return *this;
+}
+
+Spectrum::~Spectrum() = default;
+
+void Spectrum::Apply(VecReal32 &out, const VecCplx32 &in) {
+  GetWindow().Apply(m_windowedCplx, in);
+  m_transform->Forward(m_transformed, m_windowedCplx);
+  Finish(out);
+}
+
+void Spectrum::Apply(VecReal32 &out, const VecReal32 &in) {
+  GetWindow().Apply(m_windowedReal, in);
+  m_transform->Forward(m_transformed, m_windowedReal);
+  Finish(out);
+}
+
+void Spectrum::Apply(VecReal32 &out, const float *re, const float *im) {
+  const Window &window = GetWindow();
+  m_windowedCplx.Import(re, im, m_size);
+  window.Apply(m_windowedCplx);
+  m_transform->Forward(m_transformed, m_windowedCplx);
+  Finish(out);
+}
+
+const Window &Spectrum::GetWindow() const {
+  if (!m_window) Throw(errors::kInvalidParameter, kModule);
+  return *m_window;
+}
+
+void Spectrum::Finish(VecReal32 &out) {
+  MathUtils::Abs(m_magnitude, m_transformed);
+  DSPUtils::FFTShift(m_shifted, m_magnitude);
+  if (m_unit == PowerUnitDBV) {
+    UnitConversion::Volt2dBV(out, m_shifted);
+  } else {
+    out = m_shifted;
+  }
+}
+
+} // namespace QORN
