@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "Checks.h"
+#include "Equality.h"
 #include "KernelTraits.h"
 #include "TextFile.h"
 #include "VectorTraits.h"
@@ -233,10 +235,9 @@ void CplxVectorOps<V, T, S, R>::Dump(const char *path, bool announce) const {
 
 template <class V, class T, class S, class R>
 bool CplxVectorOps<V, T, S, R>::operator==(const CplxVectorOps &arg) const {
-  if (this->m_length != arg.m_length) return false;
-  return this->m_length < 1 ||
-         std::equal(this->m_pData, this->m_pData + this->m_length, arg.m_pData,
-                    [](const T &a, const T &b) { return a.re == b.re && a.im == b.im; });
+  return this->m_length == arg.m_length &&
+         AllEqual(reinterpret_cast<const S *>(this->m_pData), reinterpret_cast<const S *>(arg.m_pData),
+                  std::ptrdiff_t{2} * this->m_length);
 }
 
 template <class V, class T, class S, class R>

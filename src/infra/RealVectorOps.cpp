@@ -1,9 +1,9 @@
 #include "qorn/infra/RealVectorOps.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "Checks.h"
+#include "Equality.h"
 #include "KernelTraits.h"
 #include "TextFile.h"
 #include "VectorTraits.h"
@@ -191,8 +191,7 @@ template <class V, class T> void RealVectorOps<V, T>::Dump(const char *path, boo
 }
 
 template <class V, class T> bool RealVectorOps<V, T>::operator==(const RealVectorOps &arg) const {
-  if (this->m_length != arg.m_length) return false;
-  return this->m_length < 1 || std::equal(this->m_pData, this->m_pData + this->m_length, arg.m_pData);
+  return this->m_length == arg.m_length && AllEqual(this->m_pData, arg.m_pData, this->m_length);
 }
 
 template <class V, class T> bool RealVectorOps<V, T>::IsWithin(const V &arg, T tol) const {

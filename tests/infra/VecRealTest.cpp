@@ -608,6 +608,22 @@ TYPED_TEST(VecReal, Equality_IsExactOnElementsAndLengths) {
   EXPECT_FALSE(V() == V(1));
 }
 
+TYPED_TEST(VecReal, Equality_WithOneElementThatDiffers_IsFalseWhereverItStands) {
+  using V = typename TypeParam::V;
+  for (const int n : {1, 2, 17, 255, 256, 257, 600}) {
+    const V a = Samples<V>(n, 5);
+    V b = a;
+    for (int i = 0; i < n; ++i) {
+      b[i] = -b[i];
+      ASSERT_FALSE(a == b) << n << ' ' << i;
+      b[i] = static_cast<typename TypeParam::T>(kNaN);
+      ASSERT_TRUE(a != b) << n << ' ' << i;
+      b[i] = a[i];
+      ASSERT_TRUE(a == b) << n << ' ' << i;
+    }
+  }
+}
+
 TYPED_TEST(VecReal, Equality_WithNotANumber_IsFalseAndPrintsNothing) {
   const auto vector = Of<typename TypeParam::V>(1, kNaN);
   EXPECT_EQ(PrintedBy([&] { EXPECT_FALSE(vector == vector); }), "");
