@@ -44,7 +44,6 @@ QORN_INLINE double FromBase(const Pair &base, const Pair &a, bool away) {
 }
 
 struct Atan64 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static double Fast(double x) {
     const double size = Magnitude(x) > 0x1p60 ? 0x1p60 : Magnitude(x); // from 2^54 on the angle is pi/2
     const bool inverted = size > 1;
@@ -73,16 +72,15 @@ QORN_INLINE Quadrant ChooseQuadrant(double sizeY, double sizeX, double signX) {
 }
 
 struct Atan2_64 {
-  static constexpr bool kComplete = false;
   /// The extra steps make up for the rounding of the quotient, which is all that there is to the result near
   /// the axis. The limits keep what they compute with from under- and overflow.
-  QORN_INLINE static double Fast(double y, double x) {
+  QORN_INLINE static double Fast(double y, double x, bool &served) {
     const double sizeY = Magnitude(y), sizeX = Magnitude(x);
     const bool steep = sizeY > sizeX;
     const double num = steep ? sizeX : sizeY, den = steep ? sizeY : sizeX;
     const double angle = Angle(num, den, ChooseQuadrant(sizeY, sizeX, WithSignOf(1.0, x)));
-    const bool served = den > 0x1p-900 && den < 0x1p900 && (num > 0x1p-960 || num == 0);
-    return served ? WithSignOf(angle, y) : kNaN;
+    served = Both(Both(den > 0x1p-900, den < 0x1p900), Either(num > 0x1p-960, num == 0));
+    return WithSignOf(angle, y);
   }
 
   static double Full(double y, double x) {
@@ -124,7 +122,6 @@ QORN_INLINE double AtanForFloat(double t) {
 }
 
 struct Atan32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float argument) {
     const double x = static_cast<double>(argument), size = Magnitude(x);
     const bool inverted = size > 1;
@@ -134,7 +131,6 @@ struct Atan32 {
 };
 
 struct Atan2_32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float ordinate, float abscissa) {
     const double y = static_cast<double>(ordinate), x = static_cast<double>(abscissa);
     const double sizeY = Magnitude(y), sizeX = Magnitude(x);
@@ -142,7 +138,7 @@ struct Atan2_32 {
     const double num = steep ? sizeX : sizeY, den = steep ? sizeY : sizeX;
     // 0 / 0 counts as 0 and infinity / infinity as 1.
     const double quotient = num / (den == 0 ? 1.0 : den);
-    const double t = (num == den && den > 0) ? 1.0 : quotient;
+    const double t = Both(num == den, den > 0) ? 1.0 : quotient;
     const Quadrant quadrant = ChooseQuadrant(sizeY, sizeX, WithSignOf(1.0, x));
     const double a = AtanForFloat(t);
     return static_cast<float>(WithSignOf(quadrant.base.high + (quadrant.away ? -a : a), y));
@@ -150,10 +146,12 @@ struct Atan2_32 {
 };
 
 /// The angle of a complex value.
-template <class Atan2, class C, class T> struct PhaseBy {
-  static constexpr bool kComplete = Atan2::kComplete;
-  QORN_INLINE static T Fast(C x) { return Atan2::Fast(x.im, x.re); }
-  static T Full(C x) { return Atan2::Full(x.im, x.re); }
+struct Phase32 {
+  QORN_INLINE static float Fast(Cplx32 x) { return Atan2_32::Fast(x.im, x.re); }
+};
+struct Phase64 {
+  QORN_INLINE static double Fast(Cplx64 x, bool &served) { return Atan2_64::Fast(x.im, x.re, served); }
+  static double Full(Cplx64 x) { return Atan2_64::Full(x.im, x.re); }
 };
 
 } // namespace

@@ -116,12 +116,10 @@ QORN_INLINE Cplx64 PhasorOf(const Reduced &r) {
 }
 
 struct Phasor64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static Cplx64 Fast(double x) {
+  QORN_INLINE static Cplx64 Fast(double x, bool &served) {
+    served = Magnitude(x) < kCircularLimit;
     const Cplx64 y = PhasorOf(Reduce(x));
-    const bool served = Magnitude(x) < kCircularLimit;
-    // The sum of the exact and its rest loses the sign of a zero.
-    return {served ? y.re : kNaN, x == 0 ? x : y.im};
+    return {y.re, x == 0 ? x : y.im}; // the last sum loses the sign of a zero
   }
   static Cplx64 Full(double x) {
     if (!(Magnitude(x) < kInfinity)) return {kNaN, kNaN};
@@ -130,79 +128,78 @@ struct Phasor64 {
 };
 
 struct Sin64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x) {
-    const double y = Phasor64::Fast(x).im;
-    return Magnitude(x) < kCircularLimit ? y : kNaN;
-  }
+  QORN_INLINE static double Fast(double x, bool &served) { return Phasor64::Fast(x, served).im; }
   static double Full(double x) { return Phasor64::Full(x).im; }
 };
 
 struct Cos64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x) { return Phasor64::Fast(x).re; }
+  QORN_INLINE static double Fast(double x, bool &served) { return Phasor64::Fast(x, served).re; }
   static double Full(double x) { return Phasor64::Full(x).re; }
 };
 
 // Float arguments, in double arithmetic: one polynomial serves a whole half turn.
+
+constexpr float kCircularLimit32 = 0x1.8p19F;
 
 QORN_INLINE double SineForFloat(double r) {
   const double u = r * r;
   return r * MulAdd(u, Polynomial(u, kSin32), 1.0);
 }
 
-/// (-1)^n sin(x - n pi) for the n that the low bits of shifted hold, plus offset.
-QORN_INLINE double AlternatingSine(double x, double shifted, double offset) {
-  const double n = (shifted - kShifter) + offset;
-  const double r = MulAdd(-n, kPi2, MulAdd(-n, kPi1, x));
+/// (-1)^n sin(x - m pi), n being the integer that the low bits of shifted hold.
+QORN_INLINE double AlternatingSine(double x, double m, double shifted) {
+  const double r = MulAdd(-m, kPi2, MulAdd(-m, kPi1, x));
   return FromBits(Bits(SineForFloat(r)) ^ Bits(shifted) << 63);
 }
 
-QORN_INLINE bool ServedForFloat(double x) { return Magnitude(x) < kCircularLimit; }
+/// sin x = (-1)^n sin(x - n pi)
+QORN_INLINE double SineOfFloat(double x) {
+  const double shifted = MulAdd(x, kOneOverPi, kShifter);
+  return AlternatingSine(x, shifted - kShifter, shifted);
+}
+
+/// cos x = (-1)^(n + 1) sin(x - (n + 1/2) pi); the shifter counts the 1.
+QORN_INLINE double CosineOfFloat(double x) {
+  const double shifted = MulAdd(x, kOneOverPi, -0.5) + (kShifter + 1);
+  return AlternatingSine(x, shifted - (kShifter + 1) + 0.5, shifted);
+}
 
 struct Sin32 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static float Fast(float argument) {
-    const double x = static_cast<double>(argument);
-    const double y = AlternatingSine(x, MulAdd(x, kOneOverPi, kShifter), 0.0);
-    return static_cast<float>(ServedForFloat(x) ? y : kNaN);
+  QORN_INLINE static float Fast(float x, bool &served) {
+    served = Magnitude(x) < kCircularLimit32;
+    return static_cast<float>(SineOfFloat(static_cast<double>(x)));
   }
   static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).im); }
 };
 
 struct Cos32 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static float Fast(float argument) {
-    // cos x = -(-1)^n sin(x - (n + 1/2) pi)
-    const double x = static_cast<double>(argument);
-    const double y = -AlternatingSine(x, MulAdd(x, kOneOverPi, -0.5) + kShifter, 0.5);
-    return static_cast<float>(ServedForFloat(x) ? y : kNaN);
+  QORN_INLINE static float Fast(float x, bool &served) {
+    served = Magnitude(x) < kCircularLimit32;
+    return static_cast<float>(CosineOfFloat(static_cast<double>(x)));
   }
   static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).re); }
 };
 
 struct Phasor32 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static Cplx32 Fast(float x) { return {Cos32::Fast(x), Sin32::Fast(x)}; }
+  QORN_INLINE static Cplx32 Fast(float x, bool &served) {
+    return {Cos32::Fast(x, served), Sin32::Fast(x, served)};
+  }
   static Cplx32 Full(float x) { return {Cos32::Full(x), Sin32::Full(x)}; }
 };
 
 /// A vector of given length and angle, rounded once.
 struct Polar32 {
-  static constexpr bool kComplete = false;
   QORN_INLINE static Cplx32 Times(float length, double cosine, double sine) {
     const double l = static_cast<double>(length);
     return {static_cast<float>(l * cosine), static_cast<float>(l * sine)};
   }
-  QORN_INLINE static Cplx32 Fast(float length, float angle) {
+  QORN_INLINE static Cplx32 Fast(float length, float angle, bool &served) {
+    served = Magnitude(angle) < kCircularLimit32;
     const double x = static_cast<double>(angle);
-    const double sine = AlternatingSine(x, MulAdd(x, kOneOverPi, kShifter), 0.0);
-    const double cosine = -AlternatingSine(x, MulAdd(x, kOneOverPi, -0.5) + kShifter, 0.5);
-    return Times(length, ServedForFloat(x) ? cosine : kNaN, sine);
+    return Times(length, CosineOfFloat(x), SineOfFloat(x));
   }
   static Cplx32 Full(float length, float angle) {
-    const double x = static_cast<double>(angle);
-    const Cplx64 phasor = Magnitude(x) < kCircularLimit ? Phasor64::Fast(x) : Phasor64::Full(x);
+    const Cplx64 phasor = Phasor64::Full(static_cast<double>(angle));
     return Times(length, phasor.re, phasor.im);
   }
 };

@@ -22,8 +22,6 @@ template <class Power, class T> void PowX(const T *src, T val, T *dst, int len) 
 
 using Ln64 = Log64<LnBase>;
 using Log10_64 = Log64<Log10Base>;
-using Phase32 = PhaseBy<Atan2_32, Cplx32, float>;
-using Phase64 = PhaseBy<Atan2_64, Cplx64, double>;
 using TenTo32 = PowerOfTen<Power32, float>;
 using TenTo64 = PowerOfTen<Power64, double>;
 

@@ -29,9 +29,16 @@ QORN_INLINE double FromBits(std::uint64_t bits) { return __builtin_bit_cast(doub
 
 constexpr std::uint64_t kSignBit = std::uint64_t(1) << 63;
 QORN_INLINE double Magnitude(double x) { return FromBits(Bits(x) & ~kSignBit); }
+QORN_INLINE float Magnitude(float x) {
+  return __builtin_bit_cast(float, __builtin_bit_cast(std::uint32_t, x) & 0x7fffffffU);
+}
 QORN_INLINE double WithSignOf(double size, double sign) {
   return FromBits(Bits(size) | (Bits(sign) & kSignBit));
 }
+
+// Without the short circuit of && and ||, whose branches would keep a loop from becoming vector code.
+QORN_INLINE bool Both(bool a, bool b) { return (static_cast<int>(a) & static_cast<int>(b)) != 0; }
+QORN_INLINE bool Either(bool a, bool b) { return (static_cast<int>(a) | static_cast<int>(b)) != 0; }
 
 /// A number as an unevaluated sum, the second part being about a rounding error of the first.
 struct Pair {
@@ -80,38 +87,56 @@ template <int N> QORN_INLINE double Polynomial(double x, const double (&c)[N]) {
 }
 
 // The loop. An operation offers
-//   Fast(arguments...)  branch-free, which the compiler turns into vector code
-//   kComplete           whether Fast serves every argument
-//   Full(arguments...)  unless complete: what Fast marks by a not-a-number, in scalar code
-// Fast always runs on whole blocks in one piece of code, a tail being padded to a block; Full is chosen by
-// the element alone. So a result cannot depend on its place or on its neighbours. Results stand in a buffer
-// until the arguments are no longer needed: a destination may be a source.
+//   Fast(arguments...)            branch-free, which the compiler turns into vector code
+//   Fast(arguments..., &served)   the same where it cannot serve every argument, and then also
+//   Full(arguments...)            for those that it does not, in scalar code
+// Fast always runs on whole blocks in one piece of code, a tail being padded to a block, and Full is chosen
+// by the element alone. So a result cannot depend on its place or on its neighbours. Results stand in a
+// buffer until the arguments are no longer needed: a destination may be a source.
 
-template <class T> QORN_INLINE bool IsMarked(T x) { return x != x; }
-QORN_INLINE bool IsMarked(Cplx32 x) { return x.re != x.re; }
-QORN_INLINE bool IsMarked(Cplx64 x) { return x.re != x.re; }
+template <class R> struct PartOf { using Type = R; };
+template <> struct PartOf<Cplx32> { using Type = float; };
+template <> struct PartOf<Cplx64> { using Type = double; };
 
-template <class R> struct PartCount { static constexpr Index kValue = 1; };
-template <> struct PartCount<Cplx32> { static constexpr Index kValue = 2; };
-template <> struct PartCount<Cplx64> { static constexpr Index kValue = 2; };
+/// Elements of a block: one register of scalars at the widest level.
+template <class R> constexpr Index kBlock = 64 / Index(sizeof(typename PartOf<R>::Type));
 
-/// Elements of a block: one vector register of scalars at the widest level.
-template <class R> constexpr Index kBlock = 64 * PartCount<R>::kValue / Index(sizeof(R));
+/// 0 if served, in an integer of the element's width. By way of a floating-point choice: the base level has
+/// that in vectors, but no comparison of doubles that chooses integers.
+QORN_INLINE std::uint32_t Missed(bool served, float) {
+  return __builtin_bit_cast(std::uint32_t, served ? 0.0F : 1.0F);
+}
+QORN_INLINE std::uint64_t Missed(bool served, double) { return Bits(served ? 0.0 : 1.0); }
+
+// Not cloned: the one code for bodies and tails is what the promise above rests on.
+#if defined(__clang__)
+#define QORN_ONE_COPY [[gnu::noinline]]
+#else
+#define QORN_ONE_COPY [[gnu::noinline, gnu::noclone]]
+#endif
 
 template <class Op, class R, class... A>
-[[gnu::noinline]] void RunBlocks(Op op, R *dst, Index count, const A *...src) {
+QORN_ONE_COPY void RunBlocks(Op op, R *dst, Index count, const A *...src) {
+  using T = typename PartOf<R>::Type;
   constexpr Index kChunk = 16 * kBlock<R>;
   alignas(64) R out[kChunk];
   for (Index start = 0; start < count; start += kChunk) {
     const Index blocks = (count - start < kChunk ? count - start : kChunk) / kBlock<R>;
     const Index n = blocks * kBlock<R>;
-    for (Index i = 0; i < n; ++i) out[i] = op.Fast(src[start + i]...);
-    if constexpr (!Op::kComplete) {
-      int marked = 0;
-      for (Index i = 0; i < n; ++i) marked |= IsMarked(out[i]) ? 1 : 0;
-      if (marked != 0) {
+    if constexpr (requires { op.Fast(src[0]...); }) {
+      for (Index i = 0; i < n; ++i) out[i] = op.Fast(src[start + i]...);
+    } else {
+      auto missed = Missed(true, T());
+      for (Index i = 0; i < n; ++i) {
+        bool served = true;
+        out[i] = op.Fast(src[start + i]..., served);
+        missed |= Missed(served, T());
+      }
+      if (missed != 0) {
         for (Index i = 0; i < n; ++i) {
-          if (IsMarked(out[i])) out[i] = op.Full(src[start + i]...);
+          bool served = true;
+          op.Fast(src[start + i]..., served);
+          if (!served) out[i] = op.Full(src[start + i]...);
         }
       }
     }

@@ -11,8 +11,7 @@ namespace {
 // and what it errs by counts erfc-fold only.
 
 struct Erf64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x) {
+  QORN_INLINE static double Fast(double x, bool &served) {
     const double size = Magnitude(x);
     const double u = size * size;
     const double small = size + MulAdd(size, Polynomial(u, kErfSmall64), 0.125 * size);
@@ -27,14 +26,16 @@ struct Erf64 {
     const ExpParts parts = SplitExp(log, lost + low);
     const double scale = PowerOfTwo(parts.shifted);
     const double large = (1 - scale) - scale * parts.fraction;
-    const bool served = size > 0x1p-960 || size == 0; // below, x / 8 could round
-    return served ? WithSignOf(size > 0.5 ? large : small, x) : kNaN;
+    served = Either(size > 0x1p-960, size == 0); // below, x / 8 could round
+    return WithSignOf(size > 0.5 ? large : small, x);
   }
-  static double Full(double x) { return x != x ? x : Fast(x * 0x1p200) * 0x1p-200; }
+  static double Full(double x) {
+    bool served;
+    return x != x ? x : Fast(x * 0x1p200, served) * 0x1p-200;
+  }
 };
 
 struct Erf32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float argument) {
     const double x = static_cast<double>(argument);
     const double size = Magnitude(x);

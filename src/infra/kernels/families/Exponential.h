@@ -45,28 +45,26 @@ QORN_INLINE double ScaledFully(double x, double low) {
 }
 
 struct Exp64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x) {
-    const double y = Scaled(SplitExp(x, 0.0));
-    return Magnitude(x) < 707 ? y : kNaN;
+  QORN_INLINE static double Fast(double x, bool &served) {
+    served = Magnitude(x) < 707;
+    return Scaled(SplitExp(x, 0.0));
   }
   static double Full(double x) { return x != x ? x : ScaledFully(x, 0.0); }
 };
 
-/// 2^t to the precision of a float. A result beyond float's range comes out beyond it.
+/// 2^t to the precision of a float, for |t| below 1000.
 QORN_INLINE double Exp2ForFloat(double t) {
   constexpr double shifter = kShifter + 1023;
-  t = t < -200 ? -200 : t;
-  t = t > 200 ? 200 : t;
   const double shifted = t + shifter;
   const double f = t - (shifted - shifter);
   return Polynomial(f, kExp2_32) * FromBits(Bits(shifted) << 52);
 }
 
 struct Exp32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float x) {
-    return static_cast<float>(Exp2ForFloat(static_cast<double>(x) * kLog2e));
+    const float y = static_cast<float>(Exp2ForFloat(static_cast<double>(x) * kLog2e));
+    const float low = x < -150.0F ? 0.0F : y;
+    return x > 150.0F ? __builtin_inff() : low;
   }
 };
 

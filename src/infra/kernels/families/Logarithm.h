@@ -63,10 +63,9 @@ struct Log10Base {
 };
 
 template <class Base> struct Log64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x) {
-    const double y = Base::Of(ReduceLog(x));
-    return (x >= kSmallestNormal && x < kInfinity) ? y : kNaN;
+  QORN_INLINE static double Fast(double x, bool &served) {
+    served = Both(x >= kSmallestNormal, x < kInfinity);
+    return Base::Of(ReduceLog(x));
   }
   static double Full(double x) {
     if (x != x || x == kInfinity) return x;
@@ -94,14 +93,12 @@ QORN_INLINE float LogLimits(float x, float y) {
 }
 
 struct Ln32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float x) {
     return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, 1.0, kLn2)));
   }
 };
 
 struct Log10_32 {
-  static constexpr bool kComplete = true;
   QORN_INLINE static float Fast(float x) {
     return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, kLog10e, kLog10Of2)));
   }

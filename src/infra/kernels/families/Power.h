@@ -38,13 +38,12 @@ QORN_INLINE Pair LogForPower(double x, double k) {
   return {all, (high - all) + low};
 }
 
-/// 1 or -1, the sign of x^y; a not-a-number where a negative x has no such power. y below 2^51 in magnitude.
-QORN_INLINE double PowerSign(double x, double y) {
-  const double half = 0.5 * y;
-  const bool whole = (y + kShifter) - kShifter == y;
-  const bool even = (half + kShifter) - kShifter == half;
-  const double sign = even ? 1.0 : (whole ? -1.0 : kNaN);
-  return x < 0 ? sign : 1.0;
+/// |x|^y with the sign that belongs to x^y, or a not-a-number where a negative x has no such power; y below
+/// 2^51 in magnitude.
+QORN_INLINE double PowerSigned(double power, double x, double y) {
+  const double shifted = y + kShifter;
+  const double value = FromBits(Bits(power) ^ ((Bits(shifted) << 63) & Bits(x)));
+  return Both(x < 0, shifted - kShifter != y) ? kNaN : value;
 }
 
 /// x^y where the rules of IEEE 754 (and Annex F of the C standard) name the value, and else the sign that
@@ -70,16 +69,14 @@ inline PowerCase SettlePower(double x, double y) {
 }
 
 struct Power64 {
-  static constexpr bool kComplete = false;
-  QORN_INLINE static double Fast(double x, double y) {
+  QORN_INLINE static double Fast(double x, double y, bool &served) {
     const double size = Magnitude(x);
     const Pair log = LogForPower(size, 0.0);
     const double high = y * log.high;
     const double low = MulAdd(y, log.low, ProductError(y, log.high, high));
-    const double power = Scaled(SplitExp(high, low)) * PowerSign(x, y);
-    const bool served =
-        size >= kSmallestNormal && size < kInfinity && Magnitude(high) < 707 && Magnitude(y) < 0x1p51;
-    return served ? power : kNaN;
+    served = Both(Both(size >= kSmallestNormal, size < kInfinity),
+                  Both(Magnitude(high) < 707, Magnitude(y) < 0x1p51));
+    return PowerSigned(Scaled(SplitExp(high, low)), x, y);
   }
   static double Full(double x, double y) {
     const PowerCase c = SettlePower(x, y);
@@ -94,16 +91,17 @@ struct Power64 {
 };
 
 struct Power32 {
-  static constexpr bool kComplete = false;
   QORN_INLINE static double Core(double size, double y) {
-    return Exp2ForFloat(y * LogForFloat(size, kPowLog32, kLog2e, 1.0));
+    const double t = y * LogForFloat(size, kPowLog32, kLog2e, 1.0);
+    const double power = Exp2ForFloat(t);
+    const double low = t < -200 ? 0.0 : power;
+    return t > 200 ? kInfinity : low;
   }
-  QORN_INLINE static float Fast(float base, float exponent) {
+  QORN_INLINE static float Fast(float base, float exponent, bool &served) {
     const double x = static_cast<double>(base), y = static_cast<double>(exponent);
-    const double size = Magnitude(x);
-    const double power = Core(size, y) * PowerSign(x, y);
-    const bool served = size > 0 && size < kInfinity && Magnitude(y) < 0x1p51;
-    return static_cast<float>(served ? power : kNaN);
+    const float size = Magnitude(base);
+    served = Both(Both(size > 0, size < __builtin_inff()), Magnitude(exponent) < 0x1p51F);
+    return static_cast<float>(PowerSigned(Core(Magnitude(x), y), x, y));
   }
   static float Full(float base, float exponent) {
     const double x = static_cast<double>(base), y = static_cast<double>(exponent);
@@ -114,16 +112,14 @@ struct Power32 {
 
 /// x^y with one y for all elements.
 template <class Power, class T> struct PowerBy {
-  static constexpr bool kComplete = Power::kComplete;
   T exponent;
-  QORN_INLINE T Fast(T x) const { return Power::Fast(x, exponent); }
+  QORN_INLINE T Fast(T x, bool &served) const { return Power::Fast(x, exponent, served); }
   T Full(T x) const { return Power::Full(x, exponent); }
 };
 
 /// 10^y: the general power, of which the compiler evaluates the logarithm once.
 template <class Power, class T> struct PowerOfTen {
-  static constexpr bool kComplete = Power::kComplete;
-  QORN_INLINE static T Fast(T y) { return Power::Fast(T(10), y); }
+  QORN_INLINE static T Fast(T y, bool &served) { return Power::Fast(T(10), y, served); }
   static T Full(T y) { return Power::Full(T(10), y); }
 };
 
