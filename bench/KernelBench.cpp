@@ -138,6 +138,7 @@ const bool registered = [] {
   Row("Conj_32fc", &TargetLib::Conj_32fc, {PLAIN(Conj_32fc) VOLK(Conj_32fc)});
   Row("Flip_32f", &TargetLib::Flip_32f, {PLAIN(Flip_32f)});
   Row("Flip_32f_I", &TargetLib::Flip_32f_I, {PLAIN(Flip_32f_I)});
+  Row<const QORN::Cplx32 *, QORN::Cplx32 *, int>("ConjFlip_32fc", &TargetLib::ConjFlip_32fc, {});
   Row("Sum_32f", &TargetLib::Sum_32f, {FAST(Sum_32f) VOLK(Sum_32f)}, true);
   Row("Sum_64f", &TargetLib::Sum_64f, {FAST(Sum_64f)});
   Row("Sum_16s", &TargetLib::Sum_16s, {FAST(Sum_16s)});

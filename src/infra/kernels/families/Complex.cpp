@@ -23,11 +23,11 @@ template <class C> void Conj(C *srcDst, int len) { Conj(srcDst, srcDst, len); }
 // Where source and destination are one array, the elements change places in pairs; a middle one meets itself.
 template <class T, class F> inline void Reverse(const T *src, T *dst, Index len, F element) {
   if (src == dst) {
-    for (Index i = 0, j = len - 1; i <= j; ++i, --j) {
-      const T low = element(dst[i]);
-      const T high = element(dst[j]);
-      dst[i] = high;
-      dst[j] = low;
+    T *first = dst, *last = dst + len - 1;
+    for (; first <= last; ++first, --last) {
+      const T low = *first;
+      *first = element(*last);
+      *last = element(low);
     }
   } else {
     for (Index i = 0; i < len; ++i) dst[i] = element(src[len - 1 - i]);
@@ -37,8 +37,22 @@ template <class T> void Flip(const T *src, T *dst, int len) {
   Reverse(src, dst, len, [](T x) { return x; });
 }
 template <class T> void Flip(T *srcDst, int len) { Flip(srcDst, srcDst, len); }
-template <class C> void ConjFlip(const C *src, C *dst, int len) {
-  Reverse(src, dst, len, [](C x) { return Conjugate(x); });
+
+void ConjFlip(const Cplx64 *src, Cplx64 *dst, int len) {
+  Reverse(src, dst, len, [](Cplx64 x) { return Conjugate(x); });
+}
+
+// A complex float as one word, with the sign of the imaginary part on top: pairs of parts in reversed order
+// would not vectorise.
+using Word [[gnu::may_alias, gnu::aligned(alignof(Cplx32))]] = std::uint64_t;
+inline const Word *Words(const Cplx32 *x) { return reinterpret_cast<const Word *>(x); }
+inline Word *Words(Cplx32 *x) { return reinterpret_cast<Word *>(x); }
+void Flip(const Cplx32 *src, Cplx32 *dst, int len) {
+  Reverse(Words(src), Words(dst), len, [](Word x) { return x; });
+}
+void Flip(Cplx32 *srcDst, int len) { Flip(srcDst, srcDst, len); }
+void ConjFlip(const Cplx32 *src, Cplx32 *dst, int len) {
+  Reverse(Words(src), Words(dst), len, [](Word x) { return x ^ (Word{1} << 63); });
 }
 
 } // namespace

@@ -8,26 +8,46 @@ template <class S, class D> void Convert(const S *src, D *dst, int len) {
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<D>(src[i]);
 }
 
-// Between the limits a conversion to integer is defined, and it truncates. Not-a-number counts as 0.
-template <class T> inline T Clamped(T x, T low, T high) {
-  const T number = x == x ? x : T(0);
-  return number < low ? low : number > high ? high : number;
-}
+// Between its limits a conversion to integer is defined, and it truncates. The compiler must not know the
+// limits: of constant ones, GCC converts the branches of the clamp instead of its result, and loses the
+// minimum and maximum instructions.
+template <class T> class Clamp {
+public:
+  Clamp(T low, T high) : m_low(low), m_high(high) { __asm__("" : "+m"(m_low), "+m"(m_high)); }
 
-inline int Truncated(double x, int /*target*/) {
-  return static_cast<int>(Clamped(x, -2147483648.0, 2147483647.0));
+  // Not-a-number comes out as the lower limit.
+  T operator()(T x) const {
+    const T raised = x > m_low ? x : m_low;
+    return raised < m_high ? raised : m_high;
+  }
+
+private:
+  T m_low;
+  T m_high;
+};
+
+void Truncate(const float *src, short *dst, int len) {
+  const Clamp<float> clamp(-32768.0F, 32767.0F);
+  for (Index i = 0; i < len; ++i) {
+    const int inside = static_cast<int>(clamp(src[i]));
+    dst[i] = static_cast<short>(src[i] == src[i] ? inside : 0);
+  }
 }
-inline short Truncated(float x, short /*target*/) {
-  return static_cast<short>(static_cast<int>(Clamped(x, -32768.0F, 32767.0F)));
+void Truncate(const double *src, int *dst, int len) {
+  const Clamp<double> clamp(-2147483648.0, 2147483647.0);
+  for (Index i = 0; i < len; ++i) {
+    const int inside = static_cast<int>(clamp(src[i]));
+    dst[i] = src[i] == src[i] ? inside : 0;
+  }
 }
 // No float lies between the largest int and 2^31, so the upper limit is a case of its own.
-inline int Truncated(float x, int /*target*/) {
-  const int inside = static_cast<int>(Clamped(x, -2147483648.0F, 2147483520.0F));
-  return x >= 2147483648.0F ? 2147483647 : inside;
-}
-
-template <class S, class D> void Truncate(const S *src, D *dst, int len) {
-  for (Index i = 0; i < len; ++i) dst[i] = Truncated(src[i], D());
+void Truncate(const float *src, int *dst, int len) {
+  const Clamp<float> clamp(-2147483648.0F, 2147483520.0F);
+  for (Index i = 0; i < len; ++i) {
+    const int inside = static_cast<int>(clamp(src[i]));
+    const int number = src[i] == src[i] ? inside : 0;
+    dst[i] = src[i] >= 2147483648.0F ? 2147483647 : number;
+  }
 }
 
 // 2^exponent from -149, the smallest denormal, to 127.
@@ -39,10 +59,10 @@ inline float PowerOfTwo(int exponent) {
   return power;
 }
 
-constexpr float kLowest(short) { return -32768.0F; }
-constexpr float kHighest(short) { return 32767.0F; }
-constexpr float kLowest(unsigned short) { return 0.0F; }
-constexpr float kHighest(unsigned short) { return 65535.0F; }
+constexpr float Lowest(short) { return -32768.0F; }
+constexpr float Highest(short) { return 32767.0F; }
+constexpr float Lowest(unsigned short) { return 0.0F; }
+constexpr float Highest(unsigned short) { return 65535.0F; }
 
 // The largest scale that leaves anything of a float is 149, the smallest that does not lift every float but 0
 // beyond the limits is above -254, which takes two factors. Products by powers of two are exact here, unless
@@ -53,58 +73,58 @@ template <class D> void ConvertScaled(const float *src, D *dst, int len, int mod
   const float rest = PowerOfTwo(exponent > 127 ? exponent - 127 : 0);
   // Adding and subtracting 1.5 * 2^23 rounds to nearest, ties to even, what is below 2^22.
   const float rounder = mode == 0 ? 0.0F : 12582912.0F;
+  const Clamp<float> clamp(Lowest(D()), Highest(D()));
   for (Index i = 0; i < len; ++i) {
-    const float clamped = Clamped(src[i] * factor * rest, kLowest(D()), kHighest(D()));
-    dst[i] = static_cast<D>(static_cast<int>((clamped + rounder) - rounder));
+    const float scaled = src[i] * factor * rest;
+    const int inside = static_cast<int>((clamp(scaled) + rounder) - rounder);
+    dst[i] = static_cast<D>(scaled == scaled ? inside : 0);
   }
 }
 
-// Rounding to integral values in one text for all levels: the lowest has no instruction for it. Adding and
-// subtracting the value from which on all numbers are integral leaves a neighbour, which a comparison mends.
-constexpr float kIntegral(float) { return 8388608.0F; }
-constexpr double kIntegral(double) { return 4503599627370496.0; }
-inline float Magnitude(float x) { return __builtin_fabsf(x); }
-inline double Magnitude(double x) { return __builtin_fabs(x); }
 inline float WithSign(float x, float sign) { return __builtin_copysignf(x, sign); }
 inline double WithSign(double x, double sign) { return __builtin_copysign(x, sign); }
 
-// The integral part of x >= 0 below kIntegral.
-template <class T> inline T IntegralPart(T x) {
-  const T near = (x + kIntegral(T())) - kIntegral(T());
-  return near > x ? near - T(1) : near;
-}
-
-template <class T> inline T Truncated(T x) {
+// Rounding toward zero keeps the sign, of zeros too.
+#if defined(__SSE4_1__) || defined(__aarch64__)
+inline float Integral(float x) { return __builtin_truncf(x); }
+inline double Integral(double x) { return __builtin_trunc(x); }
+#else
+// From this value on all numbers are integral. Adding and subtracting it leaves a neighbour of what is below
+// it, which a comparison mends.
+constexpr float FirstIntegral(float) { return 8388608.0F; }
+constexpr double FirstIntegral(double) { return 4503599627370496.0; }
+inline float Magnitude(float x) { return __builtin_fabsf(x); }
+inline double Magnitude(double x) { return __builtin_fabs(x); }
+template <class T> inline T Integral(T x) {
   const T magnitude = Magnitude(x);
-  return magnitude < kIntegral(T()) ? WithSign(IntegralPart(magnitude), x) : x;
+  const T near = (magnitude + FirstIntegral(T())) - FirstIntegral(T());
+  const T part = near > magnitude ? near - T(1) : near;
+  return magnitude < FirstIntegral(T()) ? WithSign(part, x) : x;
 }
+#endif
 
-// The fraction that is cut off is exact, so the comparison with a half is, too.
-template <class T> inline T Rounding(T x) {
-  const T magnitude = Magnitude(x);
-  const T part = IntegralPart(magnitude);
-  const T nearest = magnitude - part >= T(0.5) ? part + T(1) : part;
-  return magnitude < kIntegral(T()) ? WithSign(nearest, x) : x;
-}
+// The largest number below a half carries every fraction from a half on over the next integral value, and
+// none below: a sum that is not exact is rounded to one on the right side.
+constexpr float AlmostHalf(float) { return 0x1.fffffep-2F; }
+constexpr double AlmostHalf(double) { return 0x1.fffffffffffffp-2; }
 
 template <class T> void Round(const T *src, T *dst, int len) {
-  for (Index i = 0; i < len; ++i) dst[i] = Rounding(src[i]);
+  for (Index i = 0; i < len; ++i) dst[i] = Integral(src[i] + WithSign(AlmostHalf(T()), src[i]));
 }
 template <class T> void Trunc(const T *src, T *dst, int len) {
-  for (Index i = 0; i < len; ++i) dst[i] = Truncated(src[i]);
+  for (Index i = 0; i < len; ++i) dst[i] = Integral(src[i]);
 }
 template <class T> void Floor(const T *src, T *dst, int len) {
   for (Index i = 0; i < len; ++i) {
-    const T part = Truncated(src[i]);
+    const T part = Integral(src[i]);
     dst[i] = part > src[i] ? part - T(1) : part;
   }
 }
+// A negative fraction gives a negative zero: what is cut off keeps its sign.
 template <class T> void Ceil(const T *src, T *dst, int len) {
   for (Index i = 0; i < len; ++i) {
-    const T x = src[i];
-    const T part = Truncated(x);
-    // With the sign of x, since ceil of -0.5 is -0.
-    dst[i] = part < x ? part + T(1) : part;
+    const T part = Integral(src[i]);
+    dst[i] = part < src[i] ? part + T(1) : part;
   }
 }
 
