@@ -44,7 +44,9 @@ void ConjFlip(const Cplx64 *src, Cplx64 *dst, int len) {
 
 // A complex float as one word, with the sign of the imaginary part on top: pairs of parts in reversed order
 // would not vectorise.
-using Word [[gnu::may_alias, gnu::aligned(alignof(Cplx32))]] = std::uint64_t;
+struct [[gnu::packed, gnu::aligned(alignof(Cplx32)), gnu::may_alias]] Word {
+  std::uint64_t bits;
+};
 inline const Word *Words(const Cplx32 *x) { return reinterpret_cast<const Word *>(x); }
 inline Word *Words(Cplx32 *x) { return reinterpret_cast<Word *>(x); }
 void Flip(const Cplx32 *src, Cplx32 *dst, int len) {
@@ -52,7 +54,7 @@ void Flip(const Cplx32 *src, Cplx32 *dst, int len) {
 }
 void Flip(Cplx32 *srcDst, int len) { Flip(srcDst, srcDst, len); }
 void ConjFlip(const Cplx32 *src, Cplx32 *dst, int len) {
-  Reverse(Words(src), Words(dst), len, [](Word x) { return x ^ (Word{1} << 63); });
+  Reverse(Words(src), Words(dst), len, [](Word x) { return Word{x.bits ^ (std::uint64_t{1} << 63)}; });
 }
 
 } // namespace
