@@ -10,6 +10,7 @@
 #include <numbers>
 #include <vector>
 
+#include "infra/kernels/Levels.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/infra/QORNException.h"
 #include "qorn/math/UnitConversion.h"
@@ -151,7 +152,7 @@ TEST(Spectrum, Apply_RectangularTone_IsOneLineOfZeroDBV) {
   }
 }
 
-TEST(Spectrum, Apply_AnyWindowAndLength_IsTheDefinition) {
+void ExpectTheDefinition() {
   for (const WindowType type : kTypes) {
     for (const int n : {1, 2, 3, 15, 16, 60, 127, 250}) {
       if (type == WindowHann && n == 1) continue;
@@ -169,6 +170,14 @@ TEST(Spectrum, Apply_AnyWindowAndLength_IsTheDefinition) {
       ASSERT_EQ(out.GetSize(), n);
       EXPECT_LT(Deviation(out, Reference(VecCplx32(real), Weights(type, n))), 2e-6) << type << ' ' << n;
     }
+  }
+}
+
+TEST(Spectrum, Apply_AnyWindowLengthAndLevel_IsTheDefinition) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scoped(level);
+    SCOPED_TRACE(level.name);
+    ExpectTheDefinition();
   }
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "infra/kernels/Levels.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/infra/QORNException.h"
 #include "qorn/infra/VecCplx32.h"
@@ -146,22 +147,26 @@ TEST(Window, Rectangle_WithParameter_KeepsItOnConstructionOnly) {
   EXPECT_EQ(Coefficients(window), std::vector<float>(4, 0.25F));
 }
 
-TEST(Window, AnyShape_TabulatedLengths_HasTheTabulatedBits) {
+TEST(Window, AnyShape_TabulatedLengths_HasTheTabulatedBitsAtEveryLevel) {
   int rows = 0;
   for (const auto &row : test::ReadCsv("window_coefficients.csv")) {
     ASSERT_EQ(row.size(), 4U);
     const Shape &shape = ShapeNamed(row[0]);
     const float parameter = std::strtof(row[1].c_str(), nullptr);
     const int n = std::atoi(row[2].c_str());
-    const auto window = shape.empty();
-    window->SetParameters(n, parameter);
     std::vector<float> expected;
     std::istringstream bits(row[3]);
     for (std::string word; bits >> word;) {
       expected.push_back(
           std::bit_cast<float>(static_cast<std::uint32_t>(std::strtoul(word.c_str(), nullptr, 16))));
     }
-    ASSERT_EQ(Coefficients(*window), expected) << row[0] << ' ' << parameter << ' ' << n;
+    for (const kernels::Level &level : kernels::AvailableLevels()) {
+      const kernels::ScopedLevel scoped(level);
+      const auto window = shape.empty();
+      window->SetParameters(n, parameter);
+      ASSERT_EQ(Coefficients(*window), expected)
+          << row[0] << ' ' << parameter << ' ' << n << ' ' << level.name;
+    }
     ++rows;
   }
   EXPECT_GT(rows, 100);
