@@ -503,10 +503,12 @@ TYPED_TEST(BaseVector, Assignment_ToItself_ChangesNothing) {
   auto vector = Counting<TypeParam>(6);
   vector.Trim(2, 4);
   auto &self = vector;
+  const auto *view = vector.GetPtr();
   vector = self;
   EXPECT_EQ(Values(vector), (Integers{3, 4, 5}));
   vector = std::move(self);
   EXPECT_EQ(Values(vector), (Integers{3, 4, 5}));
+  EXPECT_EQ(vector.GetPtr(), view) << "the view stays narrowed";
 }
 
 TYPED_TEST(BaseVector, MoveConstructor_OfAnyVector_TakesTheBlockOver) {
