@@ -42,7 +42,7 @@ int RoundUp(int a, int b) { return (a + b - 1) / b; }
 
 double CostWith(int lanes, std::int64_t n, int scalar) {
   const std::int64_t blocks = n / lanes;
-  const int width = lanes <= 4 ? 4 : lanes <= 8 ? 8 : 16;
+  const int width = lanes <= 8 ? 8 : 16;
   const int perRegister = std::min(width, 64 / scalar);
   double perBlock = 0;
   for (const int r : Radices(blocks)) perBlock += Arithmetic(r) + kMemory + kTurn;
@@ -80,7 +80,7 @@ std::vector<int> Radices(std::int64_t n) {
 int LanesFor(std::int64_t n, int scalar) {
   int best = 0;
   double least = std::numeric_limits<double>::infinity();
-  for (int lanes = 2; lanes <= 16; ++lanes) {
+  for (int lanes = 5; lanes <= 16; ++lanes) {
     if (n % lanes != 0) continue;
     const double cost = CostWith(lanes, n, scalar);
     if (cost < least) {

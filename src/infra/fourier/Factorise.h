@@ -16,8 +16,8 @@ bool IsSmooth(std::int64_t n);
 /// The radices of the passes of a smooth n, in their order.
 std::vector<int> Radices(std::int64_t n);
 
-/// The number of lanes, 2 to 16 and a divisor of the smooth n > 16, at the least estimated cost; `scalar` is
-/// sizeof of the type.
+/// The number of lanes, 5 to 16 and a divisor of the smooth n > 16, at the least estimated cost; `scalar` is
+/// sizeof of the type. There always is one: n has a prime factor of 5 or more, or 8 or 9 divides it.
 int LanesFor(std::int64_t n, int scalar);
 
 /// The estimated cost of a transform of smooth length, in vector operations of the widest level.

@@ -20,7 +20,7 @@ namespace QORN::fourier {
 
 /// One pass over M blocks: butterflies of `radix` blocks that lie M / radix apart. Their outputs are turned
 /// by exp(-j 2 pi p k / (radix * rest)), 1 <= k < radix, where p = 0 to rest - 1 and `done * radix * rest` =
-/// M: `done` is the product of the radices before.
+/// M: `done` is the product of the radices before. In the last pass rest is 1 and nothing is turned.
 struct Pass {
   int radix;
   std::ptrdiff_t done;
@@ -34,11 +34,11 @@ inline constexpr int kMaxPasses = 32;
 template <class T> struct Columns {
   std::ptrdiff_t length;
   std::ptrdiff_t blocks; ///< M, at least 2
-  int lanes;             ///< L, 2 to 16
-  int width;             ///< W: 4, 8 or 16, at least L
+  int lanes;             ///< L, 5 to 16
+  int width;             ///< W: 8 or 16, at least L
   int passCount;
   Pass passes[kMaxPasses];
-  const T *turns; ///< complex factors of the passes, for each p >= 1 the radix - 1 of them
+  const T *turns; ///< complex factors of the passes, for each p the radix - 1 of them
   /// The factors that join the lanes, for each group of W values of k, for each l >= 1: W real parts, W
   /// imaginary parts.
   const T *joins;

@@ -96,7 +96,7 @@ ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
 template <class T> void ComplexPlan<T>::MakeColumns() {
   const int lanes = LanesFor(m_length, sizeof(T));
   const std::int64_t blocks = m_length / lanes;
-  const int width = lanes <= 4 ? 4 : lanes <= 8 ? 8 : 16;
+  const int width = lanes <= 8 ? 8 : 16;
   m_columns.length = m_length;
   m_columns.blocks = blocks;
   m_columns.lanes = lanes;
@@ -108,14 +108,14 @@ template <class T> void ComplexPlan<T>::MakeColumns() {
   for (const int radix : Radices(blocks)) {
     const std::int64_t rest = blocks / (done * radix);
     m_columns.passes[m_columns.passCount++] = {radix, done, rest, turns};
-    turns += (rest - 1) * (radix - 1) * 2;
+    turns += rest * (radix - 1) * 2;
     done *= radix;
   }
   m_turns = Block<T>(Size(turns));
   T *turn = m_turns.Data();
   for (int i = 0; i < m_columns.passCount; ++i) {
     const Pass &pass = m_columns.passes[i];
-    for (std::int64_t p = 1; p < pass.rest; ++p) {
+    for (std::int64_t p = 0; p < pass.rest; ++p) {
       for (std::int64_t k = 1; k < pass.radix; ++k) {
         const auto root = roots(p * k * pass.done * lanes);
         *turn++ = root.re;

@@ -8,20 +8,26 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
+// The first `count` scalars of `from`, then zeros. Apart from the passes, which call it for the last few of
+// their blocks only.
+template <class T> [[gnu::noinline]] void CopyPart(const T *from, Index count, T *part, Index size) {
+  for (Index i = 0; i < size; ++i) part[i] = i < count ? from[i] : T{0};
+}
+
 // V interleaved complex values from place `at` on, of which only those before `end` exist; the others are 0.
 template <class T, int V>
 [[gnu::always_inline]] inline void LoadBefore(const T *in, Index at, Index end, Vec<T, V> &re,
                                               Vec<T, V> &im) {
-  if (at + V <= end) [[likely]] {
-    LoadComplex<T, V>(in + 2 * at, re, im);
-  } else {
-    T part[2 * V] = {};
-    for (Index i = 0; i < 2 * (end - at); ++i) part[i] = in[2 * at + i];
-    LoadComplex<T, V>(part, re, im);
+  T part[2 * V];
+  const T *from = in + 2 * at;
+  if (at + V > end) [[unlikely]] {
+    CopyPart(from, 2 * (end - at), part, 2 * V);
+    from = part;
   }
+  LoadComplex<T, V>(from, re, im);
 }
 
-// The butterflies of one pass whose outputs need no turning (p = 0) or are turned by w, and their stores.
+// The last step of a pass: a butterfly, its outputs turned by w, and their stores.
 template <class T, int W, int R, bool Turned>
 [[gnu::always_inline]] inline void Finish(Vec<T, kLanes<T, W>> (&re)[R], Vec<T, kLanes<T, W>> (&im)[R],
                                           const T *w, T *y, Index step) {
@@ -36,43 +42,34 @@ template <class T, int W, int R, bool Turned>
   });
 }
 
-// The first pass: from the samples into blocks. An inverse transform is the forward one with real and
-// imaginary parts exchanged on the way in and on the way out.
-template <class T, int W, int R, bool Inverse>
-[[gnu::flatten]] void FirstPass(const fourier::Columns<T> &plan, const T *in, T *out) {
+// The first pass: from the samples into blocks. An inverse transform is the forward one of the conjugate
+// samples, conjugated: `sign` is -1 then.
+template <class T, int W, int R, bool Turned>
+[[gnu::flatten]] void FirstPass(const fourier::Columns<T> &plan, const T *in, T *out, T sign) {
   constexpr int V = kLanes<T, W>;
   const Index rest = plan.passes[0].rest, lanes = plan.lanes, length = plan.length;
   const T *w = plan.turns + plan.passes[0].turns;
-  for (Index p = 0; p < rest; ++p) {
+  for (Index p = 0; p < rest; ++p, w += 2 * (R - 1)) {
     for (Index c = 0; c < lanes; c += V) {
       Vec<T, V> re[R], im[R];
       Unroll<R>([&](auto j) {
-        const Index at = lanes * (p + rest * j) + c;
-        if constexpr (Inverse) {
-          LoadBefore<T, V>(in, at, length, im[j], re[j]);
-        } else {
-          LoadBefore<T, V>(in, at, length, re[j], im[j]);
-        }
+        LoadBefore<T, V>(in, lanes * (p + rest * j) + c, length, re[j], im[j]);
+        im[j] *= sign;
       });
-      T *y = out + R * p * 2 * W + c;
-      if (p == 0) {
-        Finish<T, W, R, false>(re, im, w, y, 2 * W);
-      } else {
-        Finish<T, W, R, true>(re, im, w + (p - 1) * 2 * (R - 1), y, 2 * W);
-      }
+      Finish<T, W, R, Turned>(re, im, w, out + R * p * 2 * W + c, 2 * W);
     }
   }
 }
 
 // A pass from blocks to blocks.
-template <class T, int W, int R>
+template <class T, int W, int R, bool Turned>
 [[gnu::flatten]] void InnerPass(const fourier::Columns<T> &plan, const fourier::Pass &pass, const T *in,
                                 T *out) {
   constexpr int V = kLanes<T, W>;
   const Index done = pass.done, rest = pass.rest, lanes = plan.lanes;
   const Index inStep = done * rest * 2 * W, outStep = done * 2 * W;
   const T *w = plan.turns + pass.turns;
-  const auto run = [&](Index p, auto turned) {
+  for (Index p = 0; p < rest; ++p, w += 2 * (R - 1)) {
     for (Index q = 0; q < done; ++q) {
       for (Index c = 0; c < lanes; c += V) {
         Vec<T, V> re[R], im[R];
@@ -81,18 +78,15 @@ template <class T, int W, int R>
           re[j] = Load<Vec<T, V>>(x + j * inStep);
           im[j] = Load<Vec<T, V>>(x + j * inStep + W);
         });
-        Finish<T, W, R, turned>(re, im, w + (p - 1) * 2 * (R - 1), out + (done * R * p + q) * 2 * W + c,
-                                outStep);
+        Finish<T, W, R, Turned>(re, im, w, out + (done * R * p + q) * 2 * W + c, outStep);
       }
     }
-  };
-  run(0, Int<false>{});
-  for (Index p = 1; p < rest; ++p) run(p, Int<true>{});
+  }
 }
 
 // Joins the lanes: V blocks at a time become L rows of V neighbouring frequencies.
-template <class T, int W, int L, bool Inverse>
-[[gnu::flatten]] void JoinLanes(const fourier::Columns<T> &plan, const T *in, T *out, T scale) {
+template <class T, int W, int L>
+[[gnu::flatten]] void JoinLanes(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T sign) {
   constexpr int V = kLanes<T, W>;
   using E = Vec<T, V>;
   const Index blocks = plan.blocks;
@@ -119,190 +113,186 @@ template <class T, int W, int L, bool Inverse>
     Butterfly<T, L>(re, im);
     const Index present = blocks - k;
     Unroll<L>([&](auto l) {
-      E r = re[l] * scale, i = im[l] * scale;
-      if constexpr (Inverse) {
-        const E t = r;
-        r = i;
-        i = t;
-      }
-      T *to = out + 2 * (k + blocks * l);
+      T *const to = out + 2 * (k + blocks * l);
       if (present >= V) [[likely]] {
-        StoreComplex<T, V>(to, r, i);
+        StoreComplex<T, V>(to, re[l] * scale, im[l] * (sign * scale));
       } else {
         T part[2 * V];
-        StoreComplex<T, V>(part, r, i);
-        for (Index n = 0; n < 2 * present; ++n) to[n] = part[n];
+        StoreComplex<T, V>(part, re[l] * scale, im[l] * (sign * scale));
+        CopyPart(part, 2 * present, to, 2 * present);
       }
     });
   }
 }
 
-template <class T, int W, bool Inverse> void RunFirst(const fourier::Columns<T> &plan, const T *in, T *out) {
+template <class T, int W, bool Turned>
+void RunFirst(const fourier::Columns<T> &plan, const T *in, T *out, T sign) {
   switch (plan.passes[0].radix) {
   case 2:
-    return FirstPass<T, W, 2, Inverse>(plan, in, out);
+    return FirstPass<T, W, 2, Turned>(plan, in, out, sign);
   case 3:
-    return FirstPass<T, W, 3, Inverse>(plan, in, out);
+    return FirstPass<T, W, 3, Turned>(plan, in, out, sign);
   case 4:
-    return FirstPass<T, W, 4, Inverse>(plan, in, out);
+    return FirstPass<T, W, 4, Turned>(plan, in, out, sign);
   case 5:
-    return FirstPass<T, W, 5, Inverse>(plan, in, out);
+    return FirstPass<T, W, 5, Turned>(plan, in, out, sign);
   case 7:
-    return FirstPass<T, W, 7, Inverse>(plan, in, out);
+    return FirstPass<T, W, 7, Turned>(plan, in, out, sign);
   case 8:
-    return FirstPass<T, W, 8, Inverse>(plan, in, out);
+    return FirstPass<T, W, 8, Turned>(plan, in, out, sign);
   case 9:
-    return FirstPass<T, W, 9, Inverse>(plan, in, out);
+    return FirstPass<T, W, 9, Turned>(plan, in, out, sign);
   case 11:
-    return FirstPass<T, W, 11, Inverse>(plan, in, out);
+    return FirstPass<T, W, 11, Turned>(plan, in, out, sign);
   case 13:
-    return FirstPass<T, W, 13, Inverse>(plan, in, out);
+    return FirstPass<T, W, 13, Turned>(plan, in, out, sign);
   case 16:
-    return FirstPass<T, W, 16, Inverse>(plan, in, out);
+    return FirstPass<T, W, 16, Turned>(plan, in, out, sign);
+  }
+}
+
+template <class T, int W, bool Turned>
+void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const T *in, T *out) {
+  switch (pass.radix) {
+  case 2:
+    return InnerPass<T, W, 2, Turned>(plan, pass, in, out);
+  case 3:
+    return InnerPass<T, W, 3, Turned>(plan, pass, in, out);
+  case 4:
+    return InnerPass<T, W, 4, Turned>(plan, pass, in, out);
+  case 5:
+    return InnerPass<T, W, 5, Turned>(plan, pass, in, out);
+  case 7:
+    return InnerPass<T, W, 7, Turned>(plan, pass, in, out);
+  case 8:
+    return InnerPass<T, W, 8, Turned>(plan, pass, in, out);
+  case 9:
+    return InnerPass<T, W, 9, Turned>(plan, pass, in, out);
+  case 11:
+    return InnerPass<T, W, 11, Turned>(plan, pass, in, out);
+  case 13:
+    return InnerPass<T, W, 13, Turned>(plan, pass, in, out);
+  case 16:
+    return InnerPass<T, W, 16, Turned>(plan, pass, in, out);
   }
 }
 
 template <class T, int W>
-void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const T *in, T *out) {
-  switch (pass.radix) {
-  case 2:
-    return InnerPass<T, W, 2>(plan, pass, in, out);
-  case 3:
-    return InnerPass<T, W, 3>(plan, pass, in, out);
-  case 4:
-    return InnerPass<T, W, 4>(plan, pass, in, out);
-  case 5:
-    return InnerPass<T, W, 5>(plan, pass, in, out);
-  case 7:
-    return InnerPass<T, W, 7>(plan, pass, in, out);
-  case 8:
-    return InnerPass<T, W, 8>(plan, pass, in, out);
-  case 9:
-    return InnerPass<T, W, 9>(plan, pass, in, out);
-  case 11:
-    return InnerPass<T, W, 11>(plan, pass, in, out);
-  case 13:
-    return InnerPass<T, W, 13>(plan, pass, in, out);
-  case 16:
-    return InnerPass<T, W, 16>(plan, pass, in, out);
+void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T sign) {
+  if constexpr (W == 8) {
+    switch (plan.lanes) {
+    case 5:
+      return JoinLanes<T, 8, 5>(plan, in, out, scale, sign);
+    case 6:
+      return JoinLanes<T, 8, 6>(plan, in, out, scale, sign);
+    case 7:
+      return JoinLanes<T, 8, 7>(plan, in, out, scale, sign);
+    case 8:
+      return JoinLanes<T, 8, 8>(plan, in, out, scale, sign);
+    }
+  } else {
+    switch (plan.lanes) {
+    case 9:
+      return JoinLanes<T, 16, 9>(plan, in, out, scale, sign);
+    case 10:
+      return JoinLanes<T, 16, 10>(plan, in, out, scale, sign);
+    case 11:
+      return JoinLanes<T, 16, 11>(plan, in, out, scale, sign);
+    case 12:
+      return JoinLanes<T, 16, 12>(plan, in, out, scale, sign);
+    case 13:
+      return JoinLanes<T, 16, 13>(plan, in, out, scale, sign);
+    case 14:
+      return JoinLanes<T, 16, 14>(plan, in, out, scale, sign);
+    case 15:
+      return JoinLanes<T, 16, 15>(plan, in, out, scale, sign);
+    case 16:
+      return JoinLanes<T, 16, 16>(plan, in, out, scale, sign);
+    }
   }
 }
 
-template <class T, bool Inverse> void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale) {
-  switch (plan.lanes) {
-  case 2:
-    return JoinLanes<T, 4, 2, Inverse>(plan, in, out, scale);
-  case 3:
-    return JoinLanes<T, 4, 3, Inverse>(plan, in, out, scale);
-  case 4:
-    return JoinLanes<T, 4, 4, Inverse>(plan, in, out, scale);
-  case 5:
-    return JoinLanes<T, 8, 5, Inverse>(plan, in, out, scale);
-  case 6:
-    return JoinLanes<T, 8, 6, Inverse>(plan, in, out, scale);
-  case 7:
-    return JoinLanes<T, 8, 7, Inverse>(plan, in, out, scale);
-  case 8:
-    return JoinLanes<T, 8, 8, Inverse>(plan, in, out, scale);
-  case 9:
-    return JoinLanes<T, 16, 9, Inverse>(plan, in, out, scale);
-  case 10:
-    return JoinLanes<T, 16, 10, Inverse>(plan, in, out, scale);
-  case 11:
-    return JoinLanes<T, 16, 11, Inverse>(plan, in, out, scale);
-  case 12:
-    return JoinLanes<T, 16, 12, Inverse>(plan, in, out, scale);
-  case 13:
-    return JoinLanes<T, 16, 13, Inverse>(plan, in, out, scale);
-  case 14:
-    return JoinLanes<T, 16, 14, Inverse>(plan, in, out, scale);
-  case 15:
-    return JoinLanes<T, 16, 15, Inverse>(plan, in, out, scale);
-  case 16:
-    return JoinLanes<T, 16, 16, Inverse>(plan, in, out, scale);
-  }
-}
-
-template <class T, int W, bool Inverse>
-void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, T scale) {
+template <class T, int W>
+void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, T scale, T sign) {
   T *from = scratch, *to = scratch + plan.blocks * 2 * W;
-  RunFirst<T, W, Inverse>(plan, in, from);
+  if (plan.passCount > 1) {
+    RunFirst<T, W, true>(plan, in, from, sign);
+  } else {
+    RunFirst<T, W, false>(plan, in, from, sign);
+  }
   for (int i = 1; i < plan.passCount; ++i) {
-    RunInner<T, W>(plan, plan.passes[i], from, to);
+    if (i < plan.passCount - 1) {
+      RunInner<T, W, true>(plan, plan.passes[i], from, to);
+    } else {
+      RunInner<T, W, false>(plan, plan.passes[i], from, to);
+    }
     T *const written = to;
     to = from;
     from = written;
   }
-  RunJoin<T, Inverse>(plan, from, out, scale);
+  RunJoin<T, W>(plan, from, out, scale, sign);
 }
 
 /// out = scale * transform of in; out may be in. scratch holds 4 * width * blocks scalars.
 template <class T>
 void RunColumns(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
-  switch (inverse ? -plan.width : plan.width) {
-  case 4:
-    return RunWidth<T, 4, false>(plan, in, out, scratch, scale);
-  case -4:
-    return RunWidth<T, 4, true>(plan, in, out, scratch, scale);
-  case 8:
-    return RunWidth<T, 8, false>(plan, in, out, scratch, scale);
-  case -8:
-    return RunWidth<T, 8, true>(plan, in, out, scratch, scale);
-  case 16:
-    return RunWidth<T, 16, false>(plan, in, out, scratch, scale);
-  case -16:
-    return RunWidth<T, 16, true>(plan, in, out, scratch, scale);
+  const T sign = static_cast<T>(inverse ? -1 : 1);
+  if (plan.width == 8) {
+    RunWidth<T, 8>(plan, in, out, scratch, scale, sign);
+  } else {
+    RunWidth<T, 16>(plan, in, out, scratch, scale, sign);
   }
 }
 
-template <class T, int N> [[gnu::flatten]] void Small(const T *in, T *out, bool inverse, T scale) {
+template <class T, int N> [[gnu::flatten]] void Small(const T *in, T *out, T scale, T sign) {
   T re[N], im[N];
   Unroll<N>([&](auto n) {
-    re[n] = in[2 * n + inverse];
-    im[n] = in[2 * n + !inverse];
+    re[n] = in[2 * n];
+    im[n] = in[2 * n + 1] * sign;
   });
   Butterfly<T, N>(re, im);
   Unroll<N>([&](auto n) {
-    out[2 * n + inverse] = re[n] * scale;
-    out[2 * n + !inverse] = im[n] * scale;
+    out[2 * n] = re[n] * scale;
+    out[2 * n + 1] = im[n] * (sign * scale);
   });
 }
 
 /// A length of at most 16, in scalars; out may be in.
 template <class T> void RunSmall(int length, const T *in, T *out, bool inverse, T scale) {
+  const T sign = static_cast<T>(inverse ? -1 : 1);
   switch (length) {
   case 1:
-    return Small<T, 1>(in, out, inverse, scale);
+    return Small<T, 1>(in, out, scale, sign);
   case 2:
-    return Small<T, 2>(in, out, inverse, scale);
+    return Small<T, 2>(in, out, scale, sign);
   case 3:
-    return Small<T, 3>(in, out, inverse, scale);
+    return Small<T, 3>(in, out, scale, sign);
   case 4:
-    return Small<T, 4>(in, out, inverse, scale);
+    return Small<T, 4>(in, out, scale, sign);
   case 5:
-    return Small<T, 5>(in, out, inverse, scale);
+    return Small<T, 5>(in, out, scale, sign);
   case 6:
-    return Small<T, 6>(in, out, inverse, scale);
+    return Small<T, 6>(in, out, scale, sign);
   case 7:
-    return Small<T, 7>(in, out, inverse, scale);
+    return Small<T, 7>(in, out, scale, sign);
   case 8:
-    return Small<T, 8>(in, out, inverse, scale);
+    return Small<T, 8>(in, out, scale, sign);
   case 9:
-    return Small<T, 9>(in, out, inverse, scale);
+    return Small<T, 9>(in, out, scale, sign);
   case 10:
-    return Small<T, 10>(in, out, inverse, scale);
+    return Small<T, 10>(in, out, scale, sign);
   case 11:
-    return Small<T, 11>(in, out, inverse, scale);
+    return Small<T, 11>(in, out, scale, sign);
   case 12:
-    return Small<T, 12>(in, out, inverse, scale);
+    return Small<T, 12>(in, out, scale, sign);
   case 13:
-    return Small<T, 13>(in, out, inverse, scale);
+    return Small<T, 13>(in, out, scale, sign);
   case 14:
-    return Small<T, 14>(in, out, inverse, scale);
+    return Small<T, 14>(in, out, scale, sign);
   case 15:
-    return Small<T, 15>(in, out, inverse, scale);
+    return Small<T, 15>(in, out, scale, sign);
   case 16:
-    return Small<T, 16>(in, out, inverse, scale);
+    return Small<T, 16>(in, out, scale, sign);
   }
 }
 
