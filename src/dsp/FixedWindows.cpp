@@ -5,7 +5,6 @@
 
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecReal64.h"
-#include "qorn/math/MathUtils.h"
 
 namespace QORN {
 

@@ -1,9 +1,10 @@
 #include "qorn/dsp/Window.h"
 
 #include <algorithm>
-#include <limits>
+#include <cstdint>
 
 #include "infra/Errors.h"
+#include "math/Elementwise.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecReal64.h"
@@ -17,12 +18,6 @@ namespace {
 // A division by the sum of the coefficients is reported as the kernel layer reports divisions, under its
 // name.
 constexpr const char *kModule = "infra\\TargetLib_ipp";
-
-// 2n, or a length that Resize refuses as it refuses any that memory cannot hold.
-int Twice(int n) {
-  constexpr int kMax = std::numeric_limits<int>::max();
-  return n > kMax / 2 ? kMax : 2 * n;
-}
 
 float *AsReals(Cplx32 *data) { return reinterpret_cast<float *>(data); }
 const Cplx32 *AsComplex(const float *data) { return reinterpret_cast<const Cplx32 *>(data); }
@@ -47,7 +42,7 @@ Window::~Window() = default;
 void Window::SetParameters(int n) {
   m_size = n;
   if (n < 1) return;
-  m_coefficients.Resize(Twice(n));
+  m_coefficients.Resize(Length(std::int64_t{2} * n));
   TargetLib::Set_32f(1.0F / static_cast<float>(n), m_coefficients.GetPtr(), m_coefficients.GetSize());
 }
 
@@ -61,7 +56,6 @@ void Window::Apply(VecCplx32 &out, const VecCplx32 &in) const {
     return;
   }
   // Block by block, so that the product finds the copy in the nearest cache.
-  constexpr int kBlock = 1024;
   const int n = in.GetSize();
   const int weighted = CountFor(n);
   out.Resize(n);

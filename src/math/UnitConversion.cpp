@@ -1,7 +1,5 @@
 #include "qorn/math/UnitConversion.h"
 
-#include <type_traits>
-
 #include "Elementwise.h"
 #include "qorn/infra/VecReal32.h"
 #include "qorn/infra/VecReal64.h"
@@ -141,14 +139,7 @@ struct dBm2uA {
 
 struct dBV2Watt {
   template <class T> static T Scalar(T x) { return Narrow<T>(P((x + kdBmTodBV<T>) / T{10}) * 0.001); }
-  template <class T> static void Steps(Block<T> b) {
-    b.Div(10).Pow10();
-    if constexpr (std::is_same_v<T, float>) {
-      b.Mul(kPerOhm<float>);
-    } else {
-      b.Div(kOhm<double>);
-    }
-  }
+  template <class T> static void Steps(Block<T> b) { b.Div(10).Pow10().Div(kOhm<T>); }
 };
 
 // Logarithmic to logarithmic.
