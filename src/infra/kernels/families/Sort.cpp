@@ -5,6 +5,10 @@
 // order by place afterwards.
 #include "Kernel.h"
 
+#if defined(__AVX512F__)
+#include <immintrin.h>
+#endif
+
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
@@ -89,6 +93,12 @@ template <class F> struct Keys {
   void Put(Index i, Item x) const { keys[i] = x; }
   Keys From(Index i) const { return {keys + i}; }
   static bool Less(Item a, Item b) { return a < b; }
+
+  // Room for some items on the stack.
+  template <int kCount> struct Buffer {
+    typename F::Value keys[kCount];
+    Keys Array() { return {keys}; }
+  };
 };
 
 template <class F> struct Placed {
@@ -106,6 +116,12 @@ template <class F> struct Pairs {
   Pairs From(Index i) const { return {keys + i, places + i}; }
   // Without a branch: which way it goes cannot be foretold.
   static bool Less(Item a, Item b) { return (a.key < b.key) | ((a.key == b.key) & (a.place < b.place)); }
+
+  template <int kCount> struct Buffer {
+    typename F::Value keys[kCount];
+    int places[kCount];
+    Pairs Array() { return {keys, places}; }
+  };
 };
 
 template <class F> struct PairsByPlace {
@@ -156,7 +172,7 @@ template <class A> typename A::Item MedianOfThree(A a, Index i, Index j, Index k
   return A::Less(x, z) ? x : A::Less(y, z) ? z : y;
 }
 
-template <class A> typename A::Item Pivot(A a, Index n) {
+template <class A> typename A::Item MedianOfSome(A a, Index n) {
   const Index half = n / 2;
   if (n < 128) return MedianOfThree(a, 0, half, n - 1);
   const Index step = n / 8;
@@ -186,27 +202,49 @@ template <class A, class Before> Index Partition(A a, Index n, Before before) {
   return front;
 }
 
-template <class A> void Introsort(A a, Index n, int partitions) {
-  constexpr Index kShort = 24;
-  while (n > kShort) {
+// What Introsort needs of a way of sorting: here, item by item.
+template <class A> struct ByItems {
+  using Item = typename A::Item;
+  static constexpr Index kShort = 24;
+
+  static void SortShort(A a, Index n) { InsertionSort(a, n); }
+  static Item Pivot(A a, Index n) { return MedianOfSome(a, n); }
+  static Index PartitionBelow(A a, Index n, Item pivot) {
+    return Partition(a, n, [pivot](Item x) { return A::Less(x, pivot); });
+  }
+  static Index PartitionNotAbove(A a, Index n, Item pivot) {
+    return Partition(a, n, [pivot](Item x) { return !A::Less(pivot, x); });
+  }
+};
+
+template <class Way, class A> void Introsort(A a, Index n, int partitions) {
+  while (n > Way::kShort) {
     if (partitions-- == 0) return HeapSort(a, n);
-    const auto pivot = Pivot(a, n);
-    Index front = Partition(a, n, [pivot](typename A::Item x) { return A::Less(x, pivot); });
+    const auto pivot = Way::Pivot(a, n);
+    Index front = Way::PartitionBelow(a, n, pivot);
     if (front == 0) {
       // The pivot is the smallest item: it and its equals go to the front and are done.
-      front = Partition(a, n, [pivot](typename A::Item x) { return !A::Less(pivot, x); });
+      front = Way::PartitionNotAbove(a, n, pivot);
     } else if (front < n - front) {
-      Introsort(a, front, partitions);
+      Introsort<Way>(a, front, partitions);
     } else {
-      Introsort(a.From(front), n - front, partitions);
+      Introsort<Way>(a.From(front), n - front, partitions);
       n = front;
       continue;
     }
     a = a.From(front);
     n -= front;
   }
-  InsertionSort(a, n);
+  Way::SortShort(a, n);
 }
+
+#if defined(__AVX512F__)
+#include "SortRegisters.h"
+template <class A> struct BestWay { using Type = ByRegisters<A>; };
+template <class F> struct BestWay<PairsByPlace<F>> { using Type = ByItems<PairsByPlace<F>>; };
+#else
+template <class A> struct BestWay { using Type = ByItems<A>; };
+#endif
 
 template <class A> bool IsSorted(A a, Index n) {
   for (Index i = 1; i < n; ++i) {
@@ -219,7 +257,7 @@ template <class A> void SortItems(A a, Index n) {
   if (IsSorted(a, n)) return;
   int partitions = 0;
   for (Index m = n; m > 1; m /= 2) partitions += 2;
-  Introsort(a, n, partitions);
+  Introsort<typename BestWay<A>::Type>(a, n, partitions);
 }
 
 // The number of the sorted keys that are below `bound`.
