@@ -140,7 +140,7 @@ void AppendFeatures(InfoText &text) {
   for (int bit = 0; bit < 30; ++bit) {
     if ((mask >> bit & 1U) != 0) text.Append(" %i(%i)", bit, 1 << bit);
   }
-  text.Append(" ]\n");
+  text.Append("%s", " ]\n");
 }
 
 } // namespace
