@@ -58,32 +58,24 @@ QORN_INLINE double ProductError(double a, double b, double product) {
   }
 }
 
-// Polynomials by Estrin's scheme: pairs of terms, then pairs of pairs. The chain of dependent steps grows
-// with the logarithm of the degree, which keeps the units busy.
-
-constexpr int HalfOf(int terms) {
-  int half = 1;
-  while (2 * half < terms) half *= 2;
-  return half;
-}
-constexpr int PowerIndex(int power) { return power == 1 ? 0 : 1 + PowerIndex(power / 2); }
-
-template <int N> struct Estrin {
-  static constexpr int kHalf = HalfOf(N);
-  QORN_INLINE static double At(const double *c, const double *powers) {
-    return MulAdd(powers[PowerIndex(kHalf)], Estrin<N - kHalf>::At(c + kHalf, powers),
-                  Estrin<kHalf>::At(c, powers));
+// Horner's scheme, c[First] + c[First + Step] x + c[First + 2 Step] x^2 and so on below c[N].
+template <int First, int Step, int N> QORN_INLINE double Horner(double x, const double (&c)[N]) {
+  if constexpr (First + Step < N) {
+    return MulAdd(x, Horner<First + Step, Step>(x, c), c[First]);
+  } else {
+    return c[First];
   }
-};
-template <> struct Estrin<1> {
-  QORN_INLINE static double At(const double *c, const double *) { return c[0]; }
-};
+}
 
-/// The sum of c[i] x^i.
+/// The sum of c[i] x^i. Long ones as two interleaved chains in x^2: more steps in flight for one more
+/// product.
 template <int N> QORN_INLINE double Polynomial(double x, const double (&c)[N]) {
-  const double x2 = x * x, x4 = x2 * x2, x8 = x4 * x4, x16 = x8 * x8;
-  const double powers[5] = {x, x2, x4, x8, x16};
-  return Estrin<N>::At(c, powers);
+  if constexpr (N <= 6) {
+    return Horner<0, 1>(x, c);
+  } else {
+    const double square = x * x;
+    return MulAdd(x, Horner<1, 2>(square, c), Horner<0, 2>(square, c));
+  }
 }
 
 // The loop. An operation offers

@@ -16,10 +16,10 @@ struct LogParts {
 
 QORN_INLINE LogParts SplitLog(double x, std::uint64_t start) {
   // The bias keeps the shift unsigned: a signed one of 64 bits exists from the widest level on only.
+  constexpr std::uint64_t fraction = (std::uint64_t(1) << 52) - 1;
   const std::uint64_t bits = Bits(x) - start + (std::uint64_t(1024) << 52);
-  const std::uint64_t biased = bits >> 52;
-  return {FromBits(Bits(x) - ((biased - 1024) << 52)), FromBits(biased | Bits(0x1p52)) - (0x1p52 + 1024),
-          bits};
+  const double k = FromBits(bits >> 52 | Bits(0x1p52)) - (0x1p52 + 1024);
+  return {FromBits((bits & fraction) + start), k, bits};
 }
 
 constexpr std::uint64_t kRootHalfBits = 0x3fe6a09e667f3bcd;
