@@ -3,12 +3,12 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
-// Extremes. Highest and lowest are told apart by the comparison alone.
+// Extremes. Highest and lowest are told apart by the comparison alone, for single values and vectors of them.
 struct Above {
-  template <class T> static bool Of(T a, T b) { return a > b; }
+  template <class T> static auto Of(T a, T b) { return a > b; }
 };
 struct Below {
-  template <class T> static bool Of(T a, T b) { return a < b; }
+  template <class T> static auto Of(T a, T b) { return a < b; }
 };
 
 // What every number beats or equals.
@@ -21,88 +21,203 @@ inline float Worst(float, Below) { return __builtin_inff(); }
 inline double Worst(double, Above) { return -__builtin_inf(); }
 inline double Worst(double, Below) { return __builtin_inf(); }
 
-// A not-a-number element beats nothing, so it is passed over.
-template <class Order, class T> inline T BlockExtreme(const T *src, Index len) {
-  constexpr Index kLanes = 64;
-  T lane[kLanes];
-  for (Index j = 0; j < kLanes; ++j) lane[j] = Worst(T(), Order());
-  Index i = 0;
-  for (; i + kLanes <= len; i += kLanes) {
-    for (Index j = 0; j < kLanes; ++j) lane[j] = Order::Of(src[i + j], lane[j]) ? src[i + j] : lane[j];
-  }
-  for (Index j = 0; i < len; ++i, ++j) lane[j] = Order::Of(src[i], lane[j]) ? src[i] : lane[j];
-  T extreme = lane[0];
-  for (Index j = 1; j < kLanes; ++j) extreme = Order::Of(lane[j], extreme) ? lane[j] : extreme;
-  return extreme;
-}
+// Written on vectors of the level's width: of a plain loop the compiler keeps the extreme in one register,
+// and a search for its place it does not vectorise at all. Comparisons are exact, so the width does not show
+// in a result.
+#if defined(__AVX512F__)
+constexpr Index kVectorBytes = 64;
+#elif defined(__AVX2__)
+constexpr Index kVectorBytes = 32;
+#else
+constexpr Index kVectorBytes = 16;
+#endif
 
-// The first element that equals the extreme is it, which also settles the sign of a zero. Only a block that
-// beats all before it is searched. Without any number the first element stays.
-template <class Order, class T> inline Index ExtremeIndex(const T *src, Index len) {
-  constexpr Index kBlock = 1024;
-  T extreme = Worst(T(), Order());
-  Index block = 0;
-  for (Index i = 0; i < len; i += kBlock) {
-    const T candidate = BlockExtreme<Order>(src + i, len - i < kBlock ? len - i : kBlock);
-    if (Order::Of(candidate, extreme)) {
-      extreme = candidate;
-      block = i;
+template <int kBytes> struct IntegerOf;
+template <> struct IntegerOf<2> { using Type = std::int16_t; };
+template <> struct IntegerOf<4> { using Type = std::int32_t; };
+template <> struct IntegerOf<8> { using Type = std::int64_t; };
+
+// An array is searched in chunks of a few vectors. Each lane keeps its extreme so far and the number of the
+// chunk that brought it. A not-a-number element beats nothing, so it is passed over.
+template <class Order, class T> class Search {
+  static constexpr Index kCount = kVectorBytes / sizeof(T);
+  static constexpr Index kVectors = 8;
+  using Integer = typename IntegerOf<sizeof(T)>::Type;
+  using Values [[gnu::vector_size(kVectorBytes)]] = T;
+  using Integers [[gnu::vector_size(kVectorBytes)]] = Integer;
+
+public:
+  static constexpr Index kChunk = kVectors * kCount;
+  static constexpr Index kSpan = sizeof(T) == 2 ? kChunk * 32767 : Index{1} << 31;
+
+  void Look(const T *chunk, Index number) {
+    Values best = Values{} + Worst(T(), Order());
+    for (Index k = 0; k < kVectors; ++k) {
+      const Values x = Load(chunk + k * kCount);
+      best = Order::Of(x, best) ? x : best;
     }
+    const auto better = Order::Of(best, m_best);
+    m_best = better ? best : m_best;
+    m_number = better ? Integers{} + static_cast<Integer>(number) : m_number;
   }
-  for (Index i = block; i < len; ++i) {
-    if (src[i] == extreme) return i;
+
+  T Best() const {
+    return Folded<T>(m_best, [](T a, T b) { return Order::Of(a, b) ? a : b; });
   }
-  return 0;
+
+  // The first chunk that has the extreme, and the first place in a chunk that has it.
+  Index Number(T best) const {
+    const Integers last = Integers{} + Largest();
+    return Folded<Integer>(m_best == Values{} + best ? m_number : last, Smaller);
+  }
+  static Index Place(const T *chunk, T best) {
+    Integers lane;
+    for (Index j = 0; j < kCount; ++j) lane[j] = static_cast<Integer>(j);
+    Integers place = Integers{} + Largest();
+    for (Index k = kVectors - 1; k >= 0; --k) {
+      const Integers here = lane + static_cast<Integer>(k * kCount);
+      place = Load(chunk + k * kCount) == Values{} + best ? here : place;
+    }
+    return Folded<Integer>(place, Smaller);
+  }
+
+private:
+  static Values Load(const T *src) {
+    Values values;
+    __builtin_memcpy(&values, src, sizeof values);
+    return values;
+  }
+  static constexpr Integer Largest() { return static_cast<Integer>((1ULL << (8 * sizeof(T) - 1)) - 1); }
+  static Integer Smaller(Integer a, Integer b) { return a < b ? a : b; }
+
+  template <class U, class Vector, class F> static U Folded(const Vector &vector, F choose) {
+    U lane[kCount];
+    __builtin_memcpy(lane, &vector, sizeof lane);
+    for (Index half = kCount / 2; half >= 1; half /= 2) {
+      for (Index j = 0; j < half; ++j) lane[j] = choose(lane[j + half], lane[j]);
+    }
+    return lane[0];
+  }
+
+  Values m_best = Values{} + Worst(T(), Order());
+  Integers m_number = {};
+};
+
+// Looks through an array of at least one chunk; the last chunk reaches back over the one before it.
+template <class Order, class T> inline Search<Order, T> Searched(const T *src, Index len) {
+  constexpr Index kChunk = Search<Order, T>::kChunk;
+  Search<Order, T> search;
+  Index number = 0;
+  for (; (number + 1) * kChunk <= len; ++number) search.Look(src + number * kChunk, number);
+  if (number * kChunk < len) search.Look(src + len - kChunk, number);
+  return search;
 }
 
-template <class Order, class T> inline void Extreme(const T *src, int len, T *result, int *index) {
-  const Index place = ExtremeIndex<Order>(src, len);
+// A short array stands at the front of a chunk of what every number beats.
+template <class Order, class T> struct Padded {
+  T chunk[Search<Order, T>::kChunk];
+  Padded(const T *src, Index len) {
+    for (T &x : chunk) x = Worst(T(), Order());
+    __builtin_memcpy(chunk, src, sizeof(T) * static_cast<std::size_t>(len));
+  }
+};
+
+// The place of the first element that equals the extreme, whatever the sign of a zero; without a number the
+// first.
+template <class Order, class T> inline Index PlaceInSpan(const T *src, Index len) {
+  constexpr Index kChunk = Search<Order, T>::kChunk;
+  if (len < kChunk) {
+    const Padded<Order, T> padded(src, len);
+    const Index place = PlaceInSpan<Order>(padded.chunk, kChunk);
+    return place < len ? place : 0;
+  }
+  const Search<Order, T> search = Searched<Order>(src, len);
+  const T best = search.Best();
+  if (best == Worst(T(), Order())) {
+    for (Index i = 0; i < len; ++i) {
+      if (src[i] == best) return i;
+    }
+    return 0;
+  }
+  const Index number = search.Number(best);
+  const Index start = (number + 1) * kChunk <= len ? number * kChunk : len - kChunk;
+  return start + Search<Order, T>::Place(src + start, best);
+}
+
+// The lanes of shorts cannot count the chunks of every array.
+template <class Order, class T> inline Index ExtremePlace(const T *src, Index len) {
+  constexpr Index kSpan = Search<Order, T>::kSpan;
+  Index place = PlaceInSpan<Order>(src, len < kSpan ? len : kSpan);
+  for (Index start = kSpan; start < len; start += kSpan) {
+    const Index other = start + PlaceInSpan<Order>(src + start, len - start < kSpan ? len - start : kSpan);
+    if (Order::Of(src[other], src[place])) place = other;
+  }
+  return place;
+}
+
+// The value alone needs no place, unless it could have come from different elements: from a zero of either
+// sign, or from the start of the search.
+template <class Order, class T> inline T Extreme(const T *src, Index len) {
+  T best;
+  if (len < Search<Order, T>::kChunk) {
+    const Padded<Order, T> padded(src, len);
+    best = Searched<Order>(padded.chunk, Search<Order, T>::kChunk).Best();
+  } else {
+    best = Searched<Order>(src, len).Best();
+  }
+  return best == T(0) || best == Worst(T(), Order()) ? src[ExtremePlace<Order>(src, len)] : best;
+}
+
+template <class Order, class T> inline void ExtremeAndPlace(const T *src, int len, T *result, int *index) {
+  const Index place = ExtremePlace<Order>(src, len);
   *result = src[place];
   *index = static_cast<int>(place);
 }
 
+template <class T> void Max(const T *src, int len, T *result) { *result = Extreme<Above>(src, len); }
+template <class T> void Min(const T *src, int len, T *result) { *result = Extreme<Below>(src, len); }
 template <class T> void MaxIndx(const T *src, int len, T *result, int *index) {
-  Extreme<Above>(src, len, result, index);
+  ExtremeAndPlace<Above>(src, len, result, index);
 }
 template <class T> void MinIndx(const T *src, int len, T *result, int *index) {
-  Extreme<Below>(src, len, result, index);
-}
-template <class T> void Max(const T *src, int len, T *result) {
-  *result = src[ExtremeIndex<Above>(src, len)];
-}
-template <class T> void Min(const T *src, int len, T *result) {
-  *result = src[ExtremeIndex<Below>(src, len)];
+  ExtremeAndPlace<Below>(src, len, result, index);
 }
 
 // Sums. Scalar i goes to lane i mod kLanes, and the lanes are folded in halves, so that the result does not
 // depend on the width of a register. Complex arrays are interleaved scalars; their lanes fold to a pair.
-constexpr Index kLanes = 16;
+constexpr Index kLanes = 32;
 
 struct Lanes {
   double sum[kLanes];
 };
 
-template <class T, class F> inline Lanes LaneSums(const T *src, Index len, F term) {
+// Apart from the rest, so that all lanes stay in registers.
+template <class T, class F>
+[[gnu::noinline]] void SumBlocks(const T *src, Index blocks, F term, double *sum) {
   double lane[kLanes] = {};
-  Index i = 0;
-  for (; i + kLanes <= len; i += kLanes) {
-    for (Index j = 0; j < kLanes; ++j) lane[j] += term(static_cast<double>(src[i + j]));
+  for (Index i = 0; i < blocks; ++i, src += kLanes) {
+    for (Index j = 0; j < kLanes; ++j) lane[j] += term(static_cast<double>(src[j]));
   }
+  for (Index j = 0; j < kLanes; ++j) sum[j] = lane[j];
+}
+
+template <class T, class F> inline Lanes LaneSums(const T *src, Index len, F term) {
   Lanes lanes;
-  for (Index j = 0; j < kLanes; ++j) lanes.sum[j] = lane[j];
-  for (Index j = 0; i < len; ++i, ++j) lanes.sum[j] += term(static_cast<double>(src[i]));
+  SumBlocks(src, len / kLanes, term, lanes.sum);
+  for (Index i = len - len % kLanes, j = 0; i < len; ++i, ++j) {
+    lanes.sum[j] += term(static_cast<double>(src[i]));
+  }
   return lanes;
 }
 
-inline void Fold(Lanes &lanes, Index count) {
-  for (Index half = kLanes / 2; half >= count; half /= 2) {
-    for (Index j = 0; j < half; ++j) lanes.sum[j] += lanes.sum[j + half];
-  }
+template <Index kCount, Index kHalf = kLanes / 2> inline void Fold(Lanes &lanes) {
+  for (Index j = 0; j < kHalf; ++j) lanes.sum[j] += lanes.sum[j + kHalf];
+  if constexpr (kHalf > kCount) Fold<kCount, kHalf / 2>(lanes);
 }
 
 template <class T, class F> inline double Total(const T *src, Index len, F term) {
   Lanes lanes = LaneSums(src, len, term);
-  Fold(lanes, 1);
+  Fold<1>(lanes);
   return lanes.sum[0];
 }
 template <class T> inline double Total(const T *src, Index len) {
@@ -110,7 +225,7 @@ template <class T> inline double Total(const T *src, Index len) {
 }
 template <class C> inline Cplx64 CplxTotal(const C *src, Index len) {
   Lanes lanes = LaneSums(&src->re, 2 * len, [](double x) { return x; });
-  Fold(lanes, 2);
+  Fold<2>(lanes);
   return {lanes.sum[0], lanes.sum[1]};
 }
 
