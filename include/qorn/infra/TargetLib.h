@@ -177,8 +177,8 @@ public:
   static void ConjFlip_64fc(const Cplx64 *src, Cplx64 *dst, int len);
   ///@}
 
-  // Sorting in place. Not-a-number elements stand behind all numbers when ascending and before them when
-  // descending.
+  // Sorting in place, in a time of len log len whatever the order was. Not-a-number elements stand behind all
+  // numbers when ascending and before them when descending; 0 and -0 are equal.
 
   /// Sorts srcDst in ascending order.
   ///@{
@@ -548,7 +548,10 @@ public:
 
   // Products and correlation.
 
-  /// *result = sum of src1[i] * src2[i], without conjugation.
+  /// *result = sum of src1[i] * src2[i], without conjugation. Each product and each sum is rounded to the
+  /// result's type; the products go by turns to L sums of their own, which are added in the end. So the bits
+  /// are the same on every processor, and the error is at most (len / L + 9) u times the sum of the products'
+  /// magnitudes, u being 2^-24 or 2^-53 and L 64 for 32f, 32 for 64f and 32f32fc, 16 for 32fc and 8 for 64fc.
   ///@{
   static void DotProd_32f(const float *src1, const float *src2, int len, float *result);
   static void DotProd_64f(const double *src1, const double *src2, int len, double *result);
@@ -560,8 +563,10 @@ public:
   /// *result = sum of src1[i] * src2[i], summed exactly and rounded once.
   static void DotProd_16s(const short *src1, const short *src2, int len, float *result);
 
-  /// dst[n] = sum over i of conj(src1[i]) * src2[i + n + lowLag], 0 <= i < len1, 0 <= n < dstLen, src2 taken
-  /// as zero outside 0 to len2 - 1; not normalised. dst must not overlap a source.
+  /// dst[n] = sum over i of conj(src1[i]) * src2[i + n + lowLag], 0 <= i < len1, 0 <= n < dstLen, with the
+  /// terms for which src2 has an element, 0 to len2 - 1; not normalised. The terms are added in ascending
+  /// order of i, so the error is at most (m + 1) u times the sum of their magnitudes, m being the shorter of
+  /// len1 and len2 and u 2^-24. A length below 1 does nothing. dst must not overlap a source.
   ///@{
   static void CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst, int dstLen,
                             int lowLag);
@@ -569,8 +574,9 @@ public:
                              int dstLen, int lowLag);
   ///@}
 
-  /// The linear convolution dst[n] = sum over i of src1[i] * src2[n - i], 0 <= n < len1 + len2 - 1. The
-  /// caller supplies dst of that length; it must not overlap a source.
+  /// The linear convolution dst[n] = sum over i of src1[i] * src2[n - i], 0 <= n < len1 + len2 - 1, computed
+  /// directly; the error is bounded as that of CrossCorr. The caller supplies dst of that length; it must not
+  /// overlap a source. A length below 1 does nothing.
   ///@{
   static void Conv_32f(const float *src1, int len1, const float *src2, int len2, float *dst);
   static void Conv_64f(const double *src1, int len1, const double *src2, int len2, double *dst);
@@ -594,8 +600,8 @@ public:
   ///@}
 
   /// Inserted zeros: dst[n * factor + *phase] = src[n], all other of the *dstLen = factor * srcLen elements
-  /// 0; *phase stays. A factor below 1, or a phase outside 0 to factor - 1, does nothing. dst must not
-  /// overlap src.
+  /// 0; *phase stays. A factor below 1, a phase outside 0 to factor - 1, or a result of more elements than an
+  /// int counts does nothing. dst must not overlap src.
   ///@{
   static void SampleUp_32f(const float *src, int srcLen, float *dst, int *dstLen, int factor, int *phase);
   static void SampleUp_64f(const double *src, int srcLen, double *dst, int *dstLen, int factor, int *phase);
@@ -629,9 +635,11 @@ public:
   ///@}
 
   /// A complex tone, dst[i] = magnitude * exp(j (2 pi relFreq i + *phase)), relFreq in cycles per sample,
-  /// *phase in radians. The phase is computed for each element, not accumulated. *phase becomes that of the
-  /// sample that would follow, from 0 to 2 pi. Allocates a scratch ramp of len elements and throws 11001 if
-  /// there is no memory.
+  /// *phase in radians. First relFreq is reduced to 0 to 1 and *phase to 0 to 2 pi; then the phase is
+  /// computed for each element, in the element's precision and not accumulated. The 32fc form
+  /// takes 6.2831855f for 2 pi there, so late samples of long blocks err by the rounding of large floats.
+  /// *phase becomes that of the sample that would follow, from 0 to 2 pi, formed in double in both. Allocates
+  /// a scratch ramp of len elements and throws 11001 if there is no memory.
   ///@{
   static void Tone_Direct_32fc(Cplx32 *dst, int len, float magnitude, float relFreq, float *phase);
   static void Tone_Direct_64fc(Cplx64 *dst, int len, double magnitude, double relFreq, double *phase);
@@ -639,17 +647,20 @@ public:
 
   /// The Kaiser window of shape alpha: dst[n] = I0(alpha sqrt(1 - (2n / (len - 1) - 1)^2)) / I0(alpha), with
   /// I0 the modified Bessel function of order zero (J. F. Kaiser: Nonrecursive digital filter design using
-  /// the I0-sinh window function, 1974). GenKaiserWin_32f computes in double from alpha = 30 on, through a
-  /// scratch array; without memory for it, dst stays unwritten.
+  /// the I0-sinh window function, 1974). The shape per half-length, alpha / ((len - 1) / 2), is rounded to
+  /// float. The sign of alpha does not matter; a window of length 1 is 1. All of it is computed in double;
+  /// GenKaiserWin_32f takes a scratch array of doubles from alpha = 30 on, and leaves dst unwritten if there
+  /// is no memory for it.
   ///@{
   static void GenKaiserWin_32f(float *dst, int len, float alpha);
   static void GenKaiserWin_64f(double *dst, int len, float alpha);
   ///@}
 
-  /// Windowed-sinc taps with the Hamming window 0.54 - 0.46 cos(2 pi n / (len - 1)), symmetric about (len -
-  /// 1) / 2, scaled to a gain of 1 at the centre of the pass band: at 0, at half the sampling rate, or midway
-  /// between the edges. Frequencies are relative to the sampling rate, 0 < f < 0.5, lowFreq < highFreq. A
-  /// length below 5 or a frequency outside does nothing.
+  /// Windowed-sinc taps with the Hamming window 0.54 - 0.46 cos(2 pi n / (len - 1)), symmetric about
+  /// (len - 1) / 2, scaled to a gain of 1 at the centre of the pass band: at 0, at half the sampling rate, or
+  /// midway between the edges. A high-pass of even length has no gain at half the sampling rate; it is scaled
+  /// to 1 midway between relFreq and there. Frequencies are relative to the sampling rate, 0 < f < 0.5,
+  /// lowFreq < highFreq. A length below 5 or a frequency outside does nothing.
   ///@{
   static void FIRGenLowpassWinHamming_64f(double relFreq, double *taps, int len);
   static void FIRGenHighpassWinHamming_64f(double relFreq, double *taps, int len);
@@ -658,9 +669,11 @@ public:
 
   // Matrices, bitmaps, information.
 
-  /// Inverts a size x size matrix. Strides are in bytes: stride1 from row to row, stride2 from element to
-  /// element. buffer is work memory of size * (size + 1) elements. True on success; false for a singular
-  /// matrix, a null pointer or a size below 1, with dst undefined. dst may be src.
+  /// Inverts a size x size matrix by Gauss-Jordan elimination with complete pivoting, after scaling its rows
+  /// and columns by powers of two. Strides are in bytes: stride1 from row to row, stride2 from element to
+  /// element. buffer is work memory of size * (size + 1) elements. True on success; false, with dst
+  /// unwritten, if a pivot is not above size * epsilon of the scaled matrix (it is singular, or as good as),
+  /// if an element is not finite, for a null pointer or a size below 1. dst may be src.
   ///@{
   static bool Invert_m_32f(const float *src, int srcStride1, int srcStride2, float *buffer, float *dst,
                            int dstStride1, int dstStride2, int size);
@@ -669,10 +682,15 @@ public:
   ///@}
 
   /// Resizes an image of 4 interleaved 8-bit channels: dst(x, y) = src((x - xShift) / xFactor, (y - yShift) /
-  /// yFactor) over the two regions of interest. Steps are bytes from row to row. interpolation 1 takes the
-  /// nearest neighbour, any other value is linear. reservedA and reservedB take no part. Keeps a work buffer
-  /// between calls and throws 11001 if there is no memory for it: call from one thread only, and
-  /// DestroyStretchBuffer when done.
+  /// yFactor) over the two regions of interest, which are clipped to the images. Coordinates count from the
+  /// images' first pixels; a pixel is a sample at its coordinates and reaches to the next one. Written are
+  /// the pixels of the destination's region whose position lies in the source's region; only samples of that
+  /// are read, and the last ones go on to the region's end. Steps are bytes from row to row: a source row
+  /// that does not fit into its step is refused, a destination row ends with its step. interpolation 1 takes
+  /// the nearest sample, halves upwards; any other value is linear in both directions, rounded to nearest,
+  /// halves upwards. reservedA and reservedB take no part. Null pointers, empty regions and factors that are
+  /// not above 0 do nothing. Keeps a work buffer of 12 bytes for each column written between calls and throws
+  /// 11001 if there is no memory for it: call from one thread only, and DestroyStretchBuffer when done.
   static void StretchBitmap(const unsigned char *src, int srcWidth, int srcHeight, int srcStep, int srcRoiX,
                             int srcRoiY, int srcRoiWidth, int srcRoiHeight, unsigned char *dst, int dstStep,
                             int dstRoiX, int dstRoiY, int dstRoiWidth, int dstRoiHeight, double xFactor,
@@ -683,8 +701,13 @@ public:
   static void DestroyStretchBuffer();
 
   /// A text about the processor and the kernel layer, in a static buffer that each call overwrites: call from
-  /// one thread only. Its first line has the clock and the largest cache, the second the mask of processor
-  /// features, six more the names and versions of the layer's parts.
+  /// one thread only. Its first line has the clock in MHz and the largest cache in kB, each 0 if unknown, the
+  /// second the mask of processor features with each bit's number and value, six more the names and versions
+  /// of the layer's parts and the instruction-set level in use.
+  ///
+  /// Bits: 0 SSE2, 1 SSE3, 2 SSSE3, 3 SSE4.1, 4 SSE4.2, 5 POPCNT, 6 AVX, 7 AVX2, 8 FMA, 9 BMI, 10 BMI2;
+  /// AVX-512: 11 F, 12 CD, 13 BW, 14 DQ, 15 VL, 16 IFMA, 17 VBMI, 18 VBMI2, 19 VNNI, 20 BITALG, 21 VPOPCNTDQ;
+  /// 24 the vectors of 64-bit Arm.
   static char *GetCpuAndLibInfo();
 };
 

@@ -190,7 +190,10 @@ void DotProd(const float *src1, const Cplx32 *src2, int len, Cplx32 *result) {
   const Index end = 2 * static_cast<Index>(len);
   const Index whole =
       SumBlocks(lanes, end, [=](Index i) { return LoadTwice(src1 + i / 2) * Load(parts + i); });
-  for (Index i = whole; i < end; ++i) lanes[i - whole] += Rounded(src1[i / 2] * parts[i]);
+  for (Index i = whole; i < end; i += 2) {
+    lanes[i - whole] += Rounded(src1[i / 2] * parts[i]);
+    lanes[i - whole + 1] += Rounded(src1[i / 2] * parts[i + 1]);
+  }
   FoldParts(lanes);
   *result = {lanes[0], lanes[1]};
 }
@@ -283,8 +286,15 @@ void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *
   }
 }
 
+// As many registers of results as leave some for the taps and the signal.
+#if defined(__AVX512F__) || defined(__aarch64__)
+template <int kParts> constexpr int kResultRegisters = 8;
+#else
+template <int kParts> constexpr int kResultRegisters = 8 / kParts;
+#endif
+
 // Blocks of kRegisters as far as they go, then smaller ones.
-template <class T, int kParts, int kRegisters = 8, class Tap>
+template <class T, int kParts, int kRegisters = kResultRegisters<kParts>, class Tap>
 void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   Index done = 0;
