@@ -102,12 +102,13 @@ TYPED_TEST(TargetLibMatrix, Invert_RandomMatrices_HaveASmallResidual) {
     ASSERT_TRUE(inverse.success) << size;
     T largest = 0;
     for (const T x : inverse.values) largest = std::max(largest, std::fabs(x));
-    const long double bound = 4.0L * size * size * std::numeric_limits<T>::epsilon() * largest;
+    const long double bound =
+        4.0L * size * size * static_cast<long double>(std::numeric_limits<T>::epsilon() * largest);
     for (std::size_t i = 0; i < n; ++i) {
       for (std::size_t j = 0; j < n; ++j) {
         long double sum = i == j ? -1 : 0;
         for (std::size_t k = 0; k < n; ++k) {
-          sum += static_cast<long double>(a[i * n + k]) * inverse.values[k * n + j];
+          sum += static_cast<long double>(a[i * n + k]) * static_cast<long double>(inverse.values[k * n + j]);
         }
         ASSERT_LE(std::fabs(sum), bound) << size << ' ' << i << ' ' << j;
       }

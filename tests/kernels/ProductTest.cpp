@@ -37,13 +37,13 @@ struct Exact {
 
   template <class T> static long double Re(const T &x) {
     if constexpr (kIsCplx<T>)
-      return x.re;
+      return static_cast<long double>(x.re);
     else
-      return x;
+      return static_cast<long double>(x);
   }
   template <class T> static long double Im(const T &x) {
     if constexpr (kIsCplx<T>)
-      return x.im;
+      return static_cast<long double>(x.im);
     else
       return 0;
   }
@@ -51,7 +51,7 @@ struct Exact {
 
 // steps roundings to the result's precision, each of at most half a unit of the magnitudes' sum.
 template <class R> void ExpectNear(const R &got, const Exact &exact, int steps, const std::string &where) {
-  const long double u = std::numeric_limits<Part<R>>::epsilon() / 2;
+  const long double u = static_cast<long double>(std::numeric_limits<Part<R>>::epsilon()) / 2;
   const long double bound = static_cast<long double>(steps) * u * exact.size;
   EXPECT_LE(std::fabs(Exact::Re(got) - exact.re), bound) << where;
   EXPECT_LE(std::fabs(Exact::Im(got) - exact.im), bound) << where;

@@ -81,7 +81,7 @@ template <int kTimes, int kFirst = 0, class F> [[gnu::always_inline]] inline voi
 template <class L, int kRegisters, int kBlock = 1, int kDistance = 1>
 [[gnu::always_inline]] inline void SortColumns(__m512i (&x)[kRegisters]) {
   if constexpr (kBlock < kRegisters) {
-    Unrolled<kRegisters>([&](auto number) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int kLower = number.value, kUpper = kLower + kDistance;
       constexpr int kStart = kDistance == kBlock ? 0 : kDistance;
       constexpr bool kCompares = kLower >= kStart && ((kLower - kStart) & kDistance) == 0 &&
@@ -100,7 +100,7 @@ template <class L, int kRegisters, int kBlock = 1, int kDistance = 1>
 template <class L, int kRegisters, int kDistance = kRegisters / 2>
 [[gnu::always_inline]] inline void MergeColumns(__m512i (&x)[kRegisters]) {
   if constexpr (kDistance > 0) {
-    Unrolled<kRegisters>([&](auto number) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int kLower = number.value;
       if constexpr ((kLower & kDistance) == 0) SortTwo<L>(x[kLower], x[kLower + kDistance]);
     });
@@ -119,7 +119,7 @@ constexpr unsigned ClearIn(unsigned bit) {
 template <class L, int kDistance, int kRegisters>
 [[gnu::always_inline]] inline void MergeLanes(__m512i (&x)[kRegisters]) {
   if constexpr (kDistance > 0) {
-    Unrolled<kRegisters>([&](auto number) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value;
       x[i] = L::MinMax(ClearIn(kDistance), x[i], L::template Crossed<kDistance>(x[i]));
     });
@@ -132,7 +132,7 @@ template <class L, int kDistance, int kRegisters>
 template <class L, int kGroup, int kRegisters>
 [[gnu::always_inline]] inline void MergeGroups(__m512i (&x)[kRegisters]) {
   if constexpr (kGroup <= L::kLanes) {
-    Unrolled<(kRegisters + 1) / 2>([&](auto number) [[gnu::always_inline]] {
+    Unrolled<(kRegisters + 1) / 2>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value, kOpposite = kRegisters - 1 - i;
       constexpr unsigned kLow = ClearIn(kGroup / 2);
       const __m512i upwards = L::template Crossed<kGroup - 1>(x[i]);
@@ -151,13 +151,14 @@ template <class L, int kTimes, int kRegisters>
 [[gnu::always_inline]] inline void Transpose(__m512i (&x)[kRegisters]) {
   if constexpr (kTimes > 1) {
     __m512i y[kRegisters];
-    Unrolled<kRegisters / 2>([&](auto number) [[gnu::always_inline]] {
+    Unrolled<kRegisters / 2>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value;
       y[2 * i] = x[i];
       y[2 * i + 1] = x[i + kRegisters / 2];
       L::Zip(y[2 * i], y[2 * i + 1]);
     });
-    Unrolled<kRegisters>([&](auto number) [[gnu::always_inline]] { x[number.value] = y[number.value]; });
+    Unrolled<kRegisters>([&](auto number)
+                             __attribute__((always_inline)) { x[number.value] = y[number.value]; });
     Transpose<L, kTimes / 2>(x);
   }
 }
@@ -221,7 +222,7 @@ template <class F> struct Lanes<Keys<F>> {
 
   template <int kRegisters> static void SortIn(A a, Index n) {
     __m512i x[kRegisters];
-    Unrolled<kRegisters>([&](auto r) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
       x[r.value] = Load(a, r.value * kLanes, LowLanes(n - r.value * kLanes));
     });
     if constexpr (kWide) {
@@ -229,7 +230,7 @@ template <class F> struct Lanes<Keys<F>> {
     } else {
       SortNetwork<Lanes32>(x);
     }
-    Unrolled<kRegisters>([&](auto r) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
       Store(a, r.value * kLanes, LowLanes(n - r.value * kLanes), x[r.value]);
     });
   }
@@ -274,7 +275,7 @@ struct Lanes<Pairs<F>> {
   // As keys of 64 bits, with the place in the lower half. Places that were not loaded are above all others.
   template <int kRegisters> static void SortIn(A a, Index n) {
     __m512i x[2 * kRegisters];
-    Unrolled<kRegisters>([&](auto r) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
       const Register pairs = Load(a, r.value * kLanes, LowLanes(n - r.value * kLanes));
       x[2 * r.value] = _mm512_unpacklo_epi32(pairs.places, pairs.keys);
       x[2 * r.value + 1] = _mm512_unpackhi_epi32(pairs.places, pairs.keys);
@@ -282,7 +283,7 @@ struct Lanes<Pairs<F>> {
     SortNetwork<Lanes64>(x);
     const __m512i even = _mm512_set_epi32(30, 28, 26, 24, 22, 20, 18, 16, 14, 12, 10, 8, 6, 4, 2, 0);
     const __m512i odd = _mm512_add_epi32(even, _mm512_set1_epi32(1));
-    Unrolled<kRegisters>([&](auto r) [[gnu::always_inline]] {
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
       const __m512i low = x[2 * r.value], high = x[2 * r.value + 1];
       Store(a, r.value * kLanes, LowLanes(n - r.value * kLanes),
             {_mm512_permutex2var_epi32(low, odd, high), _mm512_permutex2var_epi32(low, even, high)});
@@ -374,7 +375,7 @@ template <class A> struct ByRegisters {
     constexpr unsigned kAll = (1U << L::kLanes) - 1;
     const Index whole = n - n % kStep;
     Index readFront = kStep, readBack = whole - kStep, writeFront = 0, writeBack = n;
-    const auto write = [&](Register x, unsigned lanes) [[gnu::always_inline]] {
+    const auto write = [&](Register x, unsigned lanes) __attribute__((always_inline)) {
       const unsigned front = before(x, pivot) & lanes, back = lanes & ~front;
       const int frontCount = __builtin_popcount(front), backCount = __builtin_popcount(back);
       L::Store(a, writeFront, LowLanes(frontCount), L::Compressed(front, x));
