@@ -1,0 +1,173 @@
+// The parts of the tool that compute: text, ticks, noise floor, peaks.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "Axis.h"
+#include "Peaks.h"
+#include "Text.h"
+#include "Units.h"
+#include "Windows.h"
+
+namespace {
+
+using QORN::VecReal64;
+
+std::vector<std::string> Labels(const std::vector<tool::Tick> &ticks) {
+  std::vector<std::string> labels;
+  for (const tool::Tick &tick : ticks) labels.push_back(tick.label);
+  return labels;
+}
+
+TEST(Text, Fixed_RoundedToZero_HasNoSign) {
+  EXPECT_EQ(tool::Fixed(-0.004, 2), "0.00");
+  EXPECT_EQ(tool::Fixed(-0.006, 2), "-0.01");
+  EXPECT_EQ(tool::Fixed(-0.0, 0), "0");
+  EXPECT_EQ(tool::Fixed(1234.5678, 1), "1234.6");
+}
+
+TEST(Text, Quantity_AnyMagnitude_HasFourDigitsAndAPrefix) {
+  EXPECT_EQ(tool::Quantity(0.0, "V"), "0 V");
+  EXPECT_EQ(tool::Quantity(1e-3, "V"), "1 mV");
+  EXPECT_EQ(tool::Quantity(0.99999999e-3, "V"), "1 mV");
+  EXPECT_EQ(tool::Quantity(0.00099994, "V"), "999.9 µV");
+  EXPECT_EQ(tool::Quantity(-1234.5, "Hz"), "-1.234 kHz");
+  EXPECT_EQ(tool::Quantity(927.734375, "Hz"), "927.7 Hz");
+  EXPECT_EQ(tool::Quantity(10.24e6, "Hz"), "10.24 MHz");
+  EXPECT_EQ(tool::Quantity(123456e9, "Hz"), "123456 GHz");
+  EXPECT_EQ(tool::Quantity(1e-15, "V"), "0.001 pV");
+}
+
+TEST(Text, Frequency_Resolution_SetsTheDigits) {
+  EXPECT_EQ(tool::Frequency(1089933090.0, 488.28), "1089.93309 MHz");
+  EXPECT_EQ(tool::Frequency(2441e6, 2500.0), "2441.0000 MHz");
+  EXPECT_EQ(tool::Frequency(-1511.23, 1.0), "-1.5112 kHz");
+  EXPECT_EQ(tool::Frequency(0.0, 100.0), "0 Hz");
+  EXPECT_EQ(tool::Frequency(77e9, 1e7), "77.000 GHz");
+}
+
+TEST(Text, Grouped_Digits_StandInThrees) {
+  EXPECT_EQ(tool::Grouped(0), "0");
+  EXPECT_EQ(tool::Grouped(999), "999");
+  EXPECT_EQ(tool::Grouped(-1000), "-1 000");
+  EXPECT_EQ(tool::Grouped(-100000), "-100 000");
+  EXPECT_EQ(tool::Grouped(2748779069440), "2 748 779 069 440");
+}
+
+TEST(Axis, RoundStep_Range_IsOneTwoOrFive) {
+  EXPECT_DOUBLE_EQ(tool::RoundStep(100.0, 10), 10.0);
+  EXPECT_DOUBLE_EQ(tool::RoundStep(101.0, 10), 20.0);
+  EXPECT_DOUBLE_EQ(tool::RoundStep(2e6, 11), 2e5);
+  EXPECT_DOUBLE_EQ(tool::RoundStep(0.03, 8), 0.005);
+  EXPECT_DOUBLE_EQ(tool::RoundStep(6.0, 8), 1.0);
+}
+
+TEST(Axis, Ticks_Range_HasAllMultiplesWithEqualDecimals) {
+  EXPECT_EQ(Labels(tool::Ticks(-25.0, 10.0, 10.0, 1.0)), (std::vector<std::string>{"-20", "-10", "0", "10"}));
+  EXPECT_EQ(Labels(tool::Ticks(99.5e6, 100.5e6, 0.2e6, 1e6)),
+            (std::vector<std::string>{"99.6", "99.8", "100.0", "100.2", "100.4"}));
+  EXPECT_EQ(Labels(tool::Ticks(-0.1, 0.1, 0.05, 1.0)),
+            (std::vector<std::string>{"-0.10", "-0.05", "0.00", "0.05", "0.10"}));
+}
+
+TEST(Units, LevelOf_PowerOfATone_FollowsFromFiftyOhm) {
+  // A tone of A volts has A^2 / 2 / 50 watts.
+  const double amplitude = 0.1;
+  EXPECT_NEAR(tool::LevelOf(tool::Unit::kDbm, amplitude * amplitude),
+              10.0 * std::log10(amplitude * amplitude / 100.0 / 1e-3), 1e-12);
+  EXPECT_NEAR(tool::LevelOf(tool::Unit::kDbv, amplitude * amplitude), -20.0, 1e-12);
+  EXPECT_NEAR(tool::LevelOf(tool::Unit::kVolt, amplitude * amplitude), 0.1, 1e-15);
+  EXPECT_EQ(tool::LevelText(tool::Unit::kDbm, 0.0), "no power");
+}
+
+TEST(Windows, FindWindow_EveryName_MakesAWindowOfUnitSum) {
+  for (const tool::WindowKind &kind : tool::Windows()) {
+    ASSERT_EQ(tool::FindWindow(kind.name), &kind);
+    QORN::VecReal32 coefficients;
+    tool::MakeWindow(kind, 100)->GetCoefficients(coefficients);
+    EXPECT_NEAR(coefficients.Sum(), 1.0, 1e-5) << kind.name;
+  }
+  EXPECT_EQ(tool::FindWindow("none"), nullptr);
+}
+
+VecReal64 Noise(int bins, int averages, unsigned seed) {
+  std::mt19937 engine(seed);
+  std::gamma_distribution<double> power(averages, 1.0 / averages);
+  VecReal64 mean(bins);
+  for (int k = 0; k < bins; ++k) mean[k] = power(engine);
+  return mean;
+}
+
+TEST(Peaks, NoiseFloor_MeanOfNoise_IsItsPower) {
+  for (const int averages : {1, 2, 3, 10, 1000}) {
+    VecReal64 mean = Noise(20001, averages, 1);
+    // Wilson and Hilferty's median is 1.4 % high for one spectrum; 20001 bins scatter by less than 1 %.
+    EXPECT_NEAR(tool::NoiseFloor(mean, averages), 1.0, 0.025) << averages;
+    for (int k = 0; k < 2000; ++k) mean[10 * k] += 1000.0; // signals in a tenth of the bins
+    EXPECT_NEAR(tool::NoiseFloor(mean, averages), 1.0, averages < 4 ? 0.25 : 0.1) << averages;
+  }
+}
+
+TEST(Peaks, FindPeaks_NoiseAlone_HasNone) {
+  const std::vector<double> leakage = tool::LeakageOf(QORN::HannWindow(512));
+  int found = 0;
+  for (unsigned seed = 0; seed < 100; ++seed)
+    for (const int averages : {1, 3, 30, 3000}) {
+      const VecReal64 mean = Noise(4096, averages, seed);
+      found +=
+          static_cast<int>(tool::FindPeaks(mean, averages, tool::NoiseFloor(mean, averages), leakage).size());
+    }
+  EXPECT_LE(found, 8); // one in a hundred spectra, and twice that for chance
+}
+
+TEST(Peaks, FindPeaks_Lines_AreTheStrongestFirst) {
+  VecReal64 mean = Noise(1000, 100, 3);
+  for (int i = 0; i < 12; ++i) mean[40 + 80 * i] = 100.0 * (1 + (7 * i) % 12);
+  mean[999] = 1e4; // the ends of the spectrum meet
+  mean[0] = 0.9e4;
+  const std::vector<double> leakage = {1.0, 0.5, 0.01, 1e-8};
+  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, 100, 1.0, leakage);
+  ASSERT_EQ(peaks.size(), 8U);
+  EXPECT_EQ(peaks[0].index, 999);
+  EXPECT_GT(peaks[0].bin, 999.3);
+  for (std::size_t i = 1; i < 8; ++i) EXPECT_EQ(peaks[i].power, 100.0 * static_cast<double>(13 - i));
+  EXPECT_EQ(tool::FindPeaks(mean, 100, 1.0, leakage, 100).size(), 13U);
+}
+
+TEST(Peaks, FindPeaks_LeakageOfAStrongerLine_IsNoPeak) {
+  VecReal64 mean(256);
+  for (int k = 0; k < 256; ++k) mean[k] = 1e-9;
+  mean[100] = 1.0;
+  mean[103] = 1e-3; // 30 dB down, three bins away
+  mean[150] = 1e-3;
+  const std::vector<double> leakage = {1.0, 1.0, 1e-1, 1e-2, 1e-3, 1e-4};
+  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, 1000, 1e-9, leakage);
+  ASSERT_EQ(peaks.size(), 2U);
+  EXPECT_EQ(peaks[0].index, 100);
+  EXPECT_EQ(peaks[1].index, 150);
+}
+
+TEST(Peaks, LeakageOf_Windows_FollowsTheirSidelobes) {
+  // The highest sidelobes in decibels as Harris gives them, and the first bin behind the main lobe's zero
+  // plus one.
+  struct Known {
+    std::unique_ptr<QORN::Window> window;
+    std::size_t behind;
+    double sidelobe;
+  };
+  Known known[] = {{std::make_unique<QORN::Window>(512), 2, -13.3},
+                   {std::make_unique<QORN::HannWindow>(512), 3, -31.5},
+                   {std::make_unique<QORN::BlackmanHarrisWindow>(512), 5, -92.0}};
+  for (const Known &row : known) {
+    const std::vector<double> leakage = tool::LeakageOf(*row.window);
+    EXPECT_EQ(leakage.size(), 257U);
+    EXPECT_NEAR(leakage[0], 1.0, 1e-6);
+    EXPECT_NEAR(leakage[1], 1.0, 1e-6);
+    EXPECT_NEAR(10.0 * std::log10(leakage[row.behind]), row.sidelobe, 0.3);
+    for (std::size_t d = 1; d < leakage.size(); ++d) EXPECT_LE(leakage[d], leakage[d - 1]);
+  }
+}
+
+} // namespace

@@ -1,0 +1,23 @@
+// Round ticks.
+#ifndef QORN_TOOL_AXIS_H
+#define QORN_TOOL_AXIS_H
+
+#include <string>
+#include <vector>
+
+namespace tool {
+
+struct Tick {
+  double value;
+  std::string label;
+};
+
+/// 1, 2 or 5 times a power of ten: the smallest that needs at most maxSteps steps for the range.
+double RoundStep(double range, int maxSteps);
+
+/// The multiples of step from low to high, labelled in units of `unit` with as many decimals as step needs.
+std::vector<Tick> Ticks(double low, double high, double step, double unit);
+
+} // namespace tool
+
+#endif

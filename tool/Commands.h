@@ -1,0 +1,14 @@
+// The subcommands. Each adds itself to the command line and runs when it was chosen.
+#ifndef QORN_TOOL_COMMANDS_H
+#define QORN_TOOL_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+
+namespace tool {
+
+void AddSpectrum(CLI::App &app);
+void AddInfo(CLI::App &app);
+
+} // namespace tool
+
+#endif

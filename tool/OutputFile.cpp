@@ -1,0 +1,85 @@
+#include "OutputFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "Failure.h"
+#include "Text.h"
+
+namespace tool {
+
+namespace fs = std::filesystem;
+
+OutputFile::OutputFile(std::string option, const std::string &path, const std::string &recording)
+    : m_option(std::move(option)), m_path(path) {
+  const auto refuse = [&](const std::string &reason) {
+    throw UsageError(m_option + ": " + Quoted(path) + " " + reason);
+  };
+  std::error_code error;
+  m_place = fs::is_symlink(path) ? fs::weakly_canonical(path, error) : fs::path(path);
+  if (error) refuse("cannot be written: " + error.message());
+  const fs::file_status status = fs::status(m_place, error);
+  if (fs::is_directory(status)) refuse("is a folder");
+  if (fs::exists(status) && fs::equivalent(m_place, recording, error)) refuse("is the recording itself");
+  m_direct = fs::exists(status) && !fs::is_regular_file(status);
+  if (m_direct) return;
+  const fs::path folder = m_place.has_parent_path() ? m_place.parent_path() : fs::path(".");
+  if (!m_place.has_filename()) refuse("is not the name of a file");
+  if (!fs::is_directory(folder, error))
+    refuse("cannot be written: there is no folder " + Quoted(folder.string()));
+  if (access(folder.c_str(), W_OK | X_OK) != 0)
+    refuse("cannot be written: " + std::string(std::strerror(errno)));
+  if (fs::exists(status) && access(m_place.c_str(), W_OK) != 0)
+    refuse("cannot be written: " + std::string(std::strerror(errno)));
+}
+
+OutputFile::~OutputFile() {
+  if (!m_temporary.empty()) unlink(m_temporary.c_str());
+}
+
+void OutputFile::Fail(const std::string &reason) const {
+  throw DataError(m_option + ": " + Quoted(m_path) + " could not be written: " + reason);
+}
+
+std::ostream &OutputFile::Stream() {
+  if (m_stream.is_open()) return m_stream;
+  if (m_direct) {
+    m_stream.open(m_place, std::ios::binary);
+  } else {
+    std::string name = m_place.string() + ".XXXXXX";
+    const int descriptor = mkstemp(name.data());
+    if (descriptor < 0) Fail(std::strerror(errno));
+    m_temporary = name;
+    // A new file gets the permissions that any program would give it; an old one keeps its own.
+    struct stat old {};
+    const mode_t mask = umask(0);
+    umask(mask);
+    const mode_t mode = stat(m_place.c_str(), &old) == 0 ? old.st_mode & 0777U : 0666U & ~mask;
+    fchmod(descriptor, mode);
+    close(descriptor);
+    m_stream.open(m_temporary, std::ios::binary);
+  }
+  if (!m_stream) Fail(std::strerror(errno));
+  return m_stream;
+}
+
+void OutputFile::Finish() {
+  Stream();
+  errno = 0;
+  m_stream.close();
+  if (!m_stream) Fail(errno != 0 ? std::strerror(errno) : "the device is full or gone");
+}
+
+void OutputFile::Commit() {
+  if (m_direct) return;
+  std::error_code error;
+  fs::rename(m_temporary, m_place, error);
+  if (error) Fail(error.message());
+  m_temporary.clear();
+}
+
+} // namespace tool

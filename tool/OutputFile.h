@@ -1,0 +1,46 @@
+// Files that are written whole or not at all.
+#ifndef QORN_TOOL_OUTPUTFILE_H
+#define QORN_TOOL_OUTPUTFILE_H
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace tool {
+
+/// A file that is written beside its place and takes it by Commit. Until then nothing is at its place but
+/// what was there before, and without a Commit nothing is left. A device or a pipe is written directly.
+class OutputFile {
+public:
+  /// option names the argument in messages. Throws UsageError if there can be no such file, or if it is the
+  /// recording itself. Nothing is created yet.
+  OutputFile(std::string option, const std::string &path, const std::string &recording);
+  ~OutputFile();
+  OutputFile(const OutputFile &) = delete;
+  OutputFile &operator=(const OutputFile &) = delete;
+
+  /// The stream to write to; the first call creates it.
+  std::ostream &Stream();
+
+  /// Ends writing. Throws DataError if not all could be written.
+  void Finish();
+
+  /// Puts the file in its place.
+  void Commit();
+
+  const std::filesystem::path &Place() const { return m_place; }
+
+private:
+  [[noreturn]] void Fail(const std::string &reason) const;
+
+  std::string m_option;
+  std::string m_path;
+  std::filesystem::path m_place;     ///< m_path with links followed
+  std::filesystem::path m_temporary; ///< empty if there is none
+  bool m_direct = false;
+  std::ofstream m_stream;
+};
+
+} // namespace tool
+
+#endif

@@ -1,0 +1,34 @@
+// The noise floor of an averaged power spectrum, and the signals that stand out of it.
+#ifndef QORN_TOOL_PEAKS_H
+#define QORN_TOOL_PEAKS_H
+
+#include <qorn/qorn.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace tool {
+
+struct Peak {
+  int index;    ///< the bin
+  double bin;   ///< the interpolated position, within half a bin of index
+  double power; ///< of that bin
+};
+
+/// The noise power per bin of a mean of so many spectra: its median, corrected for the median of the
+/// distribution that such a mean of noise has lying below its mean. True if signals occupy less than half of
+/// the bins.
+double NoiseFloor(const QORN::VecReal64 &mean, std::int64_t blocks);
+
+/// How far below a tone its own leakage stays at least: element d is the largest ratio of powers at d or more
+/// bins from the bin of the tone, wherever in that bin the tone lies.
+std::vector<double> LeakageOf(const QORN::Window &window);
+
+/// The strongest peaks, at most `limit` of them: local maxima above what noise reaches by chance, with a
+/// valley to either side, and not explained by the leakage of a stronger one.
+std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, std::int64_t blocks, double noiseFloor,
+                            const std::vector<double> &leakage, int limit = 8);
+
+} // namespace tool
+
+#endif

@@ -1,0 +1,107 @@
+#include "Report.h"
+
+#include <cmath>
+#include <iomanip>
+#include <nlohmann/json.hpp>
+
+#include "Text.h"
+
+namespace tool {
+
+namespace {
+
+void Line(std::ostream &out, const char *name, const std::string &value) {
+  out << std::left << std::setw(22) << name << value << '\n';
+}
+
+std::string DensityText(const Measurement &m, Unit unit) {
+  const double level = LevelOf(unit, m.noiseFloor / m.noiseBandwidth);
+  if (unit == Unit::kVolt) return Quantity(level, DensityNameOf(unit));
+  return Fixed(level, 2) + " " + DensityNameOf(unit);
+}
+
+nlohmann::ordered_json LevelOrNull(Unit unit, double power) {
+  if (power <= 0.0) return nullptr;
+  return LevelOf(unit, power);
+}
+
+} // namespace
+
+std::string CentreText(const Measurement &m) {
+  const Prefix prefix = FrequencyPrefixFor(m.centre, m.binSpacing);
+  return Shortest(m.centre / prefix.factor) + " " + prefix.letter + "Hz";
+}
+
+void WriteText(std::ostream &out, const Recording &recording, const Measurement &m, Unit unit) {
+  const std::int64_t used = m.blocks * m.setup.points;
+  Line(out, "Recording", Printable(recording.Path()));
+  Line(out, "Centre", CentreText(m));
+  if (m.span > 0.0) Line(out, "Span", Quantity(m.span, "Hz"));
+  Line(out, "Sampling rate", Quantity(m.rate, "Hz"));
+  Line(out, "Samples",
+       Grouped(used) + " from sample " + Grouped(m.setup.start) + " on, " +
+           Quantity(static_cast<double>(used) / m.rate, "s") +
+           (used < m.setup.count ? "; " + Grouped(m.setup.count - used) + " left over" : ""));
+  if (m.polarFrames > 0) Line(out, "Polar frames", Grouped(m.polarFrames));
+  Line(out, "Points", Grouped(m.setup.points) + ", " + m.setup.window->name + " window");
+  Line(out, "Blocks", Grouped(m.blocks));
+  Line(out, "Bin spacing", Quantity(m.binSpacing, "Hz"));
+  Line(out, "Resolution bandwidth", Quantity(m.resolutionBandwidth, "Hz"));
+  Line(out, "Total power", LevelText(unit, m.totalPower));
+  Line(out, "Noise floor",
+       LevelText(unit, m.noiseFloor) +
+           (m.noiseFloor > 0.0 ? " in " + Quantity(m.noiseBandwidth, "Hz") + ", " + DensityText(m, unit)
+                               : ""));
+  if (m.peaks.empty()) Line(out, "Peaks", "none stands out of the noise");
+  for (std::size_t i = 0; i < m.peaks.size(); ++i) {
+    const double frequency = m.FrequencyOf(m.peaks[i].bin);
+    std::string place = Frequency(frequency, m.binSpacing);
+    if (m.centre != 0.0) {
+      const double offset = frequency - m.centre;
+      place += "  (" + std::string(offset < 0.0 ? "" : "+") + Frequency(offset, m.binSpacing) + ")";
+    }
+    Line(out, ("Peak " + std::to_string(i + 1)).c_str(), LevelText(unit, m.peaks[i].power) + " at " + place);
+  }
+}
+
+void WriteJson(std::ostream &out, const Recording &recording, const Measurement &m, Unit unit) {
+  nlohmann::ordered_json report;
+  report["recording"] = recording.Path();
+  report["centre_hz"] = m.centre;
+  report["span_hz"] = std::isfinite(m.span) ? nlohmann::ordered_json(m.span) : nullptr;
+  report["sampling_rate_hz"] = m.rate;
+  report["start_sample"] = m.setup.start;
+  report["samples"] = m.blocks * m.setup.points;
+  report["samples_left_over"] = m.setup.count - m.blocks * m.setup.points;
+  report["polar_frames"] = m.polarFrames;
+  report["points"] = m.setup.points;
+  report["window"] = m.setup.window->name;
+  report["blocks"] = m.blocks;
+  report["bin_spacing_hz"] = m.binSpacing;
+  report["noise_bandwidth_hz"] = m.noiseBandwidth;
+  report["resolution_bandwidth_hz"] = m.resolutionBandwidth;
+  report["unit"] = NameOf(unit);
+  report["total_power"] = LevelOrNull(unit, m.totalPower);
+  report["noise_floor"] = LevelOrNull(unit, m.noiseFloor);
+  report["noise_density_per_hz"] = LevelOrNull(unit, m.noiseFloor / m.noiseBandwidth);
+  report["peaks"] = nlohmann::ordered_json::array();
+  for (const Peak &peak : m.peaks)
+    report["peaks"].push_back({{"frequency_hz", m.FrequencyOf(peak.bin)},
+                               {"offset_hz", m.FrequencyOf(peak.bin) - m.centre},
+                               {"level", LevelOrNull(unit, peak.power)}});
+  // A path need not be valid UTF-8, JSON must.
+  out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+void WriteCsv(std::ostream &out, const Measurement &m, Unit unit) {
+  const std::string name = NameOf(unit);
+  out << "frequency_Hz,mean_" << name << ",peak_hold_" << name << '\n';
+  const auto text = [&](double power) {
+    const double level = LevelOf(unit, power);
+    return unit == Unit::kVolt ? Shortest(level) : Fixed(level, 4);
+  };
+  for (int k = 0; k < m.setup.points; ++k)
+    out << Shortest(m.FrequencyOf(k)) << ',' << text(m.mean[k]) << ',' << text(m.hold[k]) << '\n';
+}
+
+} // namespace tool

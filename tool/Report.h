@@ -1,0 +1,25 @@
+// A measurement as text, as JSON and as a table of its traces.
+#ifndef QORN_TOOL_REPORT_H
+#define QORN_TOOL_REPORT_H
+
+#include <ostream>
+#include <string>
+
+#include "Measurement.h"
+#include "Recording.h"
+#include "Units.h"
+
+namespace tool {
+
+void WriteText(std::ostream &out, const Recording &recording, const Measurement &measurement, Unit unit);
+void WriteJson(std::ostream &out, const Recording &recording, const Measurement &measurement, Unit unit);
+
+/// The centre frequency with all its digits.
+std::string CentreText(const Measurement &measurement);
+
+/// One line per bin: frequency in hertz, mean and peak-hold level; a first line names the columns.
+void WriteCsv(std::ostream &out, const Measurement &measurement, Unit unit);
+
+} // namespace tool
+
+#endif

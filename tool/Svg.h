@@ -1,0 +1,18 @@
+// The picture of a measurement.
+#ifndef QORN_TOOL_SVG_H
+#define QORN_TOOL_SVG_H
+
+#include <ostream>
+#include <string>
+
+#include "Measurement.h"
+#include "Units.h"
+
+namespace tool {
+
+/// Writes a drawing of the mean and the peak-hold trace over frequency, with the peaks marked and listed.
+void WriteSvg(std::ostream &out, const Measurement &measurement, Unit unit, const std::string &title);
+
+} // namespace tool
+
+#endif

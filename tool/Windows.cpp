@@ -1,0 +1,49 @@
+#include "Windows.h"
+
+namespace tool {
+
+namespace {
+
+std::string Plain(const std::string &name) {
+  std::string plain;
+  for (const char c : name)
+    if (c != '-' && c != '_') plain += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+  return plain;
+}
+
+} // namespace
+
+const std::vector<WindowKind> &Windows() {
+  static const std::vector<WindowKind> known = {
+      {"rectangle", QORN::WindowRectangle, 0.0F}, {"hann", QORN::WindowHann, 0.0F},
+      {"hamming", QORN::WindowHamming, 0.0F},     {"blackman-harris", QORN::WindowBlackmanHarris, 0.0F},
+      {"flat-top", QORN::WindowFlatTop, 0.0F},    {"gauss", QORN::WindowGauss, 3.5F},
+      {"kaiser", QORN::WindowKaiser, 16.71F},     {"cispr3db", QORN::WindowCISPR3dB, 14.6F},
+      {"cispr6db", QORN::WindowCISPR6dB, 14.6F},  {"mil6db", QORN::WindowMil6dB, 14.6F},
+  };
+  static const std::vector<WindowKind> windows = [] {
+    std::vector<WindowKind> offered;
+    for (const WindowKind &kind : known)
+      if (std::unique_ptr<QORN::Window>(QORN::WindowFactory::MakeWindow(kind.type))) offered.push_back(kind);
+    return offered;
+  }();
+  return windows;
+}
+
+std::string WindowNames() {
+  std::string names;
+  for (const WindowKind &kind : Windows()) names += (names.empty() ? "" : ", ") + std::string(kind.name);
+  return names;
+}
+
+const WindowKind *FindWindow(const std::string &name) {
+  for (const WindowKind &kind : Windows())
+    if (Plain(kind.name) == Plain(name)) return &kind;
+  return nullptr;
+}
+
+std::unique_ptr<QORN::Window> MakeWindow(const WindowKind &kind, int points) {
+  return std::unique_ptr<QORN::Window>(QORN::WindowFactory::MakeWindow(kind.type, points, kind.parameter));
+}
+
+} // namespace tool
