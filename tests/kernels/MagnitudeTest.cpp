@@ -132,6 +132,24 @@ TEST(TargetLib, Sqrt_Complex_GivesThePrincipalValue) {
   CheckInPlace<Cplx64>("Sqrt_64fc_I", &TargetLib::Sqrt_64fc_I, PrincipalRoot<Cplx64>, fourUnits);
 }
 
+TEST(TargetLib, Sqrt_ComplexFloats_ErrsByLittleMoreThanHalfAUnit) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<float> part(-1, 1);
+  std::uniform_int_distribution<int> exponent(-60, 60);
+  std::vector<Cplx32> x(20000), y(x.size());
+  for (Cplx32 &z : x)
+    z = {std::ldexp(part(random), exponent(random)), std::ldexp(part(random), exponent(random))};
+  TargetLib::Sqrt_32fc(x.data(), y.data(), static_cast<int>(x.size()));
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const std::complex<long double> root = std::sqrt(std::complex<long double>(x[i].re, x[i].im));
+    for (const auto &[got, wanted] : {std::pair{y[i].re, root.real()}, std::pair{y[i].im, root.imag()}}) {
+      const float size = std::fabs(got);
+      const long double unit = std::nextafter(size, 9e9F) - size;
+      ASSERT_LE(std::fabs(static_cast<long double>(got) - wanted), 0.5001L * unit) << QORN::test::Show(x[i]);
+    }
+  }
+}
+
 template <class C> void CheckSpecialRoots(void (*sqrt)(const C *, C *, int)) {
   using T = Part<C>;
   const T inf = std::numeric_limits<T>::infinity(), nan = std::numeric_limits<T>::quiet_NaN();

@@ -121,6 +121,32 @@ TEST(TargetLib, MaxIndxMinIndx_ExtremeAtAnyPlace_IsFound) {
   }
 }
 
+// Longer than what 16 bits can number in any chunks.
+TEST(TargetLib, MaxIndxMinIndx_VeryLongArraysOfShorts_FindTheFirstPlace) {
+  constexpr int kLen = 9000000;
+  std::vector<short> x(kLen, 5);
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (const std::size_t place :
+         {17UL, 2097087UL, 2097088UL, 2097153UL, 8388352UL, 8388608UL, kLen - 2UL}) {
+      x[place] = 9;
+      x[place + 1] = 9;
+      short value = 0;
+      int index = -1;
+      TargetLib::MaxIndx_16s(x.data(), kLen, &value, &index);
+      EXPECT_EQ(value, 9) << level.name;
+      EXPECT_EQ(index, static_cast<int>(place)) << level.name;
+      x[place] = -9;
+      x[place + 1] = -9;
+      TargetLib::MinIndx_16s(x.data(), kLen, &value, &index);
+      EXPECT_EQ(value, -9) << level.name;
+      EXPECT_EQ(index, static_cast<int>(place)) << level.name;
+      x[place] = 5;
+      x[place + 1] = 5;
+    }
+  }
+}
+
 // Sums. The exact value, and a bound on what double accumulation on lanes loses of it.
 
 /// Exact sum of a function of the elements.
@@ -196,6 +222,31 @@ TEST(TargetLib, SumMean_Reals_StayNearTheExactValue) {
 TEST(TargetLib, SumMean_Complex_StayNearTheExactValue) {
   CheckCplxSumAndMean<Cplx32>("32fc", &TargetLib::Sum_32fc, &TargetLib::Mean_32fc);
   CheckCplxSumAndMean<Cplx64>("64fc", &TargetLib::Sum_64fc, &TargetLib::Mean_64fc);
+}
+
+// The documented order of additions, bit for bit: scalar i in lane i mod 32, lanes added in halves.
+double SumInLanes(const std::vector<double> &x) {
+  double lane[32] = {};
+  for (std::size_t i = 0; i < x.size(); ++i) lane[i % 32] += x[i];
+  for (std::size_t half = 16; half >= 1; half /= 2) {
+    for (std::size_t j = 0; j < half; ++j) lane[j] += lane[j + half];
+  }
+  return lane[0];
+}
+
+TEST(TargetLib, Sum_DoublesThatRoundAtEveryStep_AreAddedInTheDocumentedOrder) {
+  std::mt19937_64 random(11);
+  std::uniform_real_distribution<double> value(-1, 1);
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (const std::size_t n : {1U, 31U, 32U, 33U, 63U, 64U, 100U, 1000U, 12345U}) {
+      std::vector<double> x(n);
+      for (double &v : x) v = value(random);
+      double sum = 0;
+      TargetLib::Sum_64f(x.data(), static_cast<int>(n), &sum);
+      EXPECT_TRUE(Same()(sum, SumInLanes(x))) << level.name << ", length " << n;
+    }
+  }
 }
 
 // Float sums lose nothing that float could hold: 2^24 + 1 a thousand times over, then back.

@@ -17,12 +17,10 @@ namespace QORN {
 /// What holds of all of them, unless told otherwise:
 /// - A null pointer or a length below 1 does nothing; results through pointers stay unwritten.
 /// - Any element-aligned address will do. Element-wise operations may have a source as destination; arrays
-/// that
-///   overlap otherwise are not allowed.
+///   that overlap otherwise are not allowed.
 /// - An element's result depends on its operands alone, not on length, place or alignment. Exact operations
-/// and
-///   reductions give the same bits on every processor; each step is rounded to the element type, nothing is
-///   fused.
+///   and reductions give the same bits on every processor; each step is rounded to the element type, nothing
+///   is fused.
 /// - Nothing is allocated and nothing thrown. All are reentrant.
 class QORN_API TargetLib {
 public:
@@ -253,7 +251,9 @@ public:
   ///@}
 
   /// dst[i] = the square root of src[i]; of a negative real not-a-number. For complex types the principal
-  /// value, with the real part not negative and the branch cut along the negative real axis.
+  /// value, with the real part not negative and the branch cut along the negative real axis. Real roots are
+  /// rounded correctly; the parts of complex ones err by at most 0.51 units in the last place in float and 4
+  /// in double, over the whole range, with the special values of csqrt in C99, Annex G.
   ///@{
   static void Sqrt_32f(const float *src, float *dst, int len);
   static void Sqrt_64f(const double *src, double *dst, int len);
@@ -265,7 +265,8 @@ public:
   static void Sqrt_64fc_I(Cplx64 *srcDst, int len);
   ///@}
 
-  /// *result = sqrt(sum of |src[i]|^2), the squares and their sum in double.
+  /// *result = sqrt(sum of |src[i]|^2), the squares and their sum in double, without a guard against the
+  /// overflow or underflow of a double's square.
   ///@{
   static void Norm_L2_32f(const float *src, int len, float *result);
   static void Norm_L2_64f(const double *src, int len, double *result);
@@ -390,6 +391,10 @@ public:
   ///@}
 
   /// *result = the sum of all elements. The float forms accumulate in double and round once.
+  /// Here and in the means, deviations and norms, scalar i of the array is added to lane i mod 32, and the
+  /// lanes are then added in halves: lane j and lane j + 16 and so on. The order, and with it each bit, is
+  /// the same on every processor, and the error bound is that of n / 32 + 5 additions (N. J. Higham: Accuracy
+  /// and stability of numerical algorithms, 2002, section 4.2).
   ///@{
   static void Sum_32f(const float *src, int len, float *result);
   static void Sum_64f(const double *src, int len, double *result);
@@ -501,9 +506,15 @@ public:
   static void DivC_64fc_I(Cplx64 val, Cplx64 *srcDst, int len);
   ///@}
 
-  /// srcDst[i] = srcDst[i] / src[i]. All elements are written; if a divisor was 0 (for complex types: of zero
-  /// magnitude), its element holds the IEEE result, and QORNException 12001 "divide-by-zero error" is thrown
-  /// at the end.
+  /// srcDst[i] = srcDst[i] / src[i]. All elements are written; if a divisor was 0, its element holds the IEEE
+  /// result, signed infinity or for 0 / 0 not-a-number, and QORNException 12001 "divide-by-zero error" is
+  /// thrown at the end.
+  /// Complex quotients are (a * conj(b)) / |b|^2. The float form works in double and rounds each part once,
+  /// within 0.51 units in the last place. The double form first scales a and b by powers of two where they
+  /// need it; its parts err by at most 5 * 2^-53 of the quotient's magnitude. So neither overflows or
+  /// vanishes on the way to a quotient that does not. Only a divisor with two parts of 0 counts as zero; each
+  /// part of a is then divided by 0 for itself. Infinities and not-a-number go through the formula: a number
+  /// divided by infinity is not-a-number.
   ///@{
   static void Div_32f_I(const float *src, float *srcDst, int len);
   static void Div_64f_I(const double *src, double *srcDst, int len);
