@@ -5,7 +5,8 @@
 
 int main() {
   QORN::VecCplx32 samples(64);
-  QORN::MathUtils::Expj(samples, 64, 0.25F, 0.0F);
+  float phase = 0;
+  QORN::TargetLib::Tone_Direct_32fc(samples.GetPtr(), 64, 1.0F, 0.25F, &phase);
   QORN::Spectrum spectrum(64);
   QORN::VecReal32 levels;
   spectrum.Apply(levels, samples);
