@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -44,13 +45,13 @@ const std::string &Checked(const std::string &path) {
 
   const int digits = file.get() - '0';
   if (digits < 1 || digits > 9) RefuseForeign(path, "it does not start with the length of a header");
-  std::int64_t length = 0;
-  for (int i = 0; i < digits; ++i) {
-    const int c = file.get();
-    if (c == std::ifstream::traits_type::eof()) Refuse(path, "is cut short within the length of its header");
-    if (c < '0' || c > '9') RefuseForeign(path, "it does not start with the length of a header");
-    length = length * 10 + (c - '0');
-  }
+  std::string number(static_cast<std::size_t>(digits), '\0');
+  if (!file.read(number.data(), digits)) Refuse(path, "is cut short within the length of its header");
+  // As the library reads it: blanks before the digits and other characters behind them do not count.
+  char *end = nullptr;
+  const std::int64_t length = std::strtol(number.c_str(), &end, 10);
+  if (end == number.c_str() || length < 0)
+    RefuseForeign(path, "it does not start with the length of a header");
   const std::int64_t held = size - 1 - digits;
   // Only as much as tells a text from something else; a header is a few hundred bytes.
   std::string text(static_cast<std::size_t>(std::min<std::int64_t>({length, held, 65536})), '\0');
