@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "RunTool.h"
+#include "Windows.h"
 #include "support/IqfRecording.h"
 
 namespace {
@@ -132,8 +133,14 @@ double CosineSum(int k, int n, const std::vector<double> &a) {
   return sum;
 }
 
+double Kaiser(int k, int n, double beta) {
+  const double x = 2.0 * k / (n - 1) - 1.0;
+  return std::cyl_bessel_i(0.0, beta * std::sqrt(std::max(0.0, 1.0 - x * x))) / std::cyl_bessel_i(0.0, beta);
+}
+
+// Those of the shapes below that the library makes.
 const std::vector<Shape> &Shapes() {
-  static const std::vector<Shape> shapes = {
+  static const std::vector<Shape> all = {
       {"rectangle", 0.89, [](int, int) { return 1.0; }},
       {"hann", 1.44,
        [](int k, int n) {
@@ -156,7 +163,17 @@ const std::vector<Shape> &Shapes() {
          const double x = 3.5 * (k - 0.5 * (n - 1)) / n;
          return std::exp(-2.0 * x * x);
        }},
+      {"kaiser", 2.2292, [](int k, int n) { return Kaiser(k, n, 16.71); }},
+      {"cispr3db", 2.2292, [](int k, int n) { return Kaiser(k, n, 14.6); }},
+      {"cispr6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }}, // below 9 kHz
+      {"mil6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }},
   };
+  static const std::vector<Shape> shapes = [] {
+    std::vector<Shape> offered;
+    for (const Shape &shape : all)
+      if (tool::FindWindow(shape.name) != nullptr) offered.push_back(shape);
+    return offered;
+  }();
   return shapes;
 }
 
@@ -491,7 +508,8 @@ TEST_F(Tool, Version_IsPrinted) {
 
 TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
-  const std::string windows = "rectangle, hann, hamming, blackman-harris, flat-top, gauss";
+  std::string windows;
+  for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a subcommand is missing: spectrum or info (see qorn --help)"},
       {{"bogus"}, "unknown subcommand 'bogus'; known are spectrum and info"},
