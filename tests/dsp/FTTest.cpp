@@ -24,12 +24,12 @@ template <class T> struct Types;
 template <> struct Types<float> {
   using Real = VecReal32;
   using Cplx = VecCplx32;
-  static constexpr int kReal = 0, kCplx = 1;
+  [[maybe_unused]] static constexpr int kReal = 0, kCplx = 1;
 };
 template <> struct Types<double> {
   using Real = VecReal64;
   using Cplx = VecCplx64;
-  static constexpr int kReal = 2, kCplx = 3;
+  [[maybe_unused]] static constexpr int kReal = 2, kCplx = 3;
 };
 
 template <class T> constexpr double kEps = static_cast<double>(std::numeric_limits<T>::epsilon());
