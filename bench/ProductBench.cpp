@@ -1,0 +1,70 @@
+// Dot products beside VOLK's, and the direct convolution.
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <vector>
+
+#include "infra/kernels/Levels.h"
+#include "peers/product.h"
+#include "qorn/infra/TargetLib.h"
+
+namespace {
+
+using QORN::Cplx32;
+using QORN::Cplx64;
+using QORN::TargetLib;
+
+namespace kernels = QORN::kernels;
+
+template <class A, class B, class R> using DotProd = void (*)(const A *, const B *, int, R *);
+
+template <class A, class B, class R>
+void Add(const std::string &name, const std::string &who, const kernels::Level &level, DotProd<A, B, R> dot) {
+  for (const int n : {16, 256, 4096, 65536}) {
+    const std::string title = name + "/" + who + "/" + std::to_string(n);
+    benchmark::RegisterBenchmark(title.c_str(), [=](benchmark::State &state) {
+      const kernels::ScopedLevel scope(level);
+      const std::vector<A> a(static_cast<std::size_t>(n));
+      const std::vector<B> b(static_cast<std::size_t>(n));
+      R result{};
+      for (auto _ : state) {
+        dot(a.data(), b.data(), n, &result);
+        benchmark::DoNotOptimize(result);
+      }
+      state.SetItemsProcessed(state.iterations() * n);
+    });
+  }
+}
+
+void AddConv(const kernels::Level &level) {
+  benchmark::RegisterBenchmark((std::string("Conv_32f/") + level.name + "/64x4096").c_str(),
+                               [=](benchmark::State &state) {
+                                 const kernels::ScopedLevel scope(level);
+                                 const std::vector<float> taps(64), x(4096);
+                                 std::vector<float> dst(64 + 4096 - 1);
+                                 for (auto _ : state) {
+                                   TargetLib::Conv_32f(taps.data(), 64, x.data(), 4096, dst.data());
+                                   benchmark::ClobberMemory();
+                                 }
+                               });
+}
+
+const bool registered = [] {
+  const std::vector<kernels::Level> levels = kernels::AvailableLevels();
+  for (const kernels::Level &level : levels) {
+    Add("DotProd_32f", level.name, level, &TargetLib::DotProd_32f);
+    Add("DotProd_64f", level.name, level, &TargetLib::DotProd_64f);
+    Add("DotProd_32fc", level.name, level, &TargetLib::DotProd_32fc);
+    Add("DotProd_64fc", level.name, level, &TargetLib::DotProd_64fc);
+    Add("DotProd_32f32fc", level.name, level, &TargetLib::DotProd_32f32fc);
+    AddConv(level);
+  }
+#if defined(QORN_PEER_VOLK)
+  Add("DotProd_32f", "peer:volk", levels.back(), &peers::VolkProduct::DotProd_32f);
+  Add("DotProd_32fc", "peer:volk", levels.back(), &peers::VolkProduct::DotProd_32fc);
+  Add("DotProd_32f32fc", "peer:volk", levels.back(), &peers::VolkProduct::DotProd_32f32fc);
+#endif
+  return true;
+}();
+
+} // namespace
