@@ -99,11 +99,16 @@ inline Floats LoadTwice(const float *p) {
 
 constexpr int kLaneBytes = 256;
 
-template <class T, int kLanes> inline T Folded(T (&lanes)[kLanes]) {
-  for (int half = kLanes / 2; half > 0; half /= 2) {
-    for (int i = 0; i < half; ++i) lanes[i] += lanes[i + half];
+// Adds the upper half of the lanes to the lower one until kLeft lanes are left. The halves are constants, so
+// that each is a few instructions.
+template <int kLeft, class T, int kLanes> [[gnu::always_inline]] inline void Fold(T (&lanes)[kLanes]) {
+  if constexpr (kLanes > kLeft) {
+    constexpr int kHalf = kLanes / 2;
+    T folded[kHalf];
+    for (int i = 0; i < kHalf; ++i) folded[i] = lanes[i] + lanes[i + kHalf];
+    Fold<kLeft>(folded);
+    for (int i = 0; i < kLeft; ++i) lanes[i] = folded[i];
   }
-  return lanes[0];
 }
 
 // lanes[j] = sum of product(i) over the whole multiples of kLanes below len, i mod kLanes = j, where product
@@ -127,14 +132,8 @@ template <class T> inline T RealDotProd(const T *src1, const T *src2, Index len)
   T lanes[kLaneBytes / sizeof(T)];
   const Index whole = SumBlocks(lanes, len, [=](Index i) { return Load(src1 + i) * Load(src2 + i); });
   for (Index i = whole; i < len; ++i) lanes[i - whole] += Rounded(src1[i] * src2[i]);
-  return Folded(lanes);
-}
-
-// Lanes of parts to one complex sum: even lanes hold one part, odd lanes the other.
-template <class T, int kLanes> inline void FoldParts(T (&lanes)[kLanes]) {
-  for (int half = kLanes / 2; half > 1; half /= 2) {
-    for (int i = 0; i < half; ++i) lanes[i] += lanes[i + half];
-  }
+  Fold<1>(lanes);
+  return lanes[0];
 }
 
 // On the parts as scalars: the real part is the sum of the straight products of even places less that of odd
@@ -166,8 +165,8 @@ template <class C, class T> inline C CplxDotProd(const C *src1, const C *src2, I
     crossed[i - whole] += Rounded(a[i] * b[i + 1]);
     crossed[i - whole + 1] += Rounded(a[i + 1] * b[i]);
   }
-  FoldParts(straight);
-  FoldParts(crossed);
+  Fold<2>(straight);
+  Fold<2>(crossed);
   return {straight[0] - straight[1], crossed[0] + crossed[1]};
 }
 
@@ -190,11 +189,12 @@ void DotProd(const float *src1, const Cplx32 *src2, int len, Cplx32 *result) {
   const Index end = 2 * static_cast<Index>(len);
   const Index whole =
       SumBlocks(lanes, end, [=](Index i) { return LoadTwice(src1 + i / 2) * Load(parts + i); });
-  for (Index i = whole; i < end; i += 2) {
-    lanes[i - whole] += Rounded(src1[i / 2] * parts[i]);
-    lanes[i - whole + 1] += Rounded(src1[i / 2] * parts[i + 1]);
+  const float *scalars = src1 + whole / 2;
+  for (Index i = 0; whole + 2 * i < end; ++i) {
+    lanes[2 * i] += Rounded(scalars[i] * parts[whole + 2 * i]);
+    lanes[2 * i + 1] += Rounded(scalars[i] * parts[whole + 2 * i + 1]);
   }
-  FoldParts(lanes);
+  Fold<2>(lanes);
   *result = {lanes[0], lanes[1]};
 }
 
@@ -207,7 +207,8 @@ void DotProd(const short *src1, const short *src2, int len, float *result) {
     for (int j = 0; j < kLanes; ++j) lanes[j] += src1[i + j] * src2[i + j];
   }
   for (Index i = whole; i < len; ++i) lanes[i - whole] += src1[i] * src2[i];
-  *result = static_cast<float>(Folded(lanes));
+  Fold<1>(lanes);
+  *result = static_cast<float>(lanes[0]);
 }
 
 // Correlation and convolution: dst[n] = sum over k of tap(k) * x[n + lag + k], x taken as zero outside 0 to
