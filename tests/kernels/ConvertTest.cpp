@@ -90,8 +90,9 @@ TEST(TargetLib, Convert_ToIntegerNearItsLimits_TruncatesAndSaturates) {
   const float floats[] = {2.9F,          -2.9F,          1e10F,          -1e10F, 2147483520.0F,
                           2147483648.0F, -2147483648.0F, -2147483904.0F, NAN};
   const int fromFloats[] = {2, -2, INT_MAX, INT_MIN, 2147483520, INT_MAX, INT_MIN, INT_MIN, 0};
+  const double nan = std::numeric_limits<double>::quiet_NaN();
   const double doubles[] = {2147483647.0,  2147483647.9, 2147483648.0, -2147483648.9,
-                            -2147483649.0, -0.9,         NAN};
+                            -2147483649.0, -0.9,         nan};
   const int fromDoubles[] = {INT_MAX, INT_MAX, INT_MAX, INT_MIN, INT_MIN, 0, 0};
   const float shorts[] = {40000.0F, -40000.0F, 32767.9F, -32768.9F, 0.9F, INFINITY, -INFINITY, NAN};
   const short fromShorts[] = {32767, -32768, 32767, -32768, 0, 32767, -32768, 0};

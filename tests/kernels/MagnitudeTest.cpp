@@ -115,9 +115,12 @@ TEST(TargetLib, Sqrt_Reals_RoundsCorrectlyAndNegativesGiveNotANumber) {
   CheckInPlace<double>("Sqrt_64f_I", &TargetLib::Sqrt_64f_I, root64);
 }
 
-// The C library's root in extended precision, rounded to the element type.
+// The C library's root in extended precision.
+template <class C> std::complex<long double> ExtendedRoot(C x) {
+  return std::sqrt(std::complex<long double>(static_cast<long double>(x.re), static_cast<long double>(x.im)));
+}
 template <class C> C PrincipalRoot(C x) {
-  const std::complex<long double> root = std::sqrt(std::complex<long double>(x.re, x.im));
+  const std::complex<long double> root = ExtendedRoot(x);
   return {static_cast<Part<C>>(root.real()), static_cast<Part<C>>(root.imag())};
 }
 
@@ -141,10 +144,10 @@ TEST(TargetLib, Sqrt_ComplexFloats_ErrsByLittleMoreThanHalfAUnit) {
     z = {std::ldexp(part(random), exponent(random)), std::ldexp(part(random), exponent(random))};
   TargetLib::Sqrt_32fc(x.data(), y.data(), static_cast<int>(x.size()));
   for (std::size_t i = 0; i < x.size(); ++i) {
-    const std::complex<long double> root = std::sqrt(std::complex<long double>(x[i].re, x[i].im));
+    const std::complex<long double> root = ExtendedRoot(x[i]);
     for (const auto &[got, wanted] : {std::pair{y[i].re, root.real()}, std::pair{y[i].im, root.imag()}}) {
       const float size = std::fabs(got);
-      const long double unit = std::nextafter(size, 9e9F) - size;
+      const auto unit = static_cast<long double>(std::nextafter(size, 9e9F) - size);
       ASSERT_LE(std::fabs(static_cast<long double>(got) - wanted), 0.5001L * unit) << QORN::test::Show(x[i]);
     }
   }

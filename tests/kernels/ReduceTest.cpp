@@ -91,10 +91,11 @@ TEST(TargetLib, MaxMin_ZerosOfBothSigns_TakeTheFirst) {
 }
 
 TEST(TargetLib, MaxMin_NotANumberAmongNumbers_IsPassedOver) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
   CheckExtremes<float>(k32f, {NAN, -INFINITY, NAN});
   CheckExtremes<float>(k32f, {NAN, NAN, INFINITY});
-  CheckExtremes<double>(k64f, {NAN, 3.0, NAN, NAN, 2.0, 3.0});
-  CheckExtremes<double>(k64f, {NAN});
+  CheckExtremes<double>(k64f, {nan, 3.0, nan, nan, 2.0, 3.0});
+  CheckExtremes<double>(k64f, {nan});
 }
 
 // The extreme at every place of arrays that span several blocks of any size the kernel might use.
