@@ -136,11 +136,12 @@ public:
   static void Imag_64fc(const Cplx64 *src, double *dst, int len);
   ///@}
 
-  /// mag[i] = |src[i]|, phase[i] = atan2(im, re) of src[i] in radians, -pi to pi.
+  /// mag[i] = |src[i]|, phase[i] = atan2(im, re) of src[i] in radians, -pi to pi: the bits of Mag_32fc and
+  /// Phase_32fc. src, mag and phase must not overlap.
   static void CartToPolar_32fc(const Cplx32 *src, float *mag, float *phase, int len);
 
-  /// dst[i] = (mag[i] cos phase[i], mag[i] sin phase[i]), phase in radians. dst must not overlap mag or
-  /// phase.
+  /// dst[i] = (mag[i] cos phase[i], mag[i] sin phase[i]), phase in radians, each rounded once. dst must not
+  /// overlap mag or phase.
   static void PolarToCart_32fc(const float *mag, const float *phase, Cplx32 *dst, int len);
 
   /// dst[i] = atan2(im, re) of src[i] in radians, -pi to pi.
@@ -333,13 +334,14 @@ public:
   static void Atan2_64f(const double *y, const double *x, double *dst, int len);
   ///@}
 
-  /// dst[i] = base[i] ^ exponent[i].
+  /// dst[i] = base[i] ^ exponent[i]. A negative base has a power for whole exponents only, and else gives
+  /// not-a-number; anything to the power 0, and 1 to any power, is 1.
   ///@{
   static void Pow_32f(const float *base, const float *exponent, float *dst, int len);
   static void Pow_64f(const double *base, const double *exponent, double *dst, int len);
   ///@}
 
-  /// dst[i] = src[i] ^ val.
+  /// dst[i] = src[i] ^ val, the bits of Pow_32f and Pow_64f.
   ///@{
   static void Powx_32f(const float *src, float val, float *dst, int len);
   static void Powx_64f(const double *src, double val, double *dst, int len);
