@@ -14,26 +14,7 @@ double MeanOfNoise(double n, double z) {
   return root * root * root;
 }
 
-constexpr double kNoiseScatter = 4.34; // dB over the root of the averages, for noise
-
 double FromDecibels(double decibels) { return std::pow(10.0, decibels / 10.0); }
-
-// How many spectra of noise would have to be averaged for levels to scatter as they do. That is less than
-// were averaged where signals come in bursts: then a few blocks make up the mean.
-double EffectiveAverages(const QORN::VecReal64 &mean, double averages) {
-  constexpr int kApart = 8; // bins, beyond the reach of the windows
-  constexpr int kEnough = 64;
-  std::vector<double> steps;
-  for (int k = kApart; k < mean.GetSize(); ++k)
-    if (mean[k] > 0.0 && mean[k - kApart] > 0.0)
-      steps.push_back(std::fabs(10.0 * std::log10(mean[k] / mean[k - kApart])));
-  if (static_cast<int>(steps.size()) < kEnough) return averages;
-  const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
-  std::nth_element(steps.begin(), middle, steps.end());
-  // The median of the size of a difference of two normal values, 0.6745 sqrt(2) of their deviation.
-  const double ratio = 0.6745 * std::sqrt(2.0) * kNoiseScatter / *middle;
-  return std::clamp(ratio * ratio, 1.0, averages);
-}
 
 // For each element the lowest one between it and the nearest larger one before it; the array starts with its
 // lowest.
@@ -106,18 +87,17 @@ std::vector<double> LeakageOf(const QORN::Window &window) {
   return leakage;
 }
 
-std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, std::int64_t blocks, double noiseFloor,
-                            const std::vector<double> &leakage, int limit) {
+std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &scatter, std::int64_t blocks,
+                            double noiseFloor, const std::vector<double> &leakage, int limit) {
   constexpr double kMargin = 2.0; // 3 dB over the leakage of a stronger peak
   const int n = mean.GetSize();
-  const double averages = EffectiveAverages(mean, static_cast<double>(blocks));
   // One noise peak in a hundred spectra: the normal quantile of 0.01 / n, from above.
   const double z = std::sqrt(2.0 * std::log(100.0 * n));
   // Without noise, what is left far below the strongest signal is the rounding of the float transform.
   const double strongest = *std::max_element(mean.GetPtr(), mean.GetPtr() + n);
-  const double threshold = std::max(noiseFloor * std::max(FromDecibels(3.0), MeanOfNoise(averages, z)),
-                                    strongest * FromDecibels(-110.0));
-  const double prominence = FromDecibels(3.0 + 4.0 * kNoiseScatter / std::sqrt(averages));
+  const double threshold =
+      std::max(noiseFloor * std::max(FromDecibels(3.0), MeanOfNoise(static_cast<double>(blocks), z)),
+               strongest * FromDecibels(-110.0));
 
   // The spectrum is a circle. Cut at its lowest point, no valley runs over the cut.
   const int cut = static_cast<int>(std::min_element(mean.GetPtr(), mean.GetPtr() + n) - mean.GetPtr());
@@ -132,8 +112,10 @@ std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, std::int64_t blocks, do
   for (int i = 0; i < n; ++i) {
     const auto at = static_cast<std::size_t>(i);
     const double power = circle[at];
-    if (!(power > threshold && power >= prominence * std::max(left[at], right[at]))) continue;
     const int index = (i + cut) % n;
+    // 3 dB, and three times the scatter of a modulated signal's level: 10 log10(1 + x) is about 4.34 x.
+    const double prominence = FromDecibels(3.0 + 3.0 * 4.34 * std::min(scatter[index], 1.0));
+    if (!(power > threshold && power >= prominence * std::max(left[at], right[at]))) continue;
     const double offset = TopOffset(mean[(index + n - 1) % n], power, mean[(index + 1) % n]);
     candidates.push_back({index, index + offset, power});
   }

@@ -25,9 +25,11 @@ double NoiseFloor(const QORN::VecReal64 &mean, std::int64_t blocks);
 std::vector<double> LeakageOf(const QORN::Window &window);
 
 /// The strongest peaks, at most `limit` of them: local maxima above what noise reaches by chance, with a
-/// valley to either side, and not explained by the leakage of a stronger one.
-std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, std::int64_t blocks, double noiseFloor,
-                            const std::vector<double> &leakage, int limit = 8);
+/// valley to either side, and not explained by the leakage of a stronger one. scatter holds the standard
+/// error of each mean, relative to it: next to nothing for a steady tone, much for a signal that comes in
+/// bursts.
+std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &scatter, std::int64_t blocks,
+                            double noiseFloor, const std::vector<double> &leakage, int limit = 8);
 
 } // namespace tool
 

@@ -28,7 +28,7 @@ nlohmann::ordered_json LevelOrNull(Unit unit, double power) {
 } // namespace
 
 std::string CentreText(const Measurement &m) {
-  const Prefix prefix = FrequencyPrefixFor(m.centre, m.binSpacing);
+  const Prefix prefix = m.centre == 0.0 ? Prefix{1.0, ""} : FrequencyPrefixFor(m.centre, m.binSpacing);
   return Shortest(m.centre / prefix.factor) + " " + prefix.letter + "Hz";
 }
 

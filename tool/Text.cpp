@@ -58,7 +58,7 @@ std::string Quantity(double value, const std::string &unit) {
 }
 
 Prefix FrequencyPrefixFor(double hertz, double resolution) {
-  const Prefix prefix = PrefixFor(std::max(std::fabs(hertz), resolution));
+  const Prefix prefix = PrefixFor(std::max(std::fabs(hertz) + 0.05 * resolution, resolution));
   return prefix.factor == 1e9 && resolution < 1e6 ? Prefix{1e6, "M"} : prefix;
 }
 

@@ -100,6 +100,13 @@ VecReal64 Noise(int bins, int averages, unsigned seed) {
   return mean;
 }
 
+// The relative standard error of such a mean.
+VecReal64 Scatter(const VecReal64 &mean, double error) {
+  VecReal64 scatter(mean.GetSize());
+  scatter.Set(error, mean.GetSize());
+  return scatter;
+}
+
 TEST(Peaks, NoiseFloor_MeanOfNoise_IsItsPower) {
   for (const int averages : {1, 2, 3, 10, 1000}) {
     VecReal64 mean = Noise(20001, averages, 1);
@@ -116,8 +123,9 @@ TEST(Peaks, FindPeaks_NoiseAlone_HasNone) {
   for (unsigned seed = 0; seed < 100; ++seed)
     for (const int averages : {1, 3, 30, 3000}) {
       const VecReal64 mean = Noise(4096, averages, seed);
-      found +=
-          static_cast<int>(tool::FindPeaks(mean, averages, tool::NoiseFloor(mean, averages), leakage).size());
+      found += static_cast<int>(tool::FindPeaks(mean, Scatter(mean, 1.0 / std::sqrt(averages)), averages,
+                                                tool::NoiseFloor(mean, averages), leakage)
+                                    .size());
     }
   EXPECT_LE(found, 8); // one in a hundred spectra, and twice that for chance
 }
@@ -128,12 +136,12 @@ TEST(Peaks, FindPeaks_Lines_AreTheStrongestFirst) {
   mean[999] = 1e4; // the ends of the spectrum meet
   mean[0] = 0.9e4;
   const std::vector<double> leakage = {1.0, 0.5, 0.01, 1e-8};
-  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, 100, 1.0, leakage);
+  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, Scatter(mean, 0.1), 100, 1.0, leakage);
   ASSERT_EQ(peaks.size(), 8U);
   EXPECT_EQ(peaks[0].index, 999);
   EXPECT_GT(peaks[0].bin, 999.3);
   for (std::size_t i = 1; i < 8; ++i) EXPECT_EQ(peaks[i].power, 100.0 * static_cast<double>(13 - i));
-  EXPECT_EQ(tool::FindPeaks(mean, 100, 1.0, leakage, 100).size(), 13U);
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.1), 100, 1.0, leakage, 100).size(), 13U);
 }
 
 TEST(Peaks, FindPeaks_LeakageOfAStrongerLine_IsNoPeak) {
@@ -143,10 +151,22 @@ TEST(Peaks, FindPeaks_LeakageOfAStrongerLine_IsNoPeak) {
   mean[103] = 1e-3; // 30 dB down, three bins away
   mean[150] = 1e-3;
   const std::vector<double> leakage = {1.0, 1.0, 1e-1, 1e-2, 1e-3, 1e-4};
-  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, 1000, 1e-9, leakage);
+  const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, Scatter(mean, 0.0), 1000, 1e-9, leakage);
   ASSERT_EQ(peaks.size(), 2U);
   EXPECT_EQ(peaks[0].index, 100);
   EXPECT_EQ(peaks[1].index, 150);
+}
+
+TEST(Peaks, FindPeaks_ShallowValley_PartsSteadyTonesAlone) {
+  VecReal64 mean(64);
+  for (int k = 0; k < 64; ++k) mean[k] = 1e-6;
+  mean[20] = 1.0;
+  for (const int k : {21, 22, 23}) mean[k] = 0.2; // 7 dB down, between two lines of nearly one level
+  mean[24] = 0.9;
+  const std::vector<double> leakage = {1.0, 1.0, 0.1, 1e-3};
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.01), 10, 1e-6, leakage).size(), 2U);
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.2), 10, 1e-6, leakage).size(), 2U);
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.5), 10, 1e-6, leakage).size(), 1U);
 }
 
 TEST(Peaks, LeakageOf_Windows_FollowsTheirSidelobes) {
