@@ -37,6 +37,7 @@ double Arithmetic(int r) {
 constexpr double kMemory = 4; // to load and store a value, real and imaginary part
 constexpr double kTurn = 4;   // to multiply it by a factor
 constexpr double kJoin = 8;   // to transpose and interleave it
+constexpr double kPart = 12;  // to store a row that does not fill its vector
 
 int RoundUp(int a, int b) { return (a + b - 1) / b; }
 
@@ -46,9 +47,10 @@ double CostWith(int lanes, std::int64_t n, int scalar) {
   const int perRegister = std::min(width, 64 / scalar);
   double perBlock = 0;
   for (const int r : Radices(blocks)) perBlock += Arithmetic(r) + kMemory + kTurn;
+  const bool partial = blocks % perRegister != 0 && n != 32;
   const double joins = static_cast<double>((blocks + perRegister - 1) / perRegister) * lanes;
   return static_cast<double>(blocks) * RoundUp(lanes, perRegister) * perBlock +
-         joins * (Arithmetic(lanes) + kMemory + kTurn + kJoin);
+         joins * (Arithmetic(lanes) + kMemory + kTurn + kJoin) + (partial ? kPart * lanes : 0);
 }
 
 } // namespace
@@ -70,8 +72,8 @@ std::vector<int> Radices(std::int64_t n) {
   };
   int twos = 0;
   for (; n % 2 == 0; n /= 2) ++twos;
-  // As few passes over the powers of two as radix 16 allows, and those as even as can be.
-  const int passes = (twos + 3) / 4;
+  // As few passes over the powers of two as radix 8 allows, and those as even as can be.
+  const int passes = (twos + 2) / 3;
   for (int i = 0; i < passes; ++i) radices.push_back(1 << (twos / passes + (i < twos % passes ? 1 : 0)));
   for (const int radix : {13, 11, 9, 7, 5, 3}) take(radix);
   return radices;

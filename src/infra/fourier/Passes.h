@@ -39,9 +39,12 @@ template <class T> struct Columns {
   int passCount;
   Pass passes[kMaxPasses];
   const T *turns; ///< complex factors of the passes, for each p the radix - 1 of them
-  /// The factors that join the lanes, for each group of W values of k, for each l >= 1: W real parts, W
-  /// imaginary parts.
+  /// The factors that join the lanes, exp(-j 2 pi l k / N): for each group of W values of k, for each l >= 1,
+  /// W real parts, W imaginary parts. Where strides is not null, of the first group only: those of group g
+  /// are the first one's times exp(-j 2 pi l W g / N), which strides holds for each g, for each l >= 1. So
+  /// the factors of a long transform take less memory than its samples.
   const T *joins;
+  const T *strides;
 };
 
 } // namespace QORN::fourier

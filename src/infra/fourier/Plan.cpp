@@ -44,6 +44,9 @@ template <class P> std::unique_ptr<P> Copy(const std::unique_ptr<P> &plan) {
   return plan == nullptr ? nullptr : std::make_unique<P>(*plan);
 }
 
+// From this length on, the factors that join lanes are products of two.
+constexpr int kFactoredFrom = 1 << 18;
+
 std::size_t Size(std::int64_t n) { return static_cast<std::size_t>(n); }
 
 } // namespace
@@ -87,10 +90,11 @@ template <class T> ComplexPlan<T>::ComplexPlan(int length) : m_length(length) {
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_columns(other.m_columns),
-      m_turns(other.m_turns), m_joins(other.m_joins), m_convolution(Copy(other.m_convolution)),
-      m_chirp(other.m_chirp), m_spectrum(other.m_spectrum) {
+      m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides),
+      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum) {
   m_columns.turns = m_turns.Data();
   m_columns.joins = m_joins.Data();
+  m_columns.strides = m_strides.Data();
 }
 
 template <class T> void ComplexPlan<T>::MakeColumns() {
@@ -126,9 +130,11 @@ template <class T> void ComplexPlan<T>::MakeColumns() {
   m_columns.turns = m_turns.Data();
 
   const std::int64_t groups = (blocks + width - 1) / width;
-  m_joins = Block<T>(Size(groups) * Size((lanes - 1) * 2 * width));
+  const bool factored = m_length >= kFactoredFrom;
+  const std::int64_t tabled = factored ? 1 : groups;
+  m_joins = Block<T>(Size(tabled) * Size((lanes - 1) * 2 * width));
   T *join = m_joins.Data();
-  for (std::int64_t group = 0; group < groups; ++group) {
+  for (std::int64_t group = 0; group < tabled; ++group) {
     for (std::int64_t lane = 1; lane < lanes; ++lane) {
       for (int i = 0; i < width; ++i, ++join) {
         const auto root = roots(lane * (group * width + i));
@@ -139,6 +145,18 @@ template <class T> void ComplexPlan<T>::MakeColumns() {
     }
   }
   m_columns.joins = m_joins.Data();
+  if (!factored) return;
+
+  m_strides = Block<T>(Size(groups) * Size((lanes - 1) * 2));
+  T *stride = m_strides.Data();
+  for (std::int64_t group = 0; group < groups; ++group) {
+    for (std::int64_t lane = 1; lane < lanes; ++lane) {
+      const auto root = roots(lane * width * group);
+      *stride++ = root.re;
+      *stride++ = root.im;
+    }
+  }
+  m_columns.strides = m_strides.Data();
 }
 
 // With n k = (n^2 + k^2 - (k - n)^2) / 2 and c[n] = exp(-j pi n^2 / N) the transform is the convolution

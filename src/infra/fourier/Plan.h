@@ -66,8 +66,8 @@ private:
 
   int m_length;
   std::size_t m_scratch = 0; // in scalars
-  Columns<T> m_columns{};    // its tables are m_turns and m_joins
-  Block<T> m_turns, m_joins;
+  Columns<T> m_columns{};    // its tables are the three below
+  Block<T> m_turns, m_joins, m_strides;
   std::unique_ptr<ComplexPlan> m_convolution; // Bluestein only: the transform, the chirp and its spectrum
   Block<T> m_chirp, m_spectrum;
 };

@@ -85,9 +85,8 @@ template <class T, int W, int R, bool Turned>
 }
 
 // Joins the lanes: V blocks at a time become L rows of V neighbouring frequencies.
-template <class T, int W, int L>
+template <class T, int W, int L, int V = kLanes<T, W>>
 [[gnu::flatten]] void JoinLanes(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T sign) {
-  constexpr int V = kLanes<T, W>;
   using E = Vec<T, V>;
   const Index blocks = plan.blocks;
   for (Index k = 0; k < blocks; k += V) {
@@ -107,9 +106,19 @@ template <class T, int W, int L>
         im[kFirst + i] = rowIm[i];
       });
     });
-    const T *w = plan.joins + k / W * (L - 1) * 2 * W + k % W;
-    Unroll<L - 1>(
-        [&](auto l) { Turn(re[l + 1], im[l + 1], Load<E>(w + l * 2 * W), Load<E>(w + l * 2 * W + W)); });
+    const Index group = k / W;
+    if (plan.strides == nullptr) {
+      const T *w = plan.joins + group * (L - 1) * 2 * W + k % W;
+      Unroll<L - 1>(
+          [&](auto l) { Turn(re[l + 1], im[l + 1], Load<E>(w + l * 2 * W), Load<E>(w + l * 2 * W + W)); });
+    } else {
+      const T *w = plan.joins + k % W, *stride = plan.strides + group * (L - 1) * 2;
+      Unroll<L - 1>([&](auto l) {
+        E wre = Load<E>(w + l * 2 * W), wim = Load<E>(w + l * 2 * W + W);
+        Turn(wre, wim, Broadcast<E>(stride[2 * l]), Broadcast<E>(stride[2 * l + 1]));
+        Turn(re[l + 1], im[l + 1], wre, wim);
+      });
+    }
     Butterfly<T, L>(re, im);
     const Index present = blocks - k;
     Unroll<L>([&](auto l) {
@@ -146,8 +155,6 @@ void RunFirst(const fourier::Columns<T> &plan, const T *in, T *out, T sign) {
     return FirstPass<T, W, 11, Turned>(plan, in, out, sign);
   case 13:
     return FirstPass<T, W, 13, Turned>(plan, in, out, sign);
-  case 16:
-    return FirstPass<T, W, 16, Turned>(plan, in, out, sign);
   }
 }
 
@@ -172,8 +179,6 @@ void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const 
     return InnerPass<T, W, 11, Turned>(plan, pass, in, out);
   case 13:
     return InnerPass<T, W, 13, Turned>(plan, pass, in, out);
-  case 16:
-    return InnerPass<T, W, 16, Turned>(plan, pass, in, out);
   }
 }
 
@@ -188,6 +193,8 @@ void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T si
     case 7:
       return JoinLanes<T, 8, 7>(plan, in, out, scale, sign);
     case 8:
+      // 32 points, for which wider rows would be half empty.
+      if (plan.blocks == 4) return JoinLanes<T, 8, 8, kLanes<T, 4>>(plan, in, out, scale, sign);
       return JoinLanes<T, 8, 8>(plan, in, out, scale, sign);
     }
   } else {
@@ -214,23 +221,26 @@ void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T si
 
 template <class T, int W>
 void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, T scale, T sign) {
-  T *from = scratch, *to = scratch + plan.blocks * 2 * W;
-  if (plan.passCount > 1) {
+  // The last pass writes scratch, for the joining to read; before, every other one may write out instead, so
+  // that less memory is touched.
+  T *const other = out != in && plan.lanes == W ? out : scratch + plan.blocks * 2 * W;
+  const int count = plan.passCount;
+  T *from = count % 2 != 0 ? scratch : other;
+  if (count > 1) {
     RunFirst<T, W, true>(plan, in, from, sign);
   } else {
     RunFirst<T, W, false>(plan, in, from, sign);
   }
-  for (int i = 1; i < plan.passCount; ++i) {
-    if (i < plan.passCount - 1) {
+  for (int i = 1; i < count; ++i) {
+    T *const to = from == scratch ? other : scratch;
+    if (i < count - 1) {
       RunInner<T, W, true>(plan, plan.passes[i], from, to);
     } else {
       RunInner<T, W, false>(plan, plan.passes[i], from, to);
     }
-    T *const written = to;
-    to = from;
-    from = written;
+    from = to;
   }
-  RunJoin<T, W>(plan, from, out, scale, sign);
+  RunJoin<T, W>(plan, scratch, out, scale, sign);
 }
 
 /// out = scale * transform of in; out may be in. scratch holds 4 * width * blocks scalars.
