@@ -37,7 +37,7 @@ double Arithmetic(int r) {
 constexpr double kMemory = 4; // to load and store a value, real and imaginary part
 constexpr double kTurn = 4;   // to multiply it by a factor
 constexpr double kJoin = 8;   // to transpose and interleave it
-constexpr double kPart = 12;  // to store a row that does not fill its vector
+constexpr double kPart = 20;  // to store a row that does not fill its vector
 
 int RoundUp(int a, int b) { return (a + b - 1) / b; }
 

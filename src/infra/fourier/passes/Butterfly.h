@@ -119,17 +119,11 @@ template <class T, int R, class E> [[gnu::always_inline]] inline void PrimeButte
       const E cosine = Broadcast<E>(c), sine = Broadcast<E>(s);
       evenRe = MulAdd(sumRe[j], cosine, evenRe);
       evenIm = MulAdd(sumIm[j], cosine, evenIm);
-      if constexpr (kHalf == 1 && kFused) {
-        // A single term goes into the outputs with one rounding.
-        re[1] = MulAdd(differenceIm[0], sine, evenRe);
-        im[1] = NegMulAdd(differenceRe[0], sine, evenIm);
-        re[2] = NegMulAdd(differenceIm[0], sine, evenRe);
-        im[2] = MulAdd(differenceRe[0], sine, evenIm);
-      } else if constexpr (kHalf == 1) {
+      if constexpr (kHalf == 1) {
         // sin(pi / 3) rounds badly, and the error would grow from pass to pass; 1 less it is small.
         const E less = Broadcast<E>(static_cast<T>(1 - Sine(1, 3)));
-        oddRe = differenceRe[0] - differenceRe[0] * less;
-        oddIm = differenceIm[0] - differenceIm[0] * less;
+        oddRe = NegMulAdd(differenceRe[0], less, differenceRe[0]);
+        oddIm = NegMulAdd(differenceIm[0], less, differenceIm[0]);
       } else if constexpr (j == 0) {
         oddRe = differenceRe[j] * sine;
         oddIm = differenceIm[j] * sine;
@@ -138,12 +132,10 @@ template <class T, int R, class E> [[gnu::always_inline]] inline void PrimeButte
         oddIm = MulAdd(differenceIm[j], sine, oddIm);
       }
     });
-    if constexpr (kHalf > 1 || !kFused) {
-      re[k] = evenRe + oddIm;
-      im[k] = evenIm - oddRe;
-      re[R - k] = evenRe - oddIm;
-      im[R - k] = evenIm + oddRe;
-    }
+    re[k] = evenRe + oddIm;
+    im[k] = evenIm - oddRe;
+    re[R - k] = evenRe - oddIm;
+    im[R - k] = evenIm + oddRe;
   });
 }
 

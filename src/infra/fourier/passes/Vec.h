@@ -25,13 +25,6 @@ inline constexpr int kRegisterBytes = 32;
 inline constexpr int kRegisterBytes = 16;
 #endif
 
-/// Whether this level multiplies and adds in one instruction and with one rounding.
-#if defined(__FMA__)
-inline constexpr bool kFused = true;
-#else
-inline constexpr bool kFused = false;
-#endif
-
 /// Lanes of T in the widest register, or W if that is less.
 template <class T, int W>
 inline constexpr int kLanes = W < kRegisterBytes / static_cast<int>(sizeof(T))
