@@ -34,9 +34,11 @@ need() {
       become=sudo
     fi
     say "Installing with apt-get:$packages"
-    $become apt-get update -qq
+    mkdir -p build
     # shellcheck disable=SC2086
-    $become env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $packages >/dev/null
+    { $become apt-get update -qq &&
+      $become env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $packages; } \
+      >build/install.log 2>&1 || { cat build/install.log; fail "These could not be installed:$missing"; }
   else
     fail "These are missing; please install them and run this again:$missing"
   fi
