@@ -1,18 +1,19 @@
 #!/bin/sh
 # Installs the package to a folder of its own, moves it, and builds and runs a small program against it: by
 # find_package, and by pkg-config.
-# Arguments: the build folder, the folder of this script, a scratch folder, the compiler.
+# Arguments: the build folder, the folder of this script, a scratch folder, the compiler, the generator.
 set -eu
 build=$1
 source=$2
 scratch=$3
 compiler=$4
+generator=$5
 rm -rf "$scratch"
 mkdir -p "$scratch"
 cmake --install "$build" --prefix "$scratch/first" >"$scratch/install.log"
 mv "$scratch/first" "$scratch/moved"
 
-cmake -S "$source/consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/moved" -DCMAKE_CXX_COMPILER="$compiler" \
+cmake -G "$generator" -S "$source/consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/moved" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Release >"$scratch/configure.log"
 cmake --build "$scratch/build" >"$scratch/build.log"
 "$scratch/build/consumer"

@@ -29,6 +29,14 @@ std::string ReadAll(int descriptor) {
 
 } // namespace
 
+bool HasTerminals() {
+  int sides[2];
+  if (openpty(&sides[0], &sides[1], nullptr, nullptr, nullptr) != 0) return false;
+  close(sides[0]);
+  close(sides[1]);
+  return true;
+}
+
 Outcome RunTool(const std::vector<std::string> &arguments, const std::function<void()> &prepare,
                 bool terminal) {
   int out[2];

@@ -15,6 +15,9 @@ struct Outcome {
   long residentKilobytes; ///< the most memory that it held at a time
 };
 
+/// Whether the system gives pseudo-terminals; a bare root folder without /dev/pts does not.
+bool HasTerminals();
+
 /// Runs qorn with the arguments. prepare runs in the new process before the tool does. With a terminal, the
 /// error stream is one.
 Outcome RunTool(const std::vector<std::string> &arguments, const std::function<void()> &prepare = {},
