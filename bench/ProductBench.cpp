@@ -1,6 +1,8 @@
 // Dot products beside VOLK's, and the direct convolution.
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,19 @@ using QORN::TargetLib;
 
 namespace kernels = QORN::kernels;
 
+// Zeros at a 64-byte boundary, as the vectors have them; one peer's kernel relies on it.
+template <class T> class Zeros {
+public:
+  explicit Zeros(int n) : m_bytes(static_cast<std::size_t>(n) * sizeof(T) + 64) {}
+  const T *data() const {
+    const auto address = reinterpret_cast<std::uintptr_t>(m_bytes.data());
+    return reinterpret_cast<const T *>((address + 63) / 64 * 64);
+  }
+
+private:
+  std::vector<unsigned char> m_bytes;
+};
+
 template <class A, class B, class R> using DotProd = void (*)(const A *, const B *, int, R *);
 
 template <class A, class B, class R>
@@ -24,8 +39,8 @@ void Add(const std::string &name, const std::string &who, const kernels::Level &
     const std::string title = name + "/" + who + "/" + std::to_string(n);
     benchmark::RegisterBenchmark(title.c_str(), [=](benchmark::State &state) {
       const kernels::ScopedLevel scope(level);
-      const std::vector<A> a(static_cast<std::size_t>(n));
-      const std::vector<B> b(static_cast<std::size_t>(n));
+      const Zeros<A> a(n);
+      const Zeros<B> b(n);
       R result{};
       for (auto _ : state) {
         dot(a.data(), b.data(), n, &result);
