@@ -6,8 +6,16 @@ the library chooses, or "peer:name". Times are medians over the repetitions of o
 time over the best peer's, so below 1 we are faster.
 """
 import json
+import re
 import statistics
 import sys
+
+
+def place(row):
+    """By workload, then by size as a number where it begins with one."""
+    workload, size = row[0]
+    number = re.match(r"\d+", size)
+    return workload, int(number.group()) if number else 0, size
 
 
 def main():
@@ -31,7 +39,7 @@ def main():
     print(f"{context['date']}  {context['num_cpus']} processors at {context['mhz_per_cpu']} MHz, load "
           + " ".join(f"{x:.1f}" for x in context.get("load_avg", [])))
     print(f"{'workload':24} {'size':>10} {'ours':>12} {'level':>6} {'best peer':>12} {'peer':>10} {'ratio':>6} {'GB/s':>7}")
-    for (workload, size), variants in rows.items():
+    for (workload, size), variants in sorted(rows.items(), key=place):
         ours = {v: t for v, t in variants.items() if not v.startswith("peer:")}
         peers = {v[5:]: t for v, t in variants.items() if v.startswith("peer:")}
         if not ours:
