@@ -87,6 +87,18 @@ QORN_FUSED(double, 8, 512, pd)
 [[gnu::always_inline]] inline double MulSub(double a, double b, double c) { return MulAdd(a, b, -c); }
 [[gnu::always_inline]] inline float NegMulAdd(float a, float b, float c) { return MulAdd(-a, b, c); }
 [[gnu::always_inline]] inline double NegMulAdd(double a, double b, double c) { return MulAdd(-a, b, c); }
+#elif defined(__ARM_FEATURE_FMA)
+// Lane by lane, which the compiler joins to one instruction.
+[[gnu::always_inline]] inline Vec<float, 4> MulAdd(Vec<float, 4> a, Vec<float, 4> b, Vec<float, 4> c) {
+  for (int i = 0; i < 4; ++i) c[i] = MulAdd<float>(a[i], b[i], c[i]);
+  return c;
+}
+[[gnu::always_inline]] inline Vec<double, 2> MulAdd(Vec<double, 2> a, Vec<double, 2> b, Vec<double, 2> c) {
+  for (int i = 0; i < 2; ++i) c[i] = MulAdd<double>(a[i], b[i], c[i]);
+  return c;
+}
+template <class E> [[gnu::always_inline]] inline E MulSub(E a, E b, E c) { return MulAdd(a, b, -c); }
+template <class E> [[gnu::always_inline]] inline E NegMulAdd(E a, E b, E c) { return MulAdd(-a, b, c); }
 #else
 // Kernel.h's MulAdd serves vectors as well here.
 template <class E> [[gnu::always_inline]] inline E MulSub(E a, E b, E c) { return a * b - c; }
