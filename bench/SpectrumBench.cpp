@@ -6,6 +6,7 @@
 
 #include "infra/kernels/Levels.h"
 #include "peers/spectrum.h"
+#include "qorn/dsp/FT.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/Spectrum.h"
 #include "qorn/math/UnitConversion.h"
@@ -39,6 +40,20 @@ void SpectrumOf(benchmark::State &state, kernels::Level level, bool real) {
     } else {
       spectrum.Apply(out, in);
     }
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+
+// The transform inside a spectrum, by itself.
+void TransformOf(benchmark::State &state, kernels::Level level) {
+  const kernels::ScopedLevel scoped(level);
+  const int n = static_cast<int>(state.range(0));
+  QORN::FT transform;
+  const QORN::VecCplx32 in = Noise(n);
+  QORN::VecCplx32 out(n);
+  for (auto _ : state) {
+    transform.Forward(out, in);
     benchmark::DoNotOptimize(out.GetPtr());
     benchmark::ClobberMemory();
   }
@@ -92,10 +107,15 @@ void PeerOf(benchmark::State &state, peers::Logarithm logarithm) {
   for (const kernels::Level &level : kernels::AvailableLevels()) {
     const std::string name = level.name;
     sizes(benchmark::RegisterBenchmark(("Spectrum/" + name).c_str(), SpectrumOf, level, false), true);
+    sizes(benchmark::RegisterBenchmark(("SpectrumOverTransform/" + name).c_str(), SpectrumOf, level, false),
+          true);
     sizes(benchmark::RegisterBenchmark(("SpectrumReal/" + name).c_str(), SpectrumOf, level, true), true);
     sizes(benchmark::RegisterBenchmark(("WindowApply/" + name).c_str(), WindowOf, level), false);
     sizes(benchmark::RegisterBenchmark(("Volt2dBV/" + name).c_str(), DecibelsOf, level), false);
   }
+  sizes(benchmark::RegisterBenchmark("SpectrumOverTransform/peer:transform", TransformOf,
+                                     kernels::AvailableLevels().back()),
+        true);
 #if defined(QORN_PEER_FFTW) && defined(QORN_PEER_VOLK)
   sizes(benchmark::RegisterBenchmark("Spectrum/peer:FFTW+VOLK", PeerOf, peers::Logarithm::Volk), true);
   if (peers::HasLogarithm(peers::Logarithm::Sleef)) {
