@@ -34,7 +34,7 @@ double Reduced(double x, double period) {
 void TargetLib::Tone_Direct_64fc(Cplx64 *dst, int len, double magnitude, double relFreq, double *phase) {
   if (dst == nullptr || phase == nullptr || len < 1) return;
   const double slope = kTwoPi64 * Reduced(relFreq, 1.0);
-  const double start = Reduced(*phase, kTwoPi64);
+  const double start = *phase = Reduced(*phase, kTwoPi64);
   VecReal64 ramp(len);
   VectorSlope_64f(ramp.GetPtr(), len, start, slope);
   Expj_64f(ramp.GetPtr(), dst, len);
@@ -48,6 +48,7 @@ void TargetLib::Tone_Direct_32fc(Cplx32 *dst, int len, float magnitude, float re
   if (dst == nullptr || phase == nullptr || len < 1) return;
   const float frequency = static_cast<float>(Reduced(static_cast<double>(relFreq), 1.0));
   const float start = static_cast<float>(Reduced(static_cast<double>(*phase), static_cast<double>(kTwoPi32)));
+  *phase = start;
   VecReal32 ramp(len);
   VectorSlope_32f(ramp.GetPtr(), len, start, kTwoPi32 * frequency);
   Expj_32f(ramp.GetPtr(), dst, len);

@@ -106,9 +106,10 @@ void CopyText(char *dst, const char *src, std::size_t limit) {
   dst[length] = '\0';
 }
 
-// The number at the start of s, as atof reads it in the "C" locale whatever locale the host has chosen.
+// The decimal number at the start of s, as atof reads it in the "C" locale whatever locale the host has
+// chosen.
 double ParseReal(const char *s) {
-  if (*s == '+') ++s;
+  if (s[0] == '+' && s[1] != '-') ++s;
   double value = 0.0;
   const std::from_chars_result result = std::from_chars(s, s + std::strlen(s), value);
   if (result.ec != std::errc::result_out_of_range) return value;

@@ -65,6 +65,10 @@ TEST(WindowFactory, MakeWindow_HannWithParameter_IsTheOrdinaryHann) {
   ASSERT_NE(window, nullptr);
   EXPECT_EQ(window->GetSize(), 256);
   EXPECT_EQ(Coefficients(*window), Coefficients(HannWindow(256)));
+  struct Probe : Window {
+    static float Parameter(const Window &w) { return w.*(&Probe::m_parameter); }
+  };
+  EXPECT_EQ(Probe::Parameter(*window), 0.0F);
 }
 
 TEST(WindowFactory, MakeWindow_GaussWithZero_IsFlat) {

@@ -118,7 +118,7 @@ TEST(TargetLib, Tone_EmptyOrNull_DoesNothing) {
 
 TEST(TargetLib, Tone_WithoutMemoryForTheRamp_Throws11001) {
   Cplx32 dst[8];
-  float phase = 0;
+  float phase = 7;
   testing::internal::CaptureStdout();
   int code = 0;
   {
@@ -131,6 +131,8 @@ TEST(TargetLib, Tone_WithoutMemoryForTheRamp_Throws11001) {
   }
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(code, 11001);
+  // The phase was reduced before the memory was asked for.
+  EXPECT_EQ(phase, static_cast<float>(7.0 - static_cast<double>(6.2831855F)));
 }
 
 } // namespace

@@ -571,6 +571,44 @@ TEST(IQFReader, GetIQData2_NoMarkInTheLastFrame_Throws13001) {
   }
 }
 
+// Both marks of a pair count, each at its own place.
+TEST(IQFReader, GetIQData2_OneMarkOnly_Throws13001) {
+  for (const Mark mark : {Mark::kCartesian, Mark::kPolar}) {
+    const int pair = mark == Mark::kPolar ? 2 : 6;
+    for (const int at : {pair, pair + 2}) {
+      std::string bytes = Header(Text(4, 1));
+      const std::size_t frame = bytes.size();
+      bytes += Frame(mark, [](int k) { return Sample(0, k); });
+      bytes[frame + static_cast<std::size_t>(at)] = 0;
+      const TemporaryFile file(bytes);
+      const IQFReader reader(file.Path().c_str());
+      VecCplx32 dst;
+      FrameHeader header;
+      EXPECT_EQ(CodeOf([&] { reader.GetIQData2(0, 1, &header, dst); }), 13001) << at;
+      EXPECT_EQ(header.polarMark1, mark != Mark::kPolar ? 0 : at == 2 ? 0xFF00 : 0xFFFF);
+      EXPECT_EQ(header.polarMark2, mark != Mark::kPolar ? 0 : at == 4 ? 0xFF00 : 0xFFFF);
+      EXPECT_EQ(header.cartMark1, mark != Mark::kCartesian ? 0 : at == 6 ? 0xFF00 : 0xFFFF);
+      EXPECT_EQ(header.cartMark2, mark != Mark::kCartesian ? 0 : at == 8 ? 0xFF00 : 0xFFFF);
+    }
+  }
+}
+
+TEST(IQFReader, Constructor_FramesWithoutABlockSize_HasNoBlocks) {
+  const TemporaryFile file(Header("FFTPoints=4 ValidFrames=10"));
+  const IQFReader reader(file.Path().c_str());
+  EXPECT_EQ(reader.GetBlockSize(), 0);
+  EXPECT_EQ(reader.GetNofBlocks(), 0);
+  EXPECT_EQ(reader.GetFirstBlockSize(), 0);
+}
+
+TEST(IQFReader, Constructor_SignsOfNumbers_AreReadAsAtofReadsThem) {
+  const TemporaryFile file(Header("IOffset=+5 QOffset=+-5 MaxInputLevel=-5 Span=+2k"));
+  const IQFReader reader(file.Path().c_str());
+  EXPECT_EQ(reader.GetMaxInputLevel(), -5.0);
+  EXPECT_EQ(reader.GetSpan(), 2000.0);
+  EXPECT_EQ(Peer::Convert("+-5"), 0.0);
+}
+
 struct Range {
   int start, n;
 };
