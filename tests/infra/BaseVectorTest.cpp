@@ -256,6 +256,11 @@ TYPED_TEST(BaseVector, CopyOfTheBase_IsMemberwise_SharesTheBlock) {
   EXPECT_EQ(shared.GetPtr(), vector.GetPtr());
   EXPECT_EQ(shared.GetSize(), 4);
   EXPECT_EQ(shared.GetCapacity(), 4);
+  QORN::BaseVector<typename TypeParam::T> assigned;
+  assigned = shared;
+  EXPECT_EQ(assigned.GetPtr(), vector.GetPtr());
+  EXPECT_EQ(assigned.GetSize(), 4);
+  EXPECT_EQ(assigned.GetCapacity(), 4);
 }
 
 // Access.

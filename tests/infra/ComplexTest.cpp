@@ -42,7 +42,10 @@ TEST(Cplx, Arrays_CastToScalars_AreInterleaved) {
   scalars[3] = 5.0F;
   EXPECT_EQ(reinterpret_cast<Cplx32 *>(scalars)[1].im, 5.0F);
   Cplx64 wide[] = {{1, 2}, {3, 4}};
-  EXPECT_EQ(reinterpret_cast<double *>(wide)[2], 3.0);
+  auto *parts = reinterpret_cast<double *>(wide);
+  EXPECT_EQ(parts[2], 3.0);
+  parts[3] = 5.0;
+  EXPECT_EQ(reinterpret_cast<Cplx64 *>(parts)[1].im, 5.0);
 }
 
 TEST(Complex, Cplx_TwoParts_IsThePair) {
@@ -77,6 +80,7 @@ TEST(Complex, ToCplx64AndBack_AnyValue_RoundsOnlyWhenNarrowing) {
 TEST(Complex, Conj_AnyValue_InvertsTheSignBit) {
   EXPECT_TRUE(Same()(Complex::Conj(Cplx32{1, 0}), Cplx32{1, -0.0F}));
   EXPECT_TRUE(Same()(Complex::Conj(Cplx64{1, -2}), Cplx64{1, 2}));
+  EXPECT_TRUE(Same()(Complex::Conj(Cplx64{1, 0}), Cplx64{1, -0.0}));
 }
 
 // Products that are stored to volatile variables cannot be fused with the sum that follows.
@@ -105,6 +109,11 @@ TEST(Complex, MulConj_OfItself_IsTheSquaredMagnitude) {
     const Cplx32 product = Complex::MulConj(a, a);
     EXPECT_EQ(product.re, Complex::MagSqr(a));
     EXPECT_EQ(product.im, 0.0F);
+  }
+  for (const Cplx64 a : QORN::test::FiniteSamples<Cplx64>(1e15)) {
+    const Cplx64 product = Complex::MulConj(a, a);
+    EXPECT_EQ(product.re, Complex::MagSqr(a));
+    EXPECT_EQ(product.im, 0.0);
   }
 }
 

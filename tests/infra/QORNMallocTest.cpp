@@ -70,6 +70,7 @@ TEST(QORNMalloc, Malloc_CountZero_IsPassedOn) {
   void *block = QORNMalloc::MallocReal32(0);
   EXPECT_EQ(AllocationCount(), before + 1);
   EXPECT_EQ(LatestRequest(), 0U);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0U);
   QORNMalloc::Delete(block);
 }
 

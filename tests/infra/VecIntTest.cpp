@@ -394,6 +394,15 @@ TEST(VecUInt32, DumpToFile_WritesTheValueOnly) {
   EXPECT_EQ(file.Content(), "1\n4294967295\n");
 }
 
+TEST(VecUInt32, Import_OfItsDump_GivesTheElements) {
+  const TempFile file;
+  const auto vector = Of<VecUInt32>({0, 7, 2147483647LL});
+  vector.Dump(file.Path());
+  VecUInt32 back;
+  back.Import(file.Path(), false);
+  EXPECT_EQ(Values(back), Values(vector));
+}
+
 TYPED_TEST(VecIntText, DumpToFile_Announced_TellsThePath) {
   const TempFile file;
   EXPECT_EQ(PrintedBy([&] { TypeParam(1).Dump(file.Path(), true); }),

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "infra/kernels/Levels.h"
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "qorn/infra/VecInt32.h"
@@ -100,6 +101,23 @@ TYPED_TEST(VectorConversionOf, Convert_EmptySource_GivesEmptyDestination) {
   typename TypeParam::Dst fresh;
   VectorConversion::Convert(fresh, typename TypeParam::Src());
   EXPECT_EQ(fresh.GetPtr(), nullptr);
+}
+
+TEST(VectorConversion, Convert_EmptySource_CallsNoKernel) {
+  namespace kernels = QORN::kernels;
+  static int calls = 0;
+  kernels::Table counting = *kernels::active;
+  counting.Convert_64f32f = [](const double *, float *, int) { ++calls; };
+  counting.Convert_32f64f = [](const float *, double *, int) { ++calls; };
+  const kernels::ScopedLevel scope({"counting", &counting});
+  VecReal32 real(5);
+  VecCplx64 complex(5);
+  VectorConversion::Convert(real, VecReal64());
+  VectorConversion::Convert(complex, VecCplx32());
+  EXPECT_EQ(calls, 0);
+  VectorConversion::Convert(real, VecReal64(1));
+  VectorConversion::Convert(complex, VecCplx32(1));
+  EXPECT_EQ(calls, 2);
 }
 
 TYPED_TEST(VectorConversionOf, Convert_NoMemory_Throws11001) {
