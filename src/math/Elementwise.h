@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "infra/Checks.h"
 #include "infra/KernelTraits.h"
 
 namespace QORN {
@@ -30,6 +31,18 @@ template <class D, class S, class Kernel> void Map(D &dst, const S &src, Kernel 
   const int n = src.GetSize();
   ResizeLike(dst, src);
   kernel(src.GetPtr(), dst.GetPtr(), n);
+}
+
+/// dst = kernel(a, b), element by element, over the length of a. dst may be either source.
+template <class V, class Kernel> void Map2(V &dst, const V &a, const V &b, Kernel kernel) {
+  const int n = a.GetSize();
+  checks::Operand("length of the second source", b.GetSize(), n);
+  if (&dst == &b && n > 0) {
+    dst.Truncate(0, n); // Resize would move a narrowed view
+  } else {
+    ResizeLike(dst, a);
+  }
+  kernel(a.GetPtr(), b.GetPtr(), dst.GetPtr(), n);
 }
 
 /// kernel on one value: a scalar function gives what the vector function gives.

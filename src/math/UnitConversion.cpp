@@ -39,8 +39,8 @@ template <class T> struct Block {
   Block Sub(T c) const { return Kernels<T>::SubC(c, x, n), *this; }
   Block Mul(T c) const { return Kernels<T>::MulC(c, x, n), *this; }
   Block Div(T c) const { return Kernels<T>::DivC(c, x, n), *this; }
-  Block Sqr() const { return Kernels<T>::Sqr(x, n), *this; }
-  Block Sqrt() const { return Kernels<T>::Sqrt(x, n), *this; }
+  Block Sqr() const { return Kernels<T>::Sqr(x, x, n), *this; }
+  Block Sqrt() const { return Kernels<T>::Sqrt(x, x, n), *this; }
   Block Log10() const {
     Kernels<T>::AddC(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
     return Kernels<T>::Log10(x, x, n), *this;
@@ -49,11 +49,6 @@ template <class T> struct Block {
 };
 
 template <class T> Block(T *, int) -> Block<T>;
-
-double Root(double x) {
-  Kernels<double>::Sqrt(&x, 1);
-  return x;
-}
 
 // A scalar form that is its vector form on one element.
 template <class Form, class T> T InPlace(T x) {
@@ -232,7 +227,7 @@ struct Volt2Watt {
 };
 
 struct Watt2Volt {
-  template <class T> static T Scalar(T x) { return Narrow<T>(Root(Wide(x * kOhm<T>))); }
+  template <class T> static T Scalar(T x) { return Narrow<T>(MathUtils::Sqrt(Wide(x * kOhm<T>))); }
   template <class T> static void Steps(Block<T> b) { b.Mul(kOhm<T>).Sqrt(); }
 };
 
