@@ -292,7 +292,7 @@ public:
 
   /// dst[i] = the base-10 (Log10) or natural (Ln) logarithm of src[i]; with Log0Check that of
   /// src[i] + kLogZeroOffset, the sum rounded to the element type: then a zero gives -40.00000234080515
-  /// (-92.10340910964765) and any element that is not tiny its own logarithm. A negative element gives
+  /// (-92.10340910966488) and any element that is not tiny its own logarithm. A negative element gives
   /// not-a-number in either case; only the scalar form replaces it.
   ///@{
   static void Log10(VecReal32 &dst, const VecReal32 &src, Log0CheckType check = Log0NoCheck);
