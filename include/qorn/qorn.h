@@ -36,6 +36,7 @@
 #include "qorn/dsp/FT.h"
 #include "qorn/dsp/FftScaleFlag.h"
 #include "qorn/dsp/FixedWindows.h"
+#include "qorn/dsp/ParametricWindows.h"
 #include "qorn/dsp/Spectrum.h"
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"

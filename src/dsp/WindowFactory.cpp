@@ -4,6 +4,7 @@
 
 #include "WindowTable.h"
 #include "qorn/dsp/FixedWindows.h"
+#include "qorn/dsp/ParametricWindows.h"
 
 namespace QORN {
 
@@ -25,9 +26,11 @@ template <class W> constexpr Row RowOf(WindowType type) {
 }
 
 constexpr Row kRows[] = {
-    RowOf<Window>(WindowRectangle),      RowOf<BlackmanHarrisWindow>(WindowBlackmanHarris),
-    RowOf<FlatTopWindow>(WindowFlatTop), RowOf<HannWindow>(WindowHann),
-    RowOf<GaussWindow>(WindowGauss),     RowOf<HammingWindow>(WindowHamming),
+    RowOf<Window>(WindowRectangle),        RowOf<BlackmanHarrisWindow>(WindowBlackmanHarris),
+    RowOf<FlatTopWindow>(WindowFlatTop),   RowOf<HannWindow>(WindowHann),
+    RowOf<GaussWindow>(WindowGauss),       RowOf<HammingWindow>(WindowHamming),
+    RowOf<CISPR6dBWindow>(WindowCISPR6dB), RowOf<CISPR6dBWindow>(WindowMil6dB),
+    RowOf<KaiserWindow>(WindowKaiser),     RowOf<CISPR3dBWindow>(WindowCISPR3dB),
 };
 
 std::unique_ptr<Window> Make(WindowType type) {

@@ -7,20 +7,13 @@
 #include <vector>
 
 #include "dsp/WindowTable.h"
-#include "qorn/dsp/FixedWindows.h"
 #include "qorn/infra/QORNException.h"
-#include "support/Vectors.h"
+#include "support/Windows.h"
 
 namespace {
 
 using namespace QORN;
-using test::List;
-
-std::vector<float> Coefficients(const Window &window) {
-  VecReal32 w;
-  window.GetCoefficients(w);
-  return List(w);
-}
+using test::Coefficients;
 
 struct Offer {
   WindowType type;
@@ -28,9 +21,11 @@ struct Offer {
 };
 
 const Offer kOffers[] = {
-    {WindowRectangle, typeid(Window)},      {WindowBlackmanHarris, typeid(BlackmanHarrisWindow)},
-    {WindowFlatTop, typeid(FlatTopWindow)}, {WindowHann, typeid(HannWindow)},
-    {WindowGauss, typeid(GaussWindow)},     {WindowHamming, typeid(HammingWindow)},
+    {WindowRectangle, typeid(Window)},        {WindowBlackmanHarris, typeid(BlackmanHarrisWindow)},
+    {WindowFlatTop, typeid(FlatTopWindow)},   {WindowHann, typeid(HannWindow)},
+    {WindowGauss, typeid(GaussWindow)},       {WindowHamming, typeid(HammingWindow)},
+    {WindowCISPR6dB, typeid(CISPR6dBWindow)}, {WindowMil6dB, typeid(CISPR6dBWindow)},
+    {WindowKaiser, typeid(KaiserWindow)},     {WindowCISPR3dB, typeid(CISPR3dBWindow)},
 };
 
 TEST(WindowType, Values_AreThoseOfTheInterface) {
@@ -65,10 +60,7 @@ TEST(WindowFactory, MakeWindow_HannWithParameter_IsTheOrdinaryHann) {
   ASSERT_NE(window, nullptr);
   EXPECT_EQ(window->GetSize(), 256);
   EXPECT_EQ(Coefficients(*window), Coefficients(HannWindow(256)));
-  struct Probe : Window {
-    static float Parameter(const Window &w) { return w.*(&Probe::m_parameter); }
-  };
-  EXPECT_EQ(Probe::Parameter(*window), 0.0F);
+  EXPECT_EQ(test::WindowProbe::Parameter(*window), 0.0F);
 }
 
 TEST(WindowFactory, MakeWindow_GaussWithZero_IsFlat) {
@@ -78,6 +70,32 @@ TEST(WindowFactory, MakeWindow_GaussWithZero_IsFlat) {
   const std::unique_ptr<Window> usual(WindowFactory::MakeWindow(WindowGauss));
   usual->SetParameters(256);
   EXPECT_EQ(Coefficients(*usual), Coefficients(GaussWindow(256)));
+}
+
+TEST(WindowFactory, MakeWindow_KaiserFamilyWithParameter_TakesItForBeta) {
+  for (const WindowType type : {WindowCISPR6dB, WindowMil6dB, WindowKaiser, WindowCISPR3dB}) {
+    const std::unique_ptr<Window> flat(WindowFactory::MakeWindow(type, 256, 0.0F));
+    EXPECT_EQ(Coefficients(*flat), std::vector<float>(256, 1.0F / 256.0F)) << type;
+    const std::unique_ptr<Window> shaped(WindowFactory::MakeWindow(type, 256, 9.5F));
+    EXPECT_EQ(Coefficients(*shaped), Coefficients(KaiserWindow(256, 9.5F))) << type;
+  }
+}
+
+TEST(WindowFactory, MakeWindow_KaiserFamilySizedLater_HasItsStandardShape) {
+  const struct {
+    WindowType type;
+    float beta, rbwScaling;
+  } rows[] = {{WindowCISPR6dB, 14.6F, 2.9405F},
+              {WindowMil6dB, 14.6F, 2.9405F},
+              {WindowKaiser, 16.71F, 2.2292F},
+              {WindowCISPR3dB, 14.6F, 2.2292F}};
+  for (const auto &row : rows) {
+    const std::unique_ptr<Window> window(WindowFactory::MakeWindow(row.type));
+    EXPECT_EQ(window->GetEffectiveRBWScaling(), row.rbwScaling) << row.type;
+    window->SetParameters(100);
+    EXPECT_EQ(window->GetEffectiveRBWScaling(), row.rbwScaling) << row.type;
+    EXPECT_EQ(Coefficients(*window), Coefficients(KaiserWindow(100, row.beta))) << row.type;
+  }
 }
 
 TEST(WindowFactory, MakeWindow_LengthThatIsRefused_ThrowsAndLeavesNothingBehind) {
@@ -112,9 +130,16 @@ TEST(WindowFactory, CloneWindow_MadeByTheFactory_IsOfItsClassAndIndependent) {
   }
 }
 
+TEST(WindowFactory, CloneWindow_ChosenScaling_ComesAlong) {
+  const std::unique_ptr<Window> window(WindowFactory::MakeWindow(WindowCISPR6dB, 31, 14.6F));
+  window->Set6dBBWParam(1e6);
+  EXPECT_EQ(CloneWindow(*window)->GetEffectiveRBWScaling(), 2.8405F);
+}
+
 TEST(WindowFactory, CloneWindow_OfAnUnknownClass_IsNull) {
   struct Foreign : HannWindow {};
   EXPECT_EQ(CloneWindow(Foreign()), nullptr);
+  EXPECT_EQ(CloneWindow(TaylorWindow(31)), nullptr);
 }
 
 } // namespace

@@ -14,17 +14,17 @@ enum WindowType : int {
   WindowFlatTop = 2,        ///< FlatTopWindow
   WindowHann = 3,           ///< HannWindow
   WindowGauss = 4,          ///< GaussWindow; the parameter is alpha
-  WindowCISPR6dB = 5,
-  WindowMil6dB = 6,
-  WindowKaiser = 7,
-  WindowHamming = 8, ///< HammingWindow
+  WindowCISPR6dB = 5,       ///< CISPR6dBWindow; the parameter is beta, not 14.6 unless it is given
+  WindowMil6dB = 6,         ///< CISPR6dBWindow
+  WindowKaiser = 7,         ///< KaiserWindow in mode 0; the parameter is beta
+  WindowHamming = 8,        ///< HammingWindow
   WindowBlackman = 9,
   WindowBarlett = 10,
   WindowTriangular = 11,
   WindowTukey = 12,
   WindowChebyshev = 13,
   WindowUserDefined = 14,
-  WindowCISPR3dB = 15,
+  WindowCISPR3dB = 15, ///< CISPR3dBWindow; the parameter is beta, as for WindowCISPR6dB
   WindowNone = 16
 };
 
