@@ -22,6 +22,7 @@ namespace {
 
 using namespace QORN;
 using test::List;
+using test::Numbers;
 using test::Of;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -413,20 +414,6 @@ TEST(MathUtils, Fmod_AnySigns_HasTheSignOfTheFirst) {
 }
 
 // Copies.
-
-template <class T> T Element(int x) {
-  if constexpr (test::kIsCplx<T>) {
-    return {static_cast<test::Part<T>>(x), static_cast<test::Part<T>>(-x)};
-  } else {
-    return static_cast<T>(x);
-  }
-}
-
-template <class V> V Numbers(const std::vector<int> &numbers) {
-  std::vector<test::ElementOf<V>> elements;
-  for (const int x : numbers) elements.push_back(Element<test::ElementOf<V>>(x));
-  return Of<V>(elements);
-}
 
 template <class V> void ExpectNumbers(const V &vec, const std::vector<int> &numbers) {
   EXPECT_EQ(List(vec), List(Numbers<V>(numbers)));

@@ -17,30 +17,16 @@
 namespace {
 
 using namespace QORN;
+using test::Element;
 using test::ElementOf;
 using test::List;
+using test::Numbers;
 using test::Of;
 
 static_assert(std::is_base_of_v<VectorConversion, VecUtils>);
 
-template <class T> T Element(int x) {
-  if constexpr (std::is_class_v<T>) {
-    using Part = decltype(T::re);
-    return {static_cast<Part>(x), static_cast<Part>(-x)};
-  } else {
-    return static_cast<T>(x);
-  }
-}
-
-// A vector whose elements are told apart by small integers.
-template <class V> V Make(const std::vector<int> &numbers) {
-  std::vector<ElementOf<V>> elements;
-  for (const int x : numbers) elements.push_back(Element<ElementOf<V>>(x));
-  return Of<V>(elements);
-}
-
 template <class V> void Expect(const V &vec, const std::vector<int> &numbers) {
-  EXPECT_EQ(List(vec), List(Make<V>(numbers)));
+  EXPECT_EQ(List(vec), List(Numbers<V>(numbers)));
 }
 
 template <class V> class VecUtilsOnAll : public testing::Test {};
@@ -54,11 +40,11 @@ TYPED_TEST_SUITE(VecUtilsOnSamples, SampleVectors);
 TYPED_TEST(VecUtilsOnAll, Concat_TwoVectors_JoinsThem) {
   using V = TypeParam;
   V dst;
-  VecUtils::Concat(dst, Make<V>({1, 2, 3}), Make<V>({4, 5}));
+  VecUtils::Concat(dst, Numbers<V>({1, 2, 3}), Numbers<V>({4, 5}));
   Expect(dst, {1, 2, 3, 4, 5});
-  VecUtils::Concat(dst, V(), Make<V>({7}));
+  VecUtils::Concat(dst, V(), Numbers<V>({7}));
   Expect(dst, {7});
-  VecUtils::Concat(dst, Make<V>({8}), V());
+  VecUtils::Concat(dst, Numbers<V>({8}), V());
   Expect(dst, {8});
   VecUtils::Concat(dst, V(), V());
   EXPECT_EQ(dst.GetSize(), 0);
@@ -66,8 +52,8 @@ TYPED_TEST(VecUtilsOnAll, Concat_TwoVectors_JoinsThem) {
 
 TYPED_TEST(VecUtilsOnAll, Concat_Ranges_JoinsThem) {
   using V = TypeParam;
-  const V a = Make<V>({0, 1, 2, 3, 4});
-  const V b = Make<V>({10, 11, 12});
+  const V a = Numbers<V>({0, 1, 2, 3, 4});
+  const V b = Numbers<V>({10, 11, 12});
   V dst;
   VecUtils::Concat(dst, a, 1, 2, b, 1, -1);
   Expect(dst, {1, 2, 11, 12});
@@ -81,8 +67,8 @@ TYPED_TEST(VecUtilsOnAll, Concat_Ranges_JoinsThem) {
 
 TYPED_TEST(VecUtilsOnAll, Prepend_Vector_PutsItBefore) {
   using V = TypeParam;
-  V vec = Make<V>({3, 4});
-  VecUtils::Prepend(vec, Make<V>({1, 2}));
+  V vec = Numbers<V>({3, 4});
+  VecUtils::Prepend(vec, Numbers<V>({1, 2}));
   Expect(vec, {1, 2, 3, 4});
   VecUtils::Prepend(vec, V());
   Expect(vec, {1, 2, 3, 4});
@@ -90,8 +76,8 @@ TYPED_TEST(VecUtilsOnAll, Prepend_Vector_PutsItBefore) {
 
 TYPED_TEST(VecUtilsOnAll, Append_Vector_PutsItBehind) {
   using V = TypeParam;
-  V vec = Make<V>({3, 4});
-  VecUtils::Append(vec, Make<V>({1, 2}));
+  V vec = Numbers<V>({3, 4});
+  VecUtils::Append(vec, Numbers<V>({1, 2}));
   Expect(vec, {3, 4, 1, 2});
   V empty;
   VecUtils::Append(empty, vec);
@@ -100,7 +86,7 @@ TYPED_TEST(VecUtilsOnAll, Append_Vector_PutsItBehind) {
 
 TYPED_TEST(VecUtilsOnAll, PrependAndAppend_Itself_DoubleTheVector) {
   using V = TypeParam;
-  V vec = Make<V>({1, 2, 3});
+  V vec = Numbers<V>({1, 2, 3});
   VecUtils::Append(vec, vec);
   Expect(vec, {1, 2, 3, 1, 2, 3});
   VecUtils::Prepend(vec, vec);
@@ -113,7 +99,7 @@ TYPED_TEST(VecUtilsOnAll, PrependAndAppend_Itself_DoubleTheVector) {
 
 TYPED_TEST(VecUtilsOnAll, Copy_Range_GivesDstItsLength) {
   using V = TypeParam;
-  const V src = Make<V>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+  const V src = Numbers<V>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
   V dst;
   VecUtils::Copy(dst, src, 3, -1);
   Expect(dst, {3, 4, 5, 6, 7, 8, 9});
@@ -129,12 +115,12 @@ TYPED_TEST(VecUtilsOnAll, Copy_Range_GivesDstItsLength) {
 
 TYPED_TEST(VecUtilsOnAll, Insert_Range_OverwritesWithoutResize) {
   using V = TypeParam;
-  V dst = Make<V>({0, 1, 2, 3, 4});
-  VecUtils::Insert(dst, 1, Make<V>({10, 11, 12}), 1, -1);
+  V dst = Numbers<V>({0, 1, 2, 3, 4});
+  VecUtils::Insert(dst, 1, Numbers<V>({10, 11, 12}), 1, -1);
   Expect(dst, {0, 11, 12, 3, 4});
-  VecUtils::Insert(dst, 4, Make<V>({10, 11, 12}), 0, 1);
+  VecUtils::Insert(dst, 4, Numbers<V>({10, 11, 12}), 0, 1);
   Expect(dst, {0, 11, 12, 3, 10});
-  VecUtils::Insert(dst, 0, Make<V>({20, 21}), 2, -1);
+  VecUtils::Insert(dst, 0, Numbers<V>({20, 21}), 2, -1);
   Expect(dst, {0, 11, 12, 3, 10});
   VecUtils::Insert(dst, 0, dst, 1, 4);
   Expect(dst, {11, 12, 3, 10, 10});
@@ -143,15 +129,15 @@ TYPED_TEST(VecUtilsOnAll, Insert_Range_OverwritesWithoutResize) {
 TYPED_TEST(VecUtilsOnAll, CopyByIndex_Indices_Gather) {
   using V = TypeParam;
   V dst;
-  VecUtils::CopyByIndex(dst, Make<V>({10, 11, 12}), Of<VecInt32>({2, 0, 0, 1, 2}));
+  VecUtils::CopyByIndex(dst, Numbers<V>({10, 11, 12}), Of<VecInt32>({2, 0, 0, 1, 2}));
   Expect(dst, {12, 10, 10, 11, 12});
-  VecUtils::CopyByIndex(dst, Make<V>({10}), VecInt32());
+  VecUtils::CopyByIndex(dst, Numbers<V>({10}), VecInt32());
   EXPECT_EQ(dst.GetSize(), 0);
 }
 
 TYPED_TEST(VecUtilsOnSamples, Downsample_TenByThree_TakesEveryThirdFromThePhase) {
   using V = TypeParam;
-  const V src = Make<V>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+  const V src = Numbers<V>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
   V dst;
   VecUtils::Downsample(dst, src, 3, 0);
   Expect(dst, {0, 3, 6, 9});
@@ -170,57 +156,57 @@ TYPED_TEST(VecUtilsOnSamples, Downsample_TenByThree_TakesEveryThirdFromThePhase)
 TYPED_TEST(VecUtilsOnSamples, Downsample_LargestFactor_DoesNotOverflow) {
   using V = TypeParam;
   V dst;
-  VecUtils::Downsample(dst, Make<V>({4, 5, 6}), std::numeric_limits<int>::max(), 0);
+  VecUtils::Downsample(dst, Numbers<V>({4, 5, 6}), std::numeric_limits<int>::max(), 0);
   Expect(dst, {4});
 }
 
 TYPED_TEST(VecUtilsOnSamples, Downsample_PhaseOutside_ResizesAndLeavesTheElements) {
   using V = TypeParam;
-  V dst = Make<V>({7, 8, 9, 10});
-  VecUtils::Downsample(dst, Make<V>({0, 1, 2, 3, 4, 5}), 2, 2);
+  V dst = Numbers<V>({7, 8, 9, 10});
+  VecUtils::Downsample(dst, Numbers<V>({0, 1, 2, 3, 4, 5}), 2, 2);
   Expect(dst, {7, 8});
-  VecUtils::Downsample(dst, Make<V>({0, 1}), 2, 100);
+  VecUtils::Downsample(dst, Numbers<V>({0, 1}), 2, 100);
   EXPECT_EQ(dst.GetSize(), 0);
 }
 
 TYPED_TEST(VecUtilsOnSamples, Downsample_FactorBelowOne_LeavesDst) {
   using V = TypeParam;
-  V dst = Make<V>({7, 8, 9});
-  VecUtils::Downsample(dst, Make<V>({0, 1, 2}), 0, 0);
-  VecUtils::Downsample(dst, Make<V>({0, 1, 2}), -3, 0);
+  V dst = Numbers<V>({7, 8, 9});
+  VecUtils::Downsample(dst, Numbers<V>({0, 1, 2}), 0, 0);
+  VecUtils::Downsample(dst, Numbers<V>({0, 1, 2}), -3, 0);
   Expect(dst, {7, 8, 9});
 }
 
 TYPED_TEST(VecUtilsOnSamples, Upsample_TwoByThree_InsertsZeros) {
   using V = TypeParam;
-  V dst = Make<V>({9, 9, 9, 9, 9, 9, 9, 9});
-  VecUtils::Upsample(dst, Make<V>({1, 2}), 3, 1);
+  V dst = Numbers<V>({9, 9, 9, 9, 9, 9, 9, 9});
+  VecUtils::Upsample(dst, Numbers<V>({1, 2}), 3, 1);
   ASSERT_EQ(dst.GetSize(), 6);
   using T = ElementOf<V>;
   EXPECT_EQ(List(dst), (std::vector<T>{T{}, Element<T>(1), T{}, T{}, Element<T>(2), T{}}));
-  VecUtils::Upsample(dst, Make<V>({1, 2}), 1, 0);
+  VecUtils::Upsample(dst, Numbers<V>({1, 2}), 1, 0);
   Expect(dst, {1, 2});
 }
 
 TYPED_TEST(VecUtilsOnSamples, Upsample_Refused_ResizesAndLeavesTheElements) {
   using V = TypeParam;
-  V dst = Make<V>({7, 8, 9, 10, 11});
-  VecUtils::Upsample(dst, Make<V>({1, 2}), 2, 2);
+  V dst = Numbers<V>({7, 8, 9, 10, 11});
+  VecUtils::Upsample(dst, Numbers<V>({1, 2}), 2, 2);
   Expect(dst, {7, 8, 9, 10});
-  VecUtils::Upsample(dst, Make<V>({1, 2}), -1, 0);
+  VecUtils::Upsample(dst, Numbers<V>({1, 2}), -1, 0);
   EXPECT_EQ(dst.GetSize(), 0);
 }
 
 TYPED_TEST(VecUtilsOnSamples, Duplicate_Elements_RepeatsEachInPlace) {
   using V = TypeParam;
   V dst;
-  VecUtils::Duplicate(dst, Make<V>({1, 2}), 3);
+  VecUtils::Duplicate(dst, Numbers<V>({1, 2}), 3);
   Expect(dst, {1, 1, 1, 2, 2, 2});
-  VecUtils::Duplicate(dst, Make<V>({1, 2}), 2);
+  VecUtils::Duplicate(dst, Numbers<V>({1, 2}), 2);
   Expect(dst, {1, 1, 2, 2});
-  VecUtils::Duplicate(dst, Make<V>({1, 2}), 0);
+  VecUtils::Duplicate(dst, Numbers<V>({1, 2}), 0);
   EXPECT_EQ(dst.GetSize(), 0);
-  VecUtils::Duplicate(dst, Make<V>({1, 2}), -1);
+  VecUtils::Duplicate(dst, Numbers<V>({1, 2}), -1);
   EXPECT_EQ(dst.GetSize(), 0);
 }
 
@@ -244,10 +230,10 @@ TYPED_TEST(VecUtilsOnSamples, DuplicateAndUpsample_BeyondAnyVector_FailAsALackOf
 
 TYPED_TEST(VecUtilsOnSamples, DeleteElement_Indices_ClosesTheGaps) {
   using V = TypeParam;
-  V vec = Make<V>({1, 2, 3});
+  V vec = Numbers<V>({1, 2, 3});
   VecUtils::DeleteElement(vec, Of<VecInt32>({0, 2}));
   Expect(vec, {2});
-  vec = Make<V>({0, 1, 2, 3, 4, 5});
+  vec = Numbers<V>({0, 1, 2, 3, 4, 5});
   VecUtils::DeleteElement(vec, Of<VecInt32>({1, 2, 5}));
   Expect(vec, {0, 3, 4});
   EXPECT_EQ(vec.GetCapacity(), 6);
@@ -255,17 +241,17 @@ TYPED_TEST(VecUtilsOnSamples, DeleteElement_Indices_ClosesTheGaps) {
 
 TYPED_TEST(VecUtilsOnSamples, DeleteElement_All_LeavesTheVector) {
   using V = TypeParam;
-  V vec = Make<V>({1, 2, 3});
+  V vec = Numbers<V>({1, 2, 3});
   VecUtils::DeleteElement(vec, Of<VecInt32>({0, 1, 2}));
   Expect(vec, {1, 2, 3});
-  V one = Make<V>({4});
+  V one = Numbers<V>({4});
   VecUtils::DeleteElement(one, 0);
   Expect(one, {4});
 }
 
 TYPED_TEST(VecUtilsOnSamples, DeleteElement_OneIndex_RemovesIt) {
   using V = TypeParam;
-  V vec = Make<V>({1, 2, 3});
+  V vec = Numbers<V>({1, 2, 3});
   VecUtils::DeleteElement(vec, 1);
   Expect(vec, {1, 3});
   VecUtils::DeleteElement(vec, 9);
@@ -274,7 +260,7 @@ TYPED_TEST(VecUtilsOnSamples, DeleteElement_OneIndex_RemovesIt) {
 
 TYPED_TEST(VecUtilsOnSamples, DeleteElement_IndexThatFallsBehind_StopsTheScan) {
   using V = TypeParam;
-  V vec = Make<V>({0, 1, 2, 3, 4});
+  V vec = Numbers<V>({0, 1, 2, 3, 4});
   VecUtils::DeleteElement(vec, Of<VecInt32>({1, 1, 3}));
   Expect(vec, {0, 2, 3, 4});
   VecUtils::DeleteElement(vec, VecInt32());
@@ -283,7 +269,7 @@ TYPED_TEST(VecUtilsOnSamples, DeleteElement_IndexThatFallsBehind_StopsTheScan) {
 
 TYPED_TEST(VecUtilsOnSamples, DeleteElement_NarrowedView_StaysWithinIt) {
   using V = TypeParam;
-  V vec = Make<V>({0, 1, 2, 3, 4, 5});
+  V vec = Numbers<V>({0, 1, 2, 3, 4, 5});
   vec.Trim(1, 4);
   VecUtils::DeleteElement(vec, 0);
   Expect(vec, {2, 3, 4});
@@ -299,7 +285,7 @@ TYPED_TEST(VecUtilsOnSamples, Flip_AnyLength_Reverses) {
       up.push_back(i);
       down.push_back(n - 1 - i);
     }
-    V vec = Make<V>(up);
+    V vec = Numbers<V>(up);
     VecUtils::Flip(vec);
     Expect(vec, down);
   }
@@ -307,13 +293,13 @@ TYPED_TEST(VecUtilsOnSamples, Flip_AnyLength_Reverses) {
 
 TYPED_TEST(VecUtilsOnAll, Sort_BothWays_GivesValuesAndFormerPlaces) {
   using V = TypeParam;
-  V vec = Make<V>({3, 1, 2});
+  V vec = Numbers<V>({3, 1, 2});
   VecInt32 order;
   VecUtils::Sort(vec, order, VecUtils::SortAscending);
   Expect(vec, {1, 2, 3});
   EXPECT_EQ(List(order), (std::vector<int>{1, 2, 0}));
   for (const int dir : {0, 2, -1}) {
-    V other = Make<V>({3, 1, 2});
+    V other = Numbers<V>({3, 1, 2});
     VecUtils::Sort(other, order, static_cast<VecUtils::SortDir>(dir));
     Expect(other, {3, 2, 1});
     EXPECT_EQ(List(order), (std::vector<int>{0, 2, 1}));
@@ -322,7 +308,7 @@ TYPED_TEST(VecUtilsOnAll, Sort_BothWays_GivesValuesAndFormerPlaces) {
 
 TYPED_TEST(VecUtilsOnAll, Sort_WithoutOrder_GivesTheSameValues) {
   using V = TypeParam;
-  V vec = Make<V>({3, 1, 2, 1});
+  V vec = Numbers<V>({3, 1, 2, 1});
   VecUtils::Sort(vec, VecUtils::SortAscending);
   Expect(vec, {1, 1, 2, 3});
   VecUtils::Sort(vec, VecUtils::SortDescending);

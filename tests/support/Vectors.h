@@ -35,6 +35,23 @@ template <class V> std::vector<ElementOf<V>> List(const V &vec) {
   return elements;
 }
 
+/// A small integer as an element; as a complex one with its negative as the imaginary part.
+template <class T> T Element(int x) {
+  if constexpr (std::is_class_v<T>) {
+    using Part = decltype(T::re);
+    return {static_cast<Part>(x), static_cast<Part>(-x)};
+  } else {
+    return static_cast<T>(x);
+  }
+}
+
+/// A vector whose elements are told apart by small integers.
+template <class V> V Numbers(const std::vector<int> &numbers) {
+  std::vector<ElementOf<V>> elements;
+  for (const int x : numbers) elements.push_back(Element<ElementOf<V>>(x));
+  return Of<V>(elements);
+}
+
 } // namespace test
 } // namespace QORN
 
