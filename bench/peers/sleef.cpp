@@ -75,6 +75,11 @@ template <class T, auto F> void Pairs(const T *src, T *dst, int len) {
   }
 }
 
+// Unit conversions as a plain loop would have them: one pass, the constants beside the function.
+Floats PowerRatioTodB(Floats x) { return QORN_SLEEF2(log10, QORN_FLOATS)(x) * 10.0F; }
+Floats VoltTodBm(Floats x) { return QORN_SLEEF2(log10, QORN_FLOATS)(x) * 20.0F + 13.0103F; }
+Floats dBmToVolt(Floats x) { return QORN_SLEEF2(exp10, QORN_FLOATS)((x - 13.0103F) * 0.05F); }
+
 template <class T, class F> struct Entry {
   const char *name;
   F run;
@@ -91,7 +96,10 @@ template <class T, class F> struct Entry {
 
 template <class T> struct Lists;
 template <> struct Lists<float> {
-  static constexpr Entry<float, OneArgument<float>> kOne[] = {QORN_ENTRIES(float, QORN_FLOATS)};
+  static constexpr Entry<float, OneArgument<float>> kOne[] = {
+      QORN_ENTRIES(float, QORN_FLOATS){"PowerRatio2dB", One<float, PowerRatioTodB>},
+      {"Volt2dBm", One<float, VoltTodBm>},
+      {"dBm2Volt", One<float, dBmToVolt>}};
   static constexpr Entry<float, TwoArguments<float>> kTwo[] = {QORN_ENTRIES2(float, QORN_FLOATS)};
 };
 template <> struct Lists<double> {

@@ -9,7 +9,8 @@ template <class T> using OneArgument = void (*)(const T *, T *, int);
 template <class T> using TwoArguments = void (*)(const T *, const T *, T *, int);
 
 /// By the kernel's name without its type tag; null where SLEEF is not installed or has no such function.
-/// Lengths must be multiples of 16. Expj writes pairs of cosine and sine.
+/// Lengths must be multiples of 16. Expj writes pairs of cosine and sine. PowerRatio2dB, Volt2dBm and
+/// dBm2Volt, in float, are loops with the function's arithmetic around it.
 template <class T> OneArgument<T> FindSleef(const char *name);
 template <class T> TwoArguments<T> FindSleef2(const char *name);
 
