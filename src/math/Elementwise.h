@@ -76,4 +76,8 @@ template <class V, class Steps> void MapInSteps(V &dst, const V &src, Steps step
 
 } // namespace QORN
 
+// A member's form for each type of vector, where form(name, V) defines it for one.
+#define QORN_REALS(form, name) form(name, VecReal32) form(name, VecReal64)
+#define QORN_CPLXS(form, name) form(name, VecCplx32) form(name, VecCplx64)
+
 #endif

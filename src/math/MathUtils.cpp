@@ -96,22 +96,22 @@ void MathUtils::Expj_EP(VecCplx32 &dst, int n, double freq, double phase) {
 
 // The members that bind a kernel of their own name, form by form.
 // clang-format off
-#define REALS(form, name) form(name, VecReal32) form(name, VecReal64)
-#define CPLXS(form, name) form(name, VecCplx32) form(name, VecCplx64)
-
 #define OUT_OF_PLACE(name, V) void MathUtils::name(V &dst, const V &src) { Map(dst, src, Kernels<ElementOf<V>>::name); }
 #define IN_PLACE(name, V) void MathUtils::name(V &vec) { Map(vec, vec, Kernels<ElementOf<V>>::name); }
 #define SCALAR(name, T) T MathUtils::name(T x) { return MapScalar<T>(x, Kernels<T>::name); }
 
-OUT_OF_PLACE(Abs, VecInt32) REALS(OUT_OF_PLACE, Abs) REALS(IN_PLACE, Abs) SCALAR(Abs, float) SCALAR(Abs, double)
-REALS(OUT_OF_PLACE, Sqr) CPLXS(OUT_OF_PLACE, Sqr) REALS(IN_PLACE, Sqr) CPLXS(IN_PLACE, Sqr) SCALAR(Sqr, double)
-REALS(OUT_OF_PLACE, Sqrt) CPLXS(OUT_OF_PLACE, Sqrt) REALS(IN_PLACE, Sqrt) CPLXS(IN_PLACE, Sqrt) SCALAR(Sqrt, double)
-REALS(OUT_OF_PLACE, Exp) REALS(IN_PLACE, Exp) SCALAR(Exp, float) SCALAR(Exp, double)
-REALS(OUT_OF_PLACE, Cos) SCALAR(Cos, double)
-REALS(OUT_OF_PLACE, Sin) SCALAR(Sin, double)
-REALS(OUT_OF_PLACE, Atan) SCALAR(Atan, double)
-CPLXS(IN_PLACE, Conj)
-CPLXS(IN_PLACE, ConjFlip)
+OUT_OF_PLACE(Abs, VecInt32) QORN_REALS(OUT_OF_PLACE, Abs)
+QORN_REALS(IN_PLACE, Abs) SCALAR(Abs, float) SCALAR(Abs, double)
+QORN_REALS(OUT_OF_PLACE, Sqr) QORN_CPLXS(OUT_OF_PLACE, Sqr)
+QORN_REALS(IN_PLACE, Sqr) QORN_CPLXS(IN_PLACE, Sqr) SCALAR(Sqr, double)
+QORN_REALS(OUT_OF_PLACE, Sqrt) QORN_CPLXS(OUT_OF_PLACE, Sqrt)
+QORN_REALS(IN_PLACE, Sqrt) QORN_CPLXS(IN_PLACE, Sqrt) SCALAR(Sqrt, double)
+QORN_REALS(OUT_OF_PLACE, Exp) QORN_REALS(IN_PLACE, Exp) SCALAR(Exp, float) SCALAR(Exp, double)
+QORN_REALS(OUT_OF_PLACE, Cos) SCALAR(Cos, double)
+QORN_REALS(OUT_OF_PLACE, Sin) SCALAR(Sin, double)
+QORN_REALS(OUT_OF_PLACE, Atan) SCALAR(Atan, double)
+QORN_CPLXS(IN_PLACE, Conj)
+QORN_CPLXS(IN_PLACE, ConjFlip)
 SCALAR(Pow10, double)
 
 #define MAGNITUDE(V, C) \
@@ -123,7 +123,7 @@ MAGNITUDE(VecReal64, VecCplx64)
 #define RAW(name, T) void MathUtils::name(T *x, int n) { Kernels<T>::name(x, x, n); }
 #define PARTS(name, V, T) void MathUtils::name(V &vec) { MapParts(vec, Kernels<T>::name); }
 #define ROUNDING(name) \
-  REALS(IN_PLACE, name) PARTS(name, VecCplx32, float) PARTS(name, VecCplx64, double) \
+  QORN_REALS(IN_PLACE, name) PARTS(name, VecCplx32, float) PARTS(name, VecCplx64, double) \
   RAW(name, float) RAW(name, double) SCALAR(name, float) SCALAR(name, double)
 ROUNDING(Round)
 ROUNDING(Trunc)
@@ -134,22 +134,22 @@ ROUNDING(Ceil)
   void MathUtils::name(V &dst, int n, double step, double start) { \
     MapRamp(dst, n, step, start, Kernels<ElementOf<V>>::name); \
   }
-REALS(RAMP, Cos)
-REALS(RAMP, Sin)
+QORN_REALS(RAMP, Cos)
+QORN_REALS(RAMP, Sin)
 
 #define TWO_SOURCES(name, V) \
   void MathUtils::name(V &dst, const V &y, const V &x) { Map2(dst, y, x, Kernels<ElementOf<V>>::name); }
-REALS(TWO_SOURCES, Atan2)
+QORN_REALS(TWO_SOURCES, Atan2)
 
 #define POWER(name, V) \
   void MathUtils::name(V &dst, const V &src, ElementOf<V> exponent) { Map(dst, src, PowerOf<V>(exponent)); } \
   void MathUtils::name(V &vec, ElementOf<V> exponent) { Map(vec, vec, PowerOf<V>(exponent)); }
-REALS(POWER, Pow)
+QORN_REALS(POWER, Pow)
 
 #define TEN(name, V) \
   void MathUtils::name(V &dst, const V &src) { VectorPow10(dst, src); } \
   void MathUtils::name(V &vec) { VectorPow10(vec, vec); }
-REALS(TEN, Pow10)
+QORN_REALS(TEN, Pow10)
 
 #define LOG(name, V) \
   void MathUtils::name(V &dst, const V &src, Log0CheckType check) { \
@@ -157,14 +157,16 @@ REALS(TEN, Pow10)
   } \
   void MathUtils::name(V &vec, Log0CheckType check) { VectorLog(vec, vec, check, Kernels<ElementOf<V>>::name); }
 #define LOGARITHM(name) \
-  REALS(LOG, name) double MathUtils::name(double x) { return GuardedLog(x, Kernels<double>::name); }
+  QORN_REALS(LOG, name) double MathUtils::name(double x) { return GuardedLog(x, Kernels<double>::name); }
 LOGARITHM(Log10)
 LOGARITHM(Ln)
 
 #define PHASORS(C, V) \
   void MathUtils::Expj(C &dst, const V &phase) { Map(dst, phase, Kernels<ElementOf<V>>::Expj); } \
   void MathUtils::Expj(C &dst, int n, ElementOf<V> freq, ElementOf<V> phase) { Tone(dst, n, freq, phase); } \
-  ElementOf<C> MathUtils::Expj(ElementOf<V> phase) { return MapScalar<ElementOf<C>>(phase, Kernels<ElementOf<V>>::Expj); }
+  ElementOf<C> MathUtils::Expj(ElementOf<V> phase) { \
+    return MapScalar<ElementOf<C>>(phase, Kernels<ElementOf<V>>::Expj); \
+  }
 PHASORS(VecCplx32, VecReal32)
 PHASORS(VecCplx64, VecReal64)
 
@@ -174,8 +176,8 @@ PHASORS(VecCplx64, VecReal64)
   void MathUtils::name(V &dst, int dstStart, int count, const V &src, int srcStart) { \
     VecUtils::Insert(dst, dstStart, src, srcStart, count); \
   }
-REALS(COPY, Copy)
-CPLXS(COPY, Copy)
+QORN_REALS(COPY, Copy)
+QORN_CPLXS(COPY, Copy)
 COPY(Copy, VecInt32)
 // clang-format on
 

@@ -54,7 +54,7 @@ template <class V> void Gather(V &dst, const V &src, const VecInt32 &index) {
   for (int i = 0; i < n; ++i) dst[i] = src[index[i]];
 }
 
-template <class V> void SampleDown(V &dst, const V &src, int factor, int phase) {
+template <class V> void DownsampleOf(V &dst, const V &src, int factor, int phase) {
   if (factor < 1) return;
   const int n = src.GetSize();
   dst.Resize(Length((std::int64_t{n} - 1 + factor - phase) / factor));
@@ -62,7 +62,7 @@ template <class V> void SampleDown(V &dst, const V &src, int factor, int phase) 
   Kernels<ElementOf<V>>::SampleDown(src.GetPtr(), n, dst.GetPtr(), &written, factor, &phase);
 }
 
-template <class V> void SampleUp(V &dst, const V &src, int factor, int phase) {
+template <class V> void UpsampleOf(V &dst, const V &src, int factor, int phase) {
   const int n = src.GetSize();
   dst.Resize(Length(std::int64_t{n} * factor));
   int written = 0;
@@ -104,6 +104,7 @@ template <class V> void SortWithOrder(V &vec, VecInt32 &order, VecUtils::SortDir
   }
 }
 
+// Complex elements by their magnitudes, which are compared in the element's precision.
 template <class Magnitudes, class V> void SortByMagnitude(V &vec, VecInt32 &order, VecUtils::SortDir dir) {
   const V copy(vec);
   Magnitudes magnitudes;
@@ -112,180 +113,68 @@ template <class Magnitudes, class V> void SortByMagnitude(V &vec, VecInt32 &orde
   Gather(vec, copy, order);
 }
 
-template <class V> void Reverse(V &vec) { Kernels<ElementOf<V>>::Flip(vec.GetPtr(), vec.GetSize()); }
-
-} // namespace
-
-void VecUtils::Concat(VecReal32 &dst, const VecReal32 &a, const VecReal32 &b) { ConcatWhole(dst, a, b); }
-void VecUtils::Concat(VecReal64 &dst, const VecReal64 &a, const VecReal64 &b) { ConcatWhole(dst, a, b); }
-void VecUtils::Concat(VecCplx32 &dst, const VecCplx32 &a, const VecCplx32 &b) { ConcatWhole(dst, a, b); }
-void VecUtils::Concat(VecCplx64 &dst, const VecCplx64 &a, const VecCplx64 &b) { ConcatWhole(dst, a, b); }
-void VecUtils::Concat(VecInt32 &dst, const VecInt32 &a, const VecInt32 &b) { ConcatWhole(dst, a, b); }
-
-void VecUtils::Concat(VecReal32 &dst, const VecReal32 &a, int aStart, int aCount, const VecReal32 &b,
-                      int bStart, int bCount) {
-  ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount);
-}
-void VecUtils::Concat(VecReal64 &dst, const VecReal64 &a, int aStart, int aCount, const VecReal64 &b,
-                      int bStart, int bCount) {
-  ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount);
-}
-void VecUtils::Concat(VecCplx32 &dst, const VecCplx32 &a, int aStart, int aCount, const VecCplx32 &b,
-                      int bStart, int bCount) {
-  ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount);
-}
-void VecUtils::Concat(VecCplx64 &dst, const VecCplx64 &a, int aStart, int aCount, const VecCplx64 &b,
-                      int bStart, int bCount) {
-  ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount);
-}
-void VecUtils::Concat(VecInt32 &dst, const VecInt32 &a, int aStart, int aCount, const VecInt32 &b, int bStart,
-                      int bCount) {
-  ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount);
-}
-
-void VecUtils::Prepend(VecReal32 &vec, const VecReal32 &src) { PrependTo(vec, src); }
-void VecUtils::Prepend(VecReal64 &vec, const VecReal64 &src) { PrependTo(vec, src); }
-void VecUtils::Prepend(VecCplx32 &vec, const VecCplx32 &src) { PrependTo(vec, src); }
-void VecUtils::Prepend(VecCplx64 &vec, const VecCplx64 &src) { PrependTo(vec, src); }
-void VecUtils::Prepend(VecInt32 &vec, const VecInt32 &src) { PrependTo(vec, src); }
-
-void VecUtils::Append(VecReal32 &vec, const VecReal32 &src) { AppendTo(vec, src); }
-void VecUtils::Append(VecReal64 &vec, const VecReal64 &src) { AppendTo(vec, src); }
-void VecUtils::Append(VecCplx32 &vec, const VecCplx32 &src) { AppendTo(vec, src); }
-void VecUtils::Append(VecCplx64 &vec, const VecCplx64 &src) { AppendTo(vec, src); }
-void VecUtils::Append(VecInt32 &vec, const VecInt32 &src) { AppendTo(vec, src); }
-
-void VecUtils::Copy(VecReal32 &dst, const VecReal32 &src, int start, int count) {
-  CopyRange(dst, src, start, count);
-}
-void VecUtils::Copy(VecReal64 &dst, const VecReal64 &src, int start, int count) {
-  CopyRange(dst, src, start, count);
-}
-void VecUtils::Copy(VecCplx32 &dst, const VecCplx32 &src, int start, int count) {
-  CopyRange(dst, src, start, count);
-}
-void VecUtils::Copy(VecCplx64 &dst, const VecCplx64 &src, int start, int count) {
-  CopyRange(dst, src, start, count);
-}
-void VecUtils::Copy(VecInt32 &dst, const VecInt32 &src, int start, int count) {
-  CopyRange(dst, src, start, count);
-}
-
-void VecUtils::Insert(VecReal32 &dst, int dstStart, const VecReal32 &src, int srcStart, int count) {
-  InsertRange(dst, dstStart, src, srcStart, count);
-}
-void VecUtils::Insert(VecReal64 &dst, int dstStart, const VecReal64 &src, int srcStart, int count) {
-  InsertRange(dst, dstStart, src, srcStart, count);
-}
-void VecUtils::Insert(VecCplx32 &dst, int dstStart, const VecCplx32 &src, int srcStart, int count) {
-  InsertRange(dst, dstStart, src, srcStart, count);
-}
-void VecUtils::Insert(VecCplx64 &dst, int dstStart, const VecCplx64 &src, int srcStart, int count) {
-  InsertRange(dst, dstStart, src, srcStart, count);
-}
-void VecUtils::Insert(VecInt32 &dst, int dstStart, const VecInt32 &src, int srcStart, int count) {
-  InsertRange(dst, dstStart, src, srcStart, count);
-}
-
-void VecUtils::CopyByIndex(VecReal32 &dst, const VecReal32 &src, const VecInt32 &index) {
-  Gather(dst, src, index);
-}
-void VecUtils::CopyByIndex(VecReal64 &dst, const VecReal64 &src, const VecInt32 &index) {
-  Gather(dst, src, index);
-}
-void VecUtils::CopyByIndex(VecCplx32 &dst, const VecCplx32 &src, const VecInt32 &index) {
-  Gather(dst, src, index);
-}
-void VecUtils::CopyByIndex(VecCplx64 &dst, const VecCplx64 &src, const VecInt32 &index) {
-  Gather(dst, src, index);
-}
-void VecUtils::CopyByIndex(VecInt32 &dst, const VecInt32 &src, const VecInt32 &index) {
-  Gather(dst, src, index);
-}
-
-void VecUtils::Downsample(VecReal32 &dst, const VecReal32 &src, int factor, int phase) {
-  SampleDown(dst, src, factor, phase);
-}
-void VecUtils::Downsample(VecReal64 &dst, const VecReal64 &src, int factor, int phase) {
-  SampleDown(dst, src, factor, phase);
-}
-void VecUtils::Downsample(VecCplx32 &dst, const VecCplx32 &src, int factor, int phase) {
-  SampleDown(dst, src, factor, phase);
-}
-void VecUtils::Downsample(VecCplx64 &dst, const VecCplx64 &src, int factor, int phase) {
-  SampleDown(dst, src, factor, phase);
-}
-
-void VecUtils::Upsample(VecReal32 &dst, const VecReal32 &src, int factor, int phase) {
-  SampleUp(dst, src, factor, phase);
-}
-void VecUtils::Upsample(VecReal64 &dst, const VecReal64 &src, int factor, int phase) {
-  SampleUp(dst, src, factor, phase);
-}
-void VecUtils::Upsample(VecCplx32 &dst, const VecCplx32 &src, int factor, int phase) {
-  SampleUp(dst, src, factor, phase);
-}
-void VecUtils::Upsample(VecCplx64 &dst, const VecCplx64 &src, int factor, int phase) {
-  SampleUp(dst, src, factor, phase);
-}
-
-void VecUtils::Duplicate(VecReal32 &dst, const VecReal32 &src, int times) { Repeat(dst, src, times); }
-void VecUtils::Duplicate(VecReal64 &dst, const VecReal64 &src, int times) { Repeat(dst, src, times); }
-void VecUtils::Duplicate(VecCplx32 &dst, const VecCplx32 &src, int times) { Repeat(dst, src, times); }
-void VecUtils::Duplicate(VecCplx64 &dst, const VecCplx64 &src, int times) { Repeat(dst, src, times); }
-
-void VecUtils::DeleteElement(VecReal32 &vec, const VecInt32 &indices) {
-  Delete(vec, indices.GetPtr(), indices.GetSize());
-}
-void VecUtils::DeleteElement(VecReal64 &vec, const VecInt32 &indices) {
-  Delete(vec, indices.GetPtr(), indices.GetSize());
-}
-void VecUtils::DeleteElement(VecCplx32 &vec, const VecInt32 &indices) {
-  Delete(vec, indices.GetPtr(), indices.GetSize());
-}
-void VecUtils::DeleteElement(VecCplx64 &vec, const VecInt32 &indices) {
-  Delete(vec, indices.GetPtr(), indices.GetSize());
-}
-
-void VecUtils::DeleteElement(VecReal32 &vec, int index) { Delete(vec, &index, 1); }
-void VecUtils::DeleteElement(VecReal64 &vec, int index) { Delete(vec, &index, 1); }
-void VecUtils::DeleteElement(VecCplx32 &vec, int index) { Delete(vec, &index, 1); }
-void VecUtils::DeleteElement(VecCplx64 &vec, int index) { Delete(vec, &index, 1); }
-
-void VecUtils::Flip(VecReal32 &vec) { Reverse(vec); }
-void VecUtils::Flip(VecReal64 &vec) { Reverse(vec); }
-void VecUtils::Flip(VecCplx32 &vec) { Reverse(vec); }
-void VecUtils::Flip(VecCplx64 &vec) { Reverse(vec); }
-
-void VecUtils::Sort(VecReal32 &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); }
-void VecUtils::Sort(VecReal64 &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); }
-void VecUtils::Sort(VecInt32 &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); }
-void VecUtils::Sort(VecCplx32 &vec, VecInt32 &order, SortDir dir) {
+void SortWithOrder(VecCplx32 &vec, VecInt32 &order, VecUtils::SortDir dir) {
   SortByMagnitude<VecReal32>(vec, order, dir);
 }
-void VecUtils::Sort(VecCplx64 &vec, VecInt32 &order, SortDir dir) {
+void SortWithOrder(VecCplx64 &vec, VecInt32 &order, VecUtils::SortDir dir) {
   SortByMagnitude<VecReal64>(vec, order, dir);
 }
 
-void VecUtils::Sort(VecReal32 &vec, SortDir dir) {
-  VecInt32 order;
-  Sort(vec, order, dir);
-}
-void VecUtils::Sort(VecReal64 &vec, SortDir dir) {
-  VecInt32 order;
-  Sort(vec, order, dir);
-}
-void VecUtils::Sort(VecInt32 &vec, SortDir dir) {
-  VecInt32 order;
-  Sort(vec, order, dir);
-}
-void VecUtils::Sort(VecCplx32 &vec, SortDir dir) {
-  VecInt32 order;
-  Sort(vec, order, dir);
-}
-void VecUtils::Sort(VecCplx64 &vec, SortDir dir) {
-  VecInt32 order;
-  Sort(vec, order, dir);
-}
+} // namespace
+
+// The members, a row a family: each form for every type that has it.
+// clang-format off
+#define SAMPLES(form, name) QORN_REALS(form, name) QORN_CPLXS(form, name)
+#define ALL(form, name) SAMPLES(form, name) form(name, VecInt32)
+
+#define CONCAT(name, V) \
+  void VecUtils::name(V &dst, const V &a, const V &b) { ConcatWhole(dst, a, b); } \
+  void VecUtils::name(V &dst, const V &a, int aStart, int aCount, const V &b, int bStart, int bCount) { \
+    ConcatRanges(dst, a, aStart, aCount, b, bStart, bCount); \
+  }
+ALL(CONCAT, Concat)
+
+#define EXTEND(name, V) void VecUtils::name(V &vec, const V &src) { name##To(vec, src); }
+ALL(EXTEND, Prepend)
+ALL(EXTEND, Append)
+
+#define COPY(name, V) \
+  void VecUtils::name(V &dst, const V &src, int start, int count) { CopyRange(dst, src, start, count); }
+ALL(COPY, Copy)
+
+#define INSERT(name, V) \
+  void VecUtils::name(V &dst, int dstStart, const V &src, int srcStart, int count) { \
+    InsertRange(dst, dstStart, src, srcStart, count); \
+  }
+ALL(INSERT, Insert)
+
+#define GATHER(name, V) \
+  void VecUtils::name(V &dst, const V &src, const VecInt32 &index) { Gather(dst, src, index); }
+ALL(GATHER, CopyByIndex)
+
+#define RESAMPLE(name, V) \
+  void VecUtils::name(V &dst, const V &src, int factor, int phase) { name##Of(dst, src, factor, phase); }
+SAMPLES(RESAMPLE, Downsample)
+SAMPLES(RESAMPLE, Upsample)
+
+#define REPEAT(name, V) void VecUtils::name(V &dst, const V &src, int times) { Repeat(dst, src, times); }
+SAMPLES(REPEAT, Duplicate)
+
+#define DELETE(name, V) \
+  void VecUtils::name(V &vec, const VecInt32 &indices) { Delete(vec, indices.GetPtr(), indices.GetSize()); } \
+  void VecUtils::name(V &vec, int index) { Delete(vec, &index, 1); }
+SAMPLES(DELETE, DeleteElement)
+
+#define FLIP(name, V) void VecUtils::name(V &vec) { Kernels<ElementOf<V>>::Flip(vec.GetPtr(), vec.GetSize()); }
+SAMPLES(FLIP, Flip)
+
+#define SORT(name, V) \
+  void VecUtils::name(V &vec, VecInt32 &order, SortDir dir) { SortWithOrder(vec, order, dir); } \
+  void VecUtils::name(V &vec, SortDir dir) { \
+    VecInt32 order; \
+    SortWithOrder(vec, order, dir); \
+  }
+ALL(SORT, Sort)
+// clang-format on
 
 } // namespace QORN

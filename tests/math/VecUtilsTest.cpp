@@ -330,6 +330,42 @@ TEST(VecUtils, Sort_Complex_GoesByMagnitude) {
   EXPECT_EQ(List(d), (std::vector<Cplx64>{{3.0, 4.0}, {-2.0, 0.0}, {1.0, 0.0}}));
 }
 
+// The magnitudes of the first two are one float and two doubles.
+TEST(VecUtils, Sort_Complex_ComparesInTheElementsPrecision) {
+  const Cplx32 larger{1.0F, 1e-5F}, one{1.0F, 0.0F}, small{0.5F, 0.0F};
+  auto f = Of<VecCplx32>({larger, one, small});
+  VecInt32 order;
+  VecUtils::Sort(f, order, VecUtils::SortAscending);
+  EXPECT_EQ(List(f), (std::vector<Cplx32>{small, larger, one}));
+  EXPECT_EQ(List(order), (std::vector<int>{2, 0, 1}));
+  auto d = Of<VecCplx64>({{1.0, 1e-5}, {1.0, 0.0}, {0.5, 0.0}});
+  VecUtils::Sort(d, order, VecUtils::SortAscending);
+  EXPECT_EQ(List(order), (std::vector<int>{2, 1, 0}));
+}
+
+TYPED_TEST(VecUtilsOnAll, Sort_EqualElements_KeepTheirOrder) {
+  using V = TypeParam;
+  for (const auto dir : {VecUtils::SortAscending, VecUtils::SortDescending}) {
+    V vec = Numbers<V>({5, 5, 5, 5});
+    VecInt32 order;
+    VecUtils::Sort(vec, order, dir);
+    EXPECT_EQ(List(order), (std::vector<int>{0, 1, 2, 3}));
+  }
+}
+
+TEST(VecUtils, Sort_NotANumber_IsLastAscendingAndFirstDescending) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  auto vec = Of<VecReal64>({nan, 2.0, -1.0});
+  VecInt32 order;
+  VecUtils::Sort(vec, order, VecUtils::SortAscending);
+  EXPECT_EQ(List(order), (std::vector<int>{2, 1, 0}));
+  VecUtils::Sort(vec, order, VecUtils::SortDescending);
+  EXPECT_EQ(List(order), (std::vector<int>{2, 1, 0}));
+  auto pairs = Of<VecCplx64>({{nan, 0.0}, {2.0, 0.0}, {0.0, -1.0}});
+  VecUtils::Sort(pairs, order, VecUtils::SortAscending);
+  EXPECT_EQ(List(order), (std::vector<int>{2, 1, 0}));
+}
+
 TEST(VecUtils, SortDir_Values_AreThoseOfTheInterface) {
   EXPECT_EQ(VecUtils::SortDescending, 0);
   EXPECT_EQ(VecUtils::SortAscending, 1);
