@@ -1,6 +1,8 @@
-// Polar form, phase and rotation.
+// Polar form, phase, rotation and frequency shift.
+#include <algorithm>
 #include <cmath>
 
+#include "infra/kernels/Levels.h"
 #include "math/Elementwise.h"
 #include "qorn/dsp/DSPUtils.h"
 #include "qorn/infra/VecCplx32.h"
@@ -94,6 +96,33 @@ template <class V, class T> void UnwrapOutward(V &vec, int start, T initial, T p
 // cos angle + j sin angle
 Cplx64 Phasor(double angle) { return MapScalar<Cplx64>(angle, TargetLib::Expj_64f); }
 
+// After how many samples the phasor of a shift is made anew: once per hundred cycles, but not within a
+// hundred samples and not later than at the end.
+int SeedPeriod(int n, double frequency) {
+  const double size = std::fabs(frequency);
+  if (!(size > 0.0)) return std::max(n, 1);
+  const double hundredCycles = 100.0 / size;
+  return std::max(n > hundredCycles ? static_cast<int>(hundredCycles) : n, 100);
+}
+
+// dst, which may be src, gets the length of src.
+void ShiftFrequency(VecCplx32 &dst, const VecCplx32 &src, double freq, double *phase) {
+  const int n = std::max(src.GetSize(), 0);
+  ResizeLike(dst, src);
+  if (freq == 0.0) {
+    if (&dst != &src) dst = src;
+    if (std::fabs(*phase) > 0.0) {
+      dst.Mul(MapScalar<Cplx32>(static_cast<float>(*phase), TargetLib::Expj_32f));
+    }
+    return;
+  }
+  const double frequency = std::fmod(freq, 1.0);
+  Cplx64 next;
+  kernels::active->Mix(src.GetPtr(), dst.GetPtr(), n, frequency, std::fmod(*phase, kTwoPi<double>),
+                       SeedPeriod(n, frequency), &next);
+  TargetLib::Atan2_64f(&next.im, &next.re, phase, 1);
+}
+
 } // namespace
 
 void DSPUtils::CartToPolar(VecReal32 &mag, VecReal32 &phase, const VecCplx32 &src) {
@@ -138,5 +167,23 @@ void DSPUtils::RotatePhase(VecCplx32 &vec, float angle) {
   vec.Mul(Cplx32{static_cast<float>(phasor.re), static_cast<float>(phasor.im)});
 }
 void DSPUtils::RotatePhase(VecCplx64 &vec, double angle) { vec.Mul(Phasor(angle)); }
+
+void DSPUtils::FreqShift(VecCplx32 &vec, double freq, double *phase) {
+  ShiftFrequency(vec, vec, freq, phase);
+}
+void DSPUtils::FreqShift(VecCplx32 &dst, const VecCplx32 &src, double freq, double *phase) {
+  ShiftFrequency(dst, src, freq, phase);
+}
+void DSPUtils::FreqShift(VecCplx32 &dst, const VecReal32 &src, double freq, double *phase) {
+  dst.Import(src);
+  FreqShift(dst, freq, phase);
+}
+void DSPUtils::FreqShift(VecCplx32 &vec, double freq, double phase) { FreqShift(vec, freq, &phase); }
+void DSPUtils::FreqShift(VecCplx32 &dst, const VecCplx32 &src, double freq, double phase) {
+  FreqShift(dst, src, freq, &phase);
+}
+void DSPUtils::FreqShift(VecCplx32 &dst, const VecReal32 &src, double freq, double phase) {
+  FreqShift(dst, src, freq, &phase);
+}
 
 } // namespace QORN

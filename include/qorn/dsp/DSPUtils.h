@@ -173,6 +173,33 @@ public:
   static void RotatePhase(VecCplx64 &vec, double angle);
   ///@}
 
+  /// Shifts the frequency: dst[i] = src[i] * exp(j (*phase + 2 pi freq i)), freq in cycles per sample, *phase
+  /// in radians. *phase becomes that of the sample that would follow, -pi to pi, so a further call with the
+  /// same variable continues without a step; with freq 0 it stays as it is. dst may be src; a real src is
+  /// taken as (src[i], 0).
+  ///
+  /// freq acts through its remainder by 1, *phase through that by 2 pi. Phasors and products are formed in
+  /// double, each part of a result is rounded to float once. The phasor is turned from sample to sample by
+  /// products and made anew every R samples from a phase counted in double: R = 100 / |freq|, about a hundred
+  /// cycles, but at least 100 and at most n. Between these it strays by less than 1e-12 rad, and the counted
+  /// phase by at most 1e-13 rad each time, so a long record stays on frequency and keeps its magnitude. With
+  /// freq 0 the phasor is rounded to float and the product is that of floats.
+  ///
+  /// A freq or phase that is not finite gives not-a-number: the phase from the first sample on, freq from the
+  /// second, and both in *phase.
+  ///@{
+  static void FreqShift(VecCplx32 &vec, double freq, double *phase);
+  static void FreqShift(VecCplx32 &dst, const VecCplx32 &src, double freq, double *phase);
+  static void FreqShift(VecCplx32 &dst, const VecReal32 &src, double freq, double *phase);
+  ///@}
+
+  /// The same, beginning with the given phase; the one that would follow is not returned.
+  ///@{
+  static void FreqShift(VecCplx32 &vec, double freq, double phase);
+  static void FreqShift(VecCplx32 &dst, const VecCplx32 &src, double freq, double phase);
+  static void FreqShift(VecCplx32 &dst, const VecReal32 &src, double freq, double phase);
+  ///@}
+
   // Correlation, convolution and filter taps.
 
   /// The correlation over all lags at which the longer of a and b overlaps itself: with m the larger length,
