@@ -55,8 +55,8 @@ private:
   float SetMode(KaiserWindowModeTag mode);
 };
 
-/// The Kaiser window of beta 14.6 for measurements by CISPR, with the resolution bandwidth between the -3 dB
-/// points: scaling 2.2292.
+/// The Kaiser window of beta 14.6 for measurements by CISPR whose resolution bandwidth is given between -3 dB
+/// points; the scaling is 2.2292. The response is 2.08 bins wide at -3 dB.
 ///
 /// The two-argument SetParameters is that of KaiserWindow: it takes its parameter as beta, so 0 makes the
 /// window flat. The standard shape comes from SetParameters(int).
@@ -68,8 +68,8 @@ public:
   void SetParameters(int n) override;
 };
 
-/// The Kaiser window of beta 14.6 for measurements by CISPR, with the resolution bandwidth between the -6 dB
-/// points.
+/// The Kaiser window of beta 14.6 for measurements by CISPR whose resolution bandwidth is given between -6 dB
+/// points. The response is 2.93 bins wide at -6 dB; the scaling is chosen by the band.
 ///
 /// The scaling is 2.9405 after the default constructor and 2.0859 after the sized one; Set6dBBWParam sets the
 /// one that counts, and SetParameters(int) keeps it. What CISPR3dBWindow says of the two-argument
