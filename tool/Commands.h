@@ -6,8 +6,9 @@
 
 namespace tool {
 
-void AddSpectrum(CLI::App &app);
 void AddInfo(CLI::App &app);
+void AddSpectrum(CLI::App &app);
+void AddUnits(CLI::App &app);
 
 } // namespace tool
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "BlockTransform.h"
 #include "Failure.h"
 #include "Text.h"
 
@@ -28,47 +29,48 @@ QORN::VecReal64 StandardErrors(const QORN::VecReal64 &mean, const QORN::VecReal6
 Measurement Measure(const Recording &recording, const Setup &setup,
                     const std::function<void(std::int64_t)> &done) {
   const QORN::IQFReader &reader = recording.Reader();
-  const int points = setup.points;
 
   Measurement result{};
   result.setup = setup;
-  result.centre = reader.GetCenterFrequency();
-  result.span = reader.GetSpan();
+  result.recordedCentre = reader.GetCenterFrequency();
+  result.recordedSpan = reader.GetSpan();
   result.rate = reader.GetSamplingFrequency();
-  result.binSpacing = result.rate / points;
-  const std::unique_ptr<QORN::Window> window = MakeWindow(*setup.window, points);
-  result.noiseBandwidth = result.binSpacing * static_cast<double>(window->GetENBW());
+  const double bin = result.rate / setup.block;
+  result.centre = result.recordedCentre;
+  result.middle = setup.block / 2;
+  result.spacing = bin;
+  int points = setup.block;
+  const std::unique_ptr<QORN::Window> window = MakeWindow(*setup.window, setup.block);
+  result.noiseBandwidth = bin * static_cast<double>(window->GetENBW());
   // The windows of the CISPR bands choose their figure by the bandwidth itself.
-  window->Set6dBBWParam(result.binSpacing * static_cast<double>(window->GetEffectiveRBWScaling()));
-  result.resolutionBandwidth = result.binSpacing * static_cast<double>(window->GetEffectiveRBWScaling());
+  window->Set6dBBWParam(bin * static_cast<double>(window->GetEffectiveRBWScaling()));
+  result.resolutionBandwidth = bin * static_cast<double>(window->GetEffectiveRBWScaling());
 
-  QORN::Spectrum spectrum(points, setup.window->type, setup.window->parameter);
-  spectrum.SetUnit(QORN::PowerUnitVolt);
-  BlockStream stream(reader, setup.start, setup.count, points);
+  const BlockTransform transform = WholeSpectrum(*setup.window, setup.block);
+  BlockStream stream(reader, setup.start, setup.count, setup.block);
   QORN::VecCplx32 block;
-  QORN::VecReal32 volts;
+  QORN::VecReal64 powers;
   result.mean.Resize(points);
   result.hold.Resize(points);
   QORN::VecReal64 squares(points); // of the powers
   for (; stream.Next(block); ++result.blocks) {
-    spectrum.Apply(volts, block);
-    const float *magnitude = volts.GetPtr();
+    transform(powers, block);
+    const double *power = powers.GetPtr();
     double *mean = result.mean.GetPtr();
     double *hold = result.hold.GetPtr();
     double *square = squares.GetPtr();
     for (int k = 0; k < points; ++k) {
-      const double power = static_cast<double>(magnitude[k]) * static_cast<double>(magnitude[k]);
-      mean[k] += power;
-      square[k] += power * power;
-      hold[k] = std::max(hold[k], power);
+      mean[k] += power[k];
+      square[k] += power[k] * power[k];
+      hold[k] = std::max(hold[k], power[k]);
     }
     double norm = 0.0;
-    QORN::TargetLib::Norm_L2_32fc64f(block.GetPtr(), points, &norm);
+    QORN::TargetLib::Norm_L2_32fc64f(block.GetPtr(), setup.block, &norm);
     result.totalPower += norm * norm;
-    done((result.blocks + 1) * points);
+    done((result.blocks + 1) * setup.block);
   }
   result.mean *= 1.0 / static_cast<double>(result.blocks);
-  result.totalPower /= static_cast<double>(result.blocks) * points;
+  result.totalPower /= static_cast<double>(result.blocks) * setup.block;
   result.polarFrames = stream.PolarFrames();
 
   double sum = result.totalPower;

@@ -6,40 +6,54 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Peaks.h"
 #include "Recording.h"
-#include "Windows.h"
+#include "WindowKinds.h"
 
 namespace tool {
 
-struct Setup {
+constexpr int kMinBlock = 2; ///< samples
+
+/// The part of the spectrum that a zoom shows: points from centre - span / 2 to centre + span / 2, in hertz.
+struct Zoom {
+  double centre;
+  double span;
   int points;
-  const WindowKind *window;
-  std::int64_t start; ///< the first sample
-  std::int64_t count; ///< samples from there
 };
 
-/// Powers are squares of peak volts, see Units.h.
+struct Setup {
+  const WindowKind *window;
+  std::int64_t start;       ///< the first sample
+  std::int64_t count;       ///< samples from there
+  int block;                ///< samples of a block; without a zoom it has as many points
+  std::optional<Zoom> zoom; ///< else the whole spectrum
+};
+
+/// Powers are squares of peak volts, see Levels.h.
 struct Measurement {
   Setup setup;
-  double centre;              ///< hertz
-  double span;                ///< hertz, as the header tells; 0 if it does not
+  double recordedCentre;      ///< hertz
+  double recordedSpan;        ///< hertz, as the header tells; 0 if it does not
   double rate;                ///< samples per second
-  std::int64_t blocks;        ///< blocks of setup.points samples that were averaged
-  std::int64_t polarFrames;   ///< frames that held phase and amplitude
-  double binSpacing;          ///< hertz
-  double noiseBandwidth;      ///< hertz: that of a bin
+  double centre;              ///< hertz: that of the points
+  double middle;              ///< the point at the centre
+  double spacing;             ///< hertz from point to point
+  double noiseBandwidth;      ///< hertz: that of a point
   double resolutionBandwidth; ///< hertz
-  QORN::VecReal64 mean;       ///< the mean power in each bin, lowest frequency first
-  QORN::VecReal64 hold;       ///< the largest power in each bin
-  double totalPower;          ///< the mean power of the samples
-  double noiseFloor;          ///< the power of the noise in a bin
+  std::int64_t blocks;        ///< blocks of setup.block samples that were averaged
+  std::int64_t polarFrames;   ///< frames that held phase and amplitude
+  QORN::VecReal64 mean;       ///< the mean power at each point, lowest frequency first
+  QORN::VecReal64 hold;       ///< the largest power at each point
+  double totalPower;          ///< the mean power of the samples; of a zoom the part in its span
+  double noiseFloor;          ///< the power of the noise at a point
   std::vector<Peak> peaks;    ///< the strongest first
 
-  double FrequencyOf(double bin) const { return centre + (bin - setup.points / 2) * binSpacing; }
+  int Points() const { return mean.GetSize(); }
+  double FrequencyOf(double point) const { return centre + (point - middle) * spacing; }
 };
 
 /// Measures all whole blocks of setup; done is called now and then with the number of samples so far. Throws

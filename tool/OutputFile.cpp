@@ -24,7 +24,8 @@ OutputFile::OutputFile(std::string option, const std::string &path, const std::s
   if (error) refuse("cannot be written: " + error.message());
   const fs::file_status status = fs::status(m_place, error);
   if (fs::is_directory(status)) refuse("is a folder");
-  if (fs::exists(status) && fs::equivalent(m_place, recording, error)) refuse("is the recording itself");
+  if (!recording.empty() && fs::exists(status) && fs::equivalent(m_place, recording, error))
+    refuse("is the recording itself");
   m_direct = fs::exists(status) && !fs::is_regular_file(status);
   if (m_direct) return;
   const fs::path folder = m_place.has_parent_path() ? m_place.parent_path() : fs::path(".");
@@ -80,6 +81,25 @@ void OutputFile::Commit() {
   fs::rename(m_temporary, m_place, error);
   if (error) Fail(error.message());
   m_temporary.clear();
+}
+
+OutputFiles::OutputFiles(const std::string &svg, const std::string &csv, const std::string &recording) {
+  if (!svg.empty()) m_svg = std::make_unique<OutputFile>("--svg", svg, recording);
+  if (!csv.empty()) m_csv = std::make_unique<OutputFile>("--csv", csv, recording);
+  if (m_svg && m_csv && m_svg->Place().lexically_normal() == m_csv->Place().lexically_normal())
+    throw UsageError("--csv: " + Quoted(csv) + " is the file of --svg");
+}
+
+void OutputFiles::Write(const Writer &svg, const Writer &csv) {
+  const auto write = [](const std::unique_ptr<OutputFile> &file, const Writer &writer) {
+    if (!file) return;
+    writer(file->Stream());
+    file->Finish();
+  };
+  write(m_svg, svg);
+  write(m_csv, csv);
+  for (const std::unique_ptr<OutputFile> *file : {&m_svg, &m_csv})
+    if (*file) (*file)->Commit();
 }
 
 } // namespace tool

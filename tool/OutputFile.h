@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <string>
 
 namespace tool {
@@ -13,7 +15,7 @@ namespace tool {
 class OutputFile {
 public:
   /// option names the argument in messages. Throws UsageError if there can be no such file, or if it is the
-  /// recording itself. Nothing is created yet.
+  /// recording itself; recording may be empty. Nothing is created yet.
   OutputFile(std::string option, const std::string &path, const std::string &recording);
   ~OutputFile();
   OutputFile(const OutputFile &) = delete;
@@ -39,6 +41,22 @@ private:
   std::filesystem::path m_temporary; ///< empty if there is none
   bool m_direct = false;
   std::ofstream m_stream;
+};
+
+/// The files of --svg and --csv, as far as they are asked for: an empty path is none.
+class OutputFiles {
+public:
+  using Writer = std::function<void(std::ostream &)>;
+
+  /// Throws as OutputFile, and UsageError if both are one file.
+  OutputFiles(const std::string &svg, const std::string &csv, const std::string &recording = "");
+
+  /// Writes both in full before the first takes its place.
+  void Write(const Writer &svg, const Writer &csv);
+
+private:
+  std::unique_ptr<OutputFile> m_svg;
+  std::unique_ptr<OutputFile> m_csv;
 };
 
 } // namespace tool

@@ -28,24 +28,24 @@ nlohmann::ordered_json LevelOrNull(Unit unit, double power) {
 } // namespace
 
 std::string CentreText(const Measurement &m) {
-  const Prefix prefix = m.centre == 0.0 ? Prefix{1.0, ""} : FrequencyPrefixFor(m.centre, m.binSpacing);
+  const Prefix prefix = m.centre == 0.0 ? Prefix{1.0, ""} : FrequencyPrefixFor(m.centre, m.spacing);
   return Shortest(m.centre / prefix.factor) + " " + prefix.letter + "Hz";
 }
 
 void WriteText(std::ostream &out, const Recording &recording, const Measurement &m, Unit unit) {
-  const std::int64_t used = m.blocks * m.setup.points;
+  const std::int64_t used = m.blocks * m.setup.block;
   Line(out, "Recording", Printable(recording.Path()));
   Line(out, "Centre", CentreText(m));
-  if (m.span > 0.0) Line(out, "Span", Quantity(m.span, "Hz"));
+  if (m.recordedSpan > 0.0) Line(out, "Span", Quantity(m.recordedSpan, "Hz"));
   Line(out, "Sampling rate", Quantity(m.rate, "Hz"));
   Line(out, "Samples",
        Grouped(used) + " from sample " + Grouped(m.setup.start) + " on, " +
            Quantity(static_cast<double>(used) / m.rate, "s") +
            (used < m.setup.count ? "; " + Grouped(m.setup.count - used) + " left over" : ""));
   if (m.polarFrames > 0) Line(out, "Polar frames", Grouped(m.polarFrames));
-  Line(out, "Points", Grouped(m.setup.points) + ", " + m.setup.window->name + " window");
+  Line(out, "Points", Grouped(m.Points()) + ", " + m.setup.window->name + " window");
   Line(out, "Blocks", Grouped(m.blocks));
-  Line(out, "Bin spacing", Quantity(m.binSpacing, "Hz"));
+  Line(out, "Bin spacing", Quantity(m.spacing, "Hz"));
   Line(out, "Resolution bandwidth", Quantity(m.resolutionBandwidth, "Hz"));
   Line(out, "Total power", LevelText(unit, m.totalPower));
   Line(out, "Noise floor",
@@ -55,10 +55,10 @@ void WriteText(std::ostream &out, const Recording &recording, const Measurement 
   if (m.peaks.empty()) Line(out, "Peaks", "none stands out of the noise");
   for (std::size_t i = 0; i < m.peaks.size(); ++i) {
     const double frequency = m.FrequencyOf(m.peaks[i].bin);
-    std::string place = Frequency(frequency, m.binSpacing);
+    std::string place = Frequency(frequency, m.spacing);
     if (m.centre != 0.0) {
       const double offset = frequency - m.centre;
-      place += "  (" + std::string(offset < 0.0 ? "" : "+") + Frequency(offset, m.binSpacing) + ")";
+      place += "  (" + std::string(offset < 0.0 ? "" : "+") + Frequency(offset, m.spacing) + ")";
     }
     Line(out, ("Peak " + std::to_string(i + 1)).c_str(), LevelText(unit, m.peaks[i].power) + " at " + place);
   }
@@ -68,16 +68,16 @@ void WriteJson(std::ostream &out, const Recording &recording, const Measurement 
   nlohmann::ordered_json report;
   report["recording"] = recording.Path();
   report["centre_hz"] = m.centre;
-  report["span_hz"] = std::isfinite(m.span) ? nlohmann::ordered_json(m.span) : nullptr;
+  report["span_hz"] = std::isfinite(m.recordedSpan) ? nlohmann::ordered_json(m.recordedSpan) : nullptr;
   report["sampling_rate_hz"] = m.rate;
   report["start_sample"] = m.setup.start;
-  report["samples"] = m.blocks * m.setup.points;
-  report["samples_left_over"] = m.setup.count - m.blocks * m.setup.points;
+  report["samples"] = m.blocks * m.setup.block;
+  report["samples_left_over"] = m.setup.count - m.blocks * m.setup.block;
   report["polar_frames"] = m.polarFrames;
-  report["points"] = m.setup.points;
+  report["points"] = m.Points();
   report["window"] = m.setup.window->name;
   report["blocks"] = m.blocks;
-  report["bin_spacing_hz"] = m.binSpacing;
+  report["bin_spacing_hz"] = m.spacing;
   report["noise_bandwidth_hz"] = m.noiseBandwidth;
   report["resolution_bandwidth_hz"] = m.resolutionBandwidth;
   report["unit"] = NameOf(unit);
@@ -100,7 +100,7 @@ void WriteCsv(std::ostream &out, const Measurement &m, Unit unit) {
     const double level = LevelOf(unit, power);
     return unit == Unit::kVolt ? Shortest(level) : Fixed(level, 4);
   };
-  for (int k = 0; k < m.setup.points; ++k)
+  for (int k = 0; k < m.Points(); ++k)
     out << Shortest(m.FrequencyOf(k)) << ',' << text(m.mean[k]) << ',' << text(m.hold[k]) << '\n';
 }
 

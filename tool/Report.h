@@ -5,9 +5,9 @@
 #include <ostream>
 #include <string>
 
+#include "Levels.h"
 #include "Measurement.h"
 #include "Recording.h"
-#include "Units.h"
 
 namespace tool {
 

@@ -69,6 +69,24 @@ std::string Frequency(double hertz, double resolution) {
          "Hz";
 }
 
+std::string Significant(double value, int digits) {
+  char text[400];
+  if (value == 0.0) value = 0.0; // without its sign
+  return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
+}
+
+std::string Lower(std::string text) {
+  for (char &c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return text;
+}
+
+std::string Joined(const std::vector<std::string> &names) {
+  std::string text;
+  for (const std::string &name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
+}
+
 std::string Printable(const std::string &text) {
   std::string result = text;
   for (char &c : result)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tool {
 
@@ -34,6 +35,15 @@ Prefix FrequencyPrefixFor(double hertz, double resolution);
 
 /// A frequency to a tenth of the resolution: "1090.00005 MHz".
 std::string Frequency(double hertz, double resolution);
+
+/// value with so many significant digits, without zeros at the end: "0.00707106781187", "1e-20".
+std::string Significant(double value, int digits);
+
+/// text with the capital letters of the English alphabet as small ones.
+std::string Lower(std::string text);
+
+/// "one, two, three".
+std::string Joined(const std::vector<std::string> &names);
 
 /// text for a terminal: control characters become question marks.
 std::string Printable(const std::string &text);

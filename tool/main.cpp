@@ -7,6 +7,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Commands.h"
@@ -22,21 +23,27 @@ int Fail(int status, std::string message) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App app("Looks at recorded IQ files.", "qorn");
+  CLI::App app("Measures recorded IQ files, and knows windows and units.", "qorn");
   app.set_version_flag("--version", "qorn " QORN_VERSION_STRING);
   app.require_subcommand(1);
   app.get_formatter()->column_width(24);
-  tool::AddSpectrum(app);
   tool::AddInfo(app);
-  if (argc < 2)
-    return Fail(tool::kUsageStatus, "a subcommand is missing: spectrum or info (see qorn --help)");
-  const std::vector<CLI::App *> commands = app.get_subcommands({});
-  const auto isChosen = [&](const CLI::App *command) { return command->get_name() == argv[1]; };
-  if (argv[1][0] != '-' && std::none_of(commands.begin(), commands.end(), isChosen))
-    return Fail(tool::kUsageStatus,
-                "unknown subcommand " + tool::Quoted(argv[1]) + "; known are spectrum and info");
+  tool::AddSpectrum(app);
+  tool::AddUnits(app);
+  std::vector<std::string> commands;
+  for (const CLI::App *command : app.get_subcommands({})) commands.push_back(command->get_name());
+  const std::string known = "; known are " + tool::Joined(commands);
+  if (argc < 2) return Fail(tool::kUsageStatus, "a subcommand is missing" + known + " (see qorn --help)");
+  if (argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
+    return Fail(tool::kUsageStatus, "unknown subcommand " + tool::Quoted(argv[1]) + known);
+  // "-.5" is a number, which the parser would take for an option unless a digit follows the sign.
+  std::vector<std::string> words(argv + 1, argv + argc);
+  for (std::string &word : words)
+    if (word.size() > 2 && word.compare(0, 2, "-.") == 0 && word[2] >= '0' && word[2] <= '9')
+      word.insert(1, 1, '0');
+  std::reverse(words.begin(), words.end()); // as parse wants them
   try {
-    app.parse(argc, argv);
+    app.parse(std::move(words));
   } catch (const CLI::Success &done) {
     app.exit(done);
   } catch (const CLI::ParseError &error) {

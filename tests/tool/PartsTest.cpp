@@ -6,10 +6,10 @@
 #include <random>
 
 #include "Axis.h"
+#include "Levels.h"
 #include "Peaks.h"
 #include "Text.h"
-#include "Units.h"
-#include "Windows.h"
+#include "WindowKinds.h"
 
 namespace {
 

@@ -19,84 +19,28 @@
 #include <string>
 #include <vector>
 
-#include "RunTool.h"
-#include "Windows.h"
-#include "support/IqfRecording.h"
+#include "ToolFixture.h"
+#include "WindowKinds.h"
 
 namespace {
 
 using nlohmann::json;
 using QORN::test::Contents;
 using QORN::test::HasTerminals;
+using QORN::test::HeaderText;
+using QORN::test::kFullScale;
+using QORN::test::kPi;
+using QORN::test::kRate;
 using QORN::test::Outcome;
+using QORN::test::Recording;
 using QORN::test::RunTool;
-using QORN::test::TemporaryFolder;
+using QORN::test::Signal;
+using QORN::test::Tone;
+using QORN::test::Tool;
 using QORN::test::iqf::Frame;
 using QORN::test::iqf::Header;
 using QORN::test::iqf::Mark;
 using QORN::test::iqf::Pair;
-using Signal = std::function<std::complex<double>(int)>;
-
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kFullScale = 32768.0; // steps, by the levels below: a tone of 0 dBm
-constexpr double kRate = 1e6;
-
-std::string HeaderText(int frames, int points, const std::string &more = "") {
-  std::ostringstream text;
-  text.precision(17);
-  text << "Title=test FFTPoints=" << points << " ValidFrames=" << frames
-       << " BlockSize=4 CenterFrequency=100M "
-       << "Span=800k FrameLength=" << points / kRate << " MaxInputLevel=10 LevelOffset=-10 "
-       << "GainOffset=-90.308998699194358 " << more;
-  return Header(text.str());
-}
-
-/// A recording of signal(i), in steps, with whole frames only.
-std::string Recording(int samples, const Signal &signal, int points = 1024) {
-  const int frames = samples / points;
-  std::string bytes = HeaderText(frames, points);
-  for (int f = 0; f < frames; ++f)
-    bytes += Frame(Mark::kCartesian, [&](int k) {
-      const std::complex<double> x = k < points ? signal(f * points + k) : 0.0;
-      return Pair{static_cast<int>(std::lround(x.imag())), static_cast<int>(std::lround(x.real()))};
-    });
-  return bytes + Frame(Mark::kNone, [](int) { return Pair{0, 0}; });
-}
-
-/// A tone of so many dBm at so many cycles per sample.
-Signal Tone(double dBm, double cycles) {
-  return [=](int i) {
-    return std::polar(kFullScale * std::pow(10.0, dBm / 20.0), 2.0 * kPi * std::fmod(cycles * i, 1.0));
-  };
-}
-
-class Tool : public testing::Test {
-protected:
-  std::string Save(const std::string &bytes, const std::string &name = "test.iqf") const {
-    std::ofstream(folder / name, std::ios::binary) << bytes;
-    return folder / name;
-  }
-
-  static json Measure(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "spectrum");
-    arguments.emplace_back("--json");
-    const Outcome outcome = RunTool(arguments);
-    EXPECT_EQ(outcome.status, 0) << outcome.error;
-    EXPECT_EQ(outcome.error, "");
-    return json::parse(outcome.out);
-  }
-
-  /// Runs what must fail: with this status, nothing on the output and one line on the error stream.
-  static void ExpectFailure(int status, const std::string &message, const std::vector<std::string> &arguments,
-                            const std::function<void()> &prepare = {}) {
-    const Outcome outcome = RunTool(arguments, prepare);
-    EXPECT_EQ(outcome.status, status) << outcome.error;
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.error, "qorn: " + message + "\n");
-  }
-
-  TemporaryFolder folder;
-};
 
 struct Row {
   std::string frequency;
@@ -487,8 +431,11 @@ TEST_F(Tool, Info_RecordingCutShortOrOdd_StillShowsTheHeader) {
 // Help
 
 TEST_F(Tool, Help_FitsOneScreen) {
-  for (const std::vector<std::string> &arguments :
-       {std::vector<std::string>{"--help"}, {"-h"}, {"spectrum", "--help"}, {"info", "--help"}}) {
+  for (const std::vector<std::string> &arguments : {std::vector<std::string>{"--help"},
+                                                    {"-h"},
+                                                    {"spectrum", "--help"},
+                                                    {"info", "--help"},
+                                                    {"units", "--help"}}) {
     const Outcome outcome = RunTool(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error, "");
@@ -511,9 +458,10 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
   std::string windows;
   for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
+  const std::string known = "; known are info, spectrum, units";
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-      {{}, "a subcommand is missing: spectrum or info (see qorn --help)"},
-      {{"bogus"}, "unknown subcommand 'bogus'; known are spectrum and info"},
+      {{}, "a subcommand is missing" + known + " (see qorn --help)"},
+      {{"bogus"}, "unknown subcommand 'bogus'" + known},
       {{"spectrum"}, "RECORDING is required"},
       {{"info"}, "RECORDING is required"},
       {{"spectrum", path, "--points", "0"}, "--points: '0' is not a whole number from 2 to 16777216"},

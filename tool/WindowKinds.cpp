@@ -1,4 +1,6 @@
-#include "Windows.h"
+#include "WindowKinds.h"
+
+#include "Text.h"
 
 namespace tool {
 
@@ -6,8 +8,8 @@ namespace {
 
 std::string Plain(const std::string &name) {
   std::string plain;
-  for (const char c : name)
-    if (c != '-' && c != '_') plain += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+  for (const char c : Lower(name))
+    if (c != '-' && c != '_') plain += c;
   return plain;
 }
 
@@ -31,9 +33,9 @@ const std::vector<WindowKind> &Windows() {
 }
 
 std::string WindowNames() {
-  std::string names;
-  for (const WindowKind &kind : Windows()) names += (names.empty() ? "" : ", ") + std::string(kind.name);
-  return names;
+  std::vector<std::string> names;
+  for (const WindowKind &kind : Windows()) names.emplace_back(kind.name);
+  return Joined(names);
 }
 
 const WindowKind *FindWindow(const std::string &name) {

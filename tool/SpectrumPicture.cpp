@@ -1,4 +1,4 @@
-#include "Svg.h"
+#include "SpectrumPicture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,8 +94,8 @@ public:
       : out(stream), m(measured), unit(levelUnit) {
     LevelsOf(unit, m.mean, mean);
     LevelsOf(unit, m.hold, hold);
-    const double half = 0.5 * m.binSpacing;
-    x = {m.FrequencyOf(0) - half, m.FrequencyOf(m.setup.points - 1) + half, kLeft, kRight};
+    const double half = 0.5 * m.spacing;
+    x = {m.FrequencyOf(0) - half, m.FrequencyOf(m.Points() - 1) + half, kLeft, kRight};
     ChooseLevels();
   }
 
@@ -131,7 +131,7 @@ private:
         << ' ' << Number(y2) << "\"/>\n";
   }
 
-  bool HasOutside() const { return m.span > 0.0 && m.span < m.rate; }
+  bool HasOutside() const { return m.recordedSpan > 0.0 && m.recordedSpan < m.rate; }
 
   void ChooseLevels() {
     const double top = *std::max_element(hold.GetPtr(), hold.GetPtr() + hold.GetSize());
@@ -160,7 +160,7 @@ private:
     Text(kLeft, 52, "class=\"quiet\"",
          "Centre " + CentreText(m) + " · sampling rate " + Quantity(m.rate, "Hz") + " · RBW " +
              Quantity(m.resolutionBandwidth, "Hz") + ", " + m.setup.window->name + " · " + Grouped(m.blocks) +
-             (m.blocks == 1 ? " block of " : " blocks of ") + Grouped(m.setup.points) + " points");
+             (m.blocks == 1 ? " block of " : " blocks of ") + Grouped(m.Points()) + " points");
     const double keyY = 74;
     Line("trace mean", kLeft, keyY, kLeft + 26, keyY);
     Text(kLeft + 32, keyY + 4, "", "Mean power");
@@ -173,7 +173,7 @@ private:
     if (HasOutside()) {
       out << "  <rect class=\"outside key\" x=\"" << Number(kLeft + 462) << "\" y=\"" << Number(keyY - 6)
           << "\" width=\"26\" height=\"12\"/>\n";
-      Text(kLeft + 494, keyY + 4, "", "Outside the span of " + Quantity(m.span, "Hz"));
+      Text(kLeft + 494, keyY + 4, "", "Outside the span of " + Quantity(m.recordedSpan, "Hz"));
     }
     Text(kRight, keyY + 4, "text-anchor=\"end\"", "Total power " + LevelText(unit, m.totalPower));
   }
@@ -181,14 +181,14 @@ private:
   void DrawAxes() {
     // Beyond the span that the recording vouches for, filters shape the spectrum.
     if (HasOutside()) {
-      const double first = x(m.centre - m.span / 2);
-      const double last = x(m.centre + m.span / 2);
+      const double first = x(m.centre - m.recordedSpan / 2);
+      const double last = x(m.centre + m.recordedSpan / 2);
       for (const auto &[from, to] : {std::pair(kLeft, first), std::pair(last, kRight)})
         out << "  <rect class=\"outside\" x=\"" << Number(from) << "\" y=\"" << Number(kTop) << "\" width=\""
             << Number(to - from) << "\" height=\"" << Number(kBottom - kTop) << "\"/>\n";
     }
     const double step = RoundStep(x.high - x.low, 11);
-    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)), m.binSpacing);
+    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)), m.spacing);
     std::string label = "Frequency";
     double origin = 0.0;
     std::vector<Tick> ticks = Ticks(x.low, x.high, step, prefix.factor);
@@ -196,7 +196,7 @@ private:
     const auto isLong = [](const Tick &tick) { return tick.label.size() > 9; };
     if (m.centre != 0.0 && std::any_of(ticks.begin(), ticks.end(), isLong)) {
       origin = m.centre;
-      prefix = FrequencyPrefixFor(m.rate / 2, m.binSpacing);
+      prefix = FrequencyPrefixFor(m.rate / 2, m.spacing);
       ticks = Ticks(x.low - origin, x.high - origin, step, prefix.factor);
       label = "Offset from " + CentreText(m);
     }
@@ -302,9 +302,9 @@ private:
       const double row = kTable + static_cast<double>(i % rows + 1) * kRow;
       const double frequency = m.FrequencyOf(m.peaks[i].bin);
       Text(at + 10, row, "class=\"number\" text-anchor=\"middle\"", std::to_string(i + 1));
-      Text(at + 40, row, "", Frequency(frequency, m.binSpacing));
+      Text(at + 40, row, "", Frequency(frequency, m.spacing));
       if (m.centre != 0.0)
-        Text(at + 280, row, "text-anchor=\"end\"", Frequency(frequency - m.centre, m.binSpacing));
+        Text(at + 280, row, "text-anchor=\"end\"", Frequency(frequency - m.centre, m.spacing));
       Text(at + kColumnEnd, row, "text-anchor=\"end\"", LevelText(unit, m.peaks[i].power));
     }
   }

@@ -1,4 +1,4 @@
-#include "Units.h"
+#include "Levels.h"
 
 #include <cmath>
 
@@ -7,6 +7,12 @@
 namespace tool {
 
 const char *NameOf(Unit unit) { return unit == Unit::kDbm ? "dBm" : unit == Unit::kDbv ? "dBV" : "V"; }
+
+std::optional<Unit> FindUnit(const std::string &name) {
+  for (const Unit unit : {Unit::kDbm, Unit::kDbv, Unit::kVolt})
+    if (Lower(name) == Lower(NameOf(unit))) return unit;
+  return std::nullopt;
+}
 
 const char *DensityNameOf(Unit unit) {
   return unit == Unit::kDbm ? "dBm/Hz" : unit == Unit::kDbv ? "dBV/√Hz" : "V/√Hz";

@@ -1,6 +1,6 @@
 // The windows by the names that the command line knows.
-#ifndef QORN_TOOL_WINDOWS_H
-#define QORN_TOOL_WINDOWS_H
+#ifndef QORN_TOOL_WINDOWKINDS_H
+#define QORN_TOOL_WINDOWKINDS_H
 
 #include <qorn/qorn.h>
 

@@ -1,12 +1,12 @@
 // The picture of a measurement.
-#ifndef QORN_TOOL_SVG_H
-#define QORN_TOOL_SVG_H
+#ifndef QORN_TOOL_SPECTRUMPICTURE_H
+#define QORN_TOOL_SPECTRUMPICTURE_H
 
 #include <ostream>
 #include <string>
 
+#include "Levels.h"
 #include "Measurement.h"
-#include "Units.h"
 
 namespace tool {
 

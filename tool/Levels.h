@@ -1,10 +1,11 @@
 // The units of level. Powers are held as squares of peak volts: a tone of amplitude A volts has the power
 // A^2, which is A^2 / 100 watts into 50 ohm.
-#ifndef QORN_TOOL_UNITS_H
-#define QORN_TOOL_UNITS_H
+#ifndef QORN_TOOL_LEVELS_H
+#define QORN_TOOL_LEVELS_H
 
 #include <qorn/qorn.h>
 
+#include <optional>
 #include <string>
 
 namespace tool {
@@ -16,6 +17,9 @@ enum class Unit {
 };
 
 const char *NameOf(Unit unit);
+
+/// The unit of that name, in any case.
+std::optional<Unit> FindUnit(const std::string &name);
 
 /// "dBm/Hz" and so on: the unit of a power in one hertz.
 const char *DensityNameOf(Unit unit);

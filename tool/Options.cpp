@@ -1,0 +1,66 @@
+#include "Options.h"
+
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "Failure.h"
+#include "Text.h"
+#include "WindowKinds.h"
+
+namespace tool {
+
+namespace {
+
+template <class T> std::optional<T> Parsed(const std::string &text, std::size_t from = 0) {
+  T value{};
+  const char *const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data() + from, last, value);
+  if (error != std::errc{} || end != last) return std::nullopt;
+  return value;
+}
+
+} // namespace
+
+CLI::Validator WholeNumber(std::int64_t least, std::int64_t most) {
+  return {[=](const std::string &text) {
+            const std::optional<std::int64_t> value = Parsed<std::int64_t>(text);
+            if (value && *value >= least && *value <= most) return std::string();
+            const std::string range = most < kNoLimit
+                                          ? "from " + std::to_string(least) + " to " + std::to_string(most)
+                                          : "of " + std::to_string(least) + " or more";
+            return Quoted(text) + " is not a whole number " + range;
+          },
+          "", ""};
+}
+
+CLI::Validator KnownWindow() {
+  return {[](const std::string &name) {
+            return FindWindow(name) != nullptr
+                       ? std::string()
+                       : "unknown window " + Quoted(name) + "; known are " + WindowNames();
+          },
+          "", ""};
+}
+
+double NumberOf(const std::string &argument, const std::string &text) {
+  const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
+  const std::optional<double> value = Parsed<double>(text, plus ? 1 : 0);
+  if (!value || !std::isfinite(*value))
+    throw UsageError(argument + ": " + Quoted(text) + " is not a finite number");
+  return *value;
+}
+
+std::string Wrapped(const std::string &names, std::size_t indent) {
+  constexpr std::size_t kColumns = 79; // and one for what follows the last
+  std::string wrapped = names;
+  for (std::size_t start = 0, left = kColumns - indent; wrapped.size() - start > left; left = kColumns) {
+    const std::size_t space = wrapped.rfind(' ', start + left);
+    if (space == std::string::npos || space <= start) break;
+    wrapped[space] = '\n';
+    start = space + 1;
+  }
+  return wrapped;
+}
+
+} // namespace tool

@@ -1,0 +1,30 @@
+// What the arguments of several subcommands have in common.
+#ifndef QORN_TOOL_OPTIONS_H
+#define QORN_TOOL_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace tool {
+
+constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
+
+/// Whole numbers from least to most; all else gets one message.
+CLI::Validator WholeNumber(std::int64_t least, std::int64_t most = kNoLimit);
+
+/// The name of a window.
+CLI::Validator KnownWindow();
+
+/// The finite number in decimal notation that text is: "1090", "-30", "+.5", "1e6". Throws UsageError with
+/// the name of the argument if it is none.
+double NumberOf(const std::string &argument, const std::string &text);
+
+/// Names with commas between, broken after a comma so that each line stays within 80 columns; the first
+/// follows a text of `indent` columns.
+std::string Wrapped(const std::string &names, std::size_t indent);
+
+} // namespace tool
+
+#endif
