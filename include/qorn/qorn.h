@@ -35,11 +35,13 @@
 #include "qorn/dsp/FFT.h"
 #include "qorn/dsp/FT.h"
 #include "qorn/dsp/FftScaleFlag.h"
+#include "qorn/dsp/FirstOrderFilters.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/ParametricWindows.h"
 #include "qorn/dsp/Spectrum.h"
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"
+
 #include "qorn/utils/IQFReader.h"
 
 #endif
