@@ -39,6 +39,7 @@
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/ParametricWindows.h"
 #include "qorn/dsp/Spectrum.h"
+#include "qorn/dsp/WaveformGenerator.h"
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"
 
