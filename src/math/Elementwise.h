@@ -52,14 +52,7 @@ template <class D, class S, class Kernel> D MapScalar(S x, Kernel kernel) {
   return result;
 }
 
-constexpr int kBlock = 1024;
-
-/// x[i] = 10 ^ x[i] for at most kBlock elements. The kernel needs another destination, hence the blocks.
-template <class T> void Pow10InPlace(T *x, int n) {
-  T exponents[kBlock];
-  Kernels<T>::Copy(x, exponents, n);
-  Kernels<T>::Pow10(exponents, x, n);
-}
+constexpr int kBlock = 512;
 
 /// dst = src, then the in-place steps(pointer, count) over dst. The steps run over blocks that stay in the
 /// nearest cache, so that several of them cost about one pass over memory; an element's result depends on
@@ -71,6 +64,20 @@ template <class V, class Steps> void MapInSteps(V &dst, const V &src, Steps step
     const int count = std::min(kBlock, n - i);
     if (&dst != &src) Kernels<ElementOf<V>>::Copy(src.GetPtr(i), dst.GetPtr(i), count);
     steps(dst.GetPtr(i), count);
+  }
+}
+
+/// The same where one of the steps is long: steps(scratch, pointer, count) begins with the elements of src in
+/// scratch, which it may overwrite, and leaves its results at pointer. Memory is then written under the long
+/// step, which hides it.
+template <class V, class Steps> void MapThroughScratch(V &dst, const V &src, Steps steps) {
+  ElementOf<V> scratch[kBlock];
+  const int n = src.GetSize();
+  ResizeLike(dst, src);
+  for (int i = 0; i < n; i += kBlock) {
+    const int count = std::min(kBlock, n - i);
+    Kernels<ElementOf<V>>::Copy(src.GetPtr(i), scratch, count);
+    steps(scratch, dst.GetPtr(i), count);
   }
 }
 

@@ -25,7 +25,7 @@ template <class V> auto PowerOf(ElementOf<V> exponent) {
 template <class V> void VectorPow10(V &dst, const V &src) {
   using T = ElementOf<V>;
   if (&dst == &src) {
-    MapInSteps(dst, src, Pow10InPlace<T>);
+    MapThroughScratch(dst, src, Kernels<T>::Pow10);
   } else {
     Map(dst, src, Kernels<T>::Pow10);
   }
@@ -35,9 +35,9 @@ template <class V, class Kernel>
 void VectorLog(V &dst, const V &src, MathUtils::Log0CheckType check, Kernel log) {
   if (check != MathUtils::Log0Check) return Map(dst, src, log);
   using T = ElementOf<V>;
-  MapInSteps(dst, src, [log](T *x, int n) {
+  MapThroughScratch(dst, src, [log](T *x, T *result, int n) {
     Kernels<T>::AddC(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
-    log(x, x, n);
+    log(x, result, n);
   });
 }
 

@@ -30,9 +30,10 @@ template <class T> T Narrow(double x) { return static_cast<T>(x); }
 template <class T> double G(T x) { return MathUtils::Log10(Wide(x)); }
 template <class T> double P(T x) { return MathUtils::Pow10(Wide(x)); }
 
-// Vector forms: one step over n elements in place.
+// Vector forms: one step over n elements at x. Logarithms and powers leave their results in dst, which is x
+// or does not overlap it; a power needs the second.
 template <class T> struct Block {
-  T *x;
+  T *x, *dst;
   int n;
 
   Block Add(T c) const { return Kernels<T>::AddC(c, x, n), *this; }
@@ -43,30 +44,35 @@ template <class T> struct Block {
   Block Sqrt() const { return Kernels<T>::Sqrt(x, x, n), *this; }
   Block Log10() const {
     Kernels<T>::AddC(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
-    return Kernels<T>::Log10(x, x, n), *this;
+    return Kernels<T>::Log10(x, dst, n), Block{dst, dst, n};
   }
-  Block Pow10() const { return Pow10InPlace(x, n), *this; }
+  Block Pow10() const { return Kernels<T>::Pow10(x, dst, n), Block{dst, dst, n}; }
 };
 
-template <class T> Block(T *, int) -> Block<T>;
+template <class T> Block(T *, T *, int) -> Block<T>;
 
 // A scalar form that is its vector form on one element.
 template <class Form, class T> T InPlace(T x) {
-  Form::Steps(Block{&x, 1});
+  Form::Steps(Block{&x, &x, 1});
   return x;
 }
 
 template <class Form, class V> void Vector(V &dst, const V &src) {
-  MapInSteps(dst, src, [](auto *x, int n) { Form::Steps(Block{x, n}); });
+  if constexpr (Form::kElementary) {
+    MapThroughScratch(dst, src, [](auto *x, auto *result, int n) { Form::Steps(Block{x, result, n}); });
+  } else {
+    MapInSteps(dst, src, [](auto *x, int n) { Form::Steps(Block{x, x, n}); });
+  }
 }
 
 } // namespace
 
 // What a row of the dictionary becomes: a struct that holds its two formulas, and the members.
-#define QORN_FORM(name, scalar, steps)                                                                       \
+#define QORN_FORM(name, elementary, scalar, steps)                                                           \
   namespace {                                                                                                \
   namespace form {                                                                                           \
   struct name {                                                                                              \
+    static constexpr bool kElementary = elementary;                                                          \
     template <class T> static T Scalar(T x) { return scalar; }                                               \
     template <class T> static void Steps(Block<T> block) { block.steps; }                                    \
   };                                                                                                         \
@@ -77,10 +83,11 @@ template <class Form, class V> void Vector(V &dst, const V &src) {
   void UnitConversion::name(V &dst, const V &src) { Vector<form::other>(dst, src); }
 
 #define QORN_SAME(name, other) QORN_FORMS_OF(name, other, VecReal32) QORN_FORMS_OF(name, other, VecReal64)
-#define QORN_CONVERSION(name, scalar, steps) QORN_FORM(name, scalar, steps) QORN_SAME(name, name)
-#define QORN_STEPS(name, steps) QORN_CONVERSION(name, InPlace<name>(x), steps)
+#define QORN_ELEMENTARY(name, scalar, steps) QORN_FORM(name, true, scalar, steps) QORN_SAME(name, name)
+#define QORN_LINEAR(name, scalar, steps) QORN_FORM(name, false, scalar, steps) QORN_SAME(name, name)
+#define QORN_STEPS(name, steps) QORN_LINEAR(name, InPlace<name>(x), steps)
 #define QORN_STEPS_64(name, steps)                                                                           \
-  QORN_FORM(name, InPlace<name>(x), steps) QORN_FORMS_OF(name, name, VecReal64)
+  QORN_FORM(name, false, InPlace<name>(x), steps) QORN_FORMS_OF(name, name, VecReal64)
 #define QORN_IN_PLACE(name)                                                                                  \
   void UnitConversion::name(VecReal32 &vec) { Vector<form::name>(vec, vec); }                                \
   void UnitConversion::name(VecReal64 &vec) { Vector<form::name>(vec, vec); }
