@@ -1,4 +1,4 @@
-// Round ticks.
+// Scales and round ticks.
 #ifndef QORN_TOOL_AXIS_H
 #define QORN_TOOL_AXIS_H
 
@@ -6,6 +6,12 @@
 #include <vector>
 
 namespace tool {
+
+/// A linear map from values to places in a drawing: low goes to from, high to to.
+struct Scale {
+  double low, high, from, to;
+  double operator()(double value) const { return from + (value - low) / (high - low) * (to - from); }
+};
 
 struct Tick {
   double value;

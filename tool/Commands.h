@@ -9,6 +9,7 @@ namespace tool {
 void AddInfo(CLI::App &app);
 void AddSpectrum(CLI::App &app);
 void AddUnits(CLI::App &app);
+void AddWindows(CLI::App &app);
 
 } // namespace tool
 

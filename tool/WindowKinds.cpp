@@ -15,13 +15,23 @@ std::string Plain(const std::string &name) {
 
 } // namespace
 
+std::string WindowKind::Title() const {
+  if (*symbol == '\0') return name;
+  return std::string(name) + ", " + symbol + " " + Significant(static_cast<double>(parameter), 6);
+}
+
 const std::vector<WindowKind> &Windows() {
   static const std::vector<WindowKind> known = {
-      {"rectangle", QORN::WindowRectangle, 0.0F}, {"hann", QORN::WindowHann, 0.0F},
-      {"hamming", QORN::WindowHamming, 0.0F},     {"blackman-harris", QORN::WindowBlackmanHarris, 0.0F},
-      {"flat-top", QORN::WindowFlatTop, 0.0F},    {"gauss", QORN::WindowGauss, 3.5F},
-      {"kaiser", QORN::WindowKaiser, 16.71F},     {"cispr3db", QORN::WindowCISPR3dB, 14.6F},
-      {"cispr6db", QORN::WindowCISPR6dB, 14.6F},  {"mil6db", QORN::WindowMil6dB, 14.6F},
+      {"rectangle", QORN::WindowRectangle, 0.0F, ""},
+      {"hann", QORN::WindowHann, 0.0F, ""},
+      {"hamming", QORN::WindowHamming, 0.0F, ""},
+      {"blackman-harris", QORN::WindowBlackmanHarris, 0.0F, ""},
+      {"flat-top", QORN::WindowFlatTop, 0.0F, ""},
+      {"gauss", QORN::WindowGauss, 3.5F, "alpha"},
+      {"kaiser", QORN::WindowKaiser, 16.71F, "beta"},
+      {"cispr3db", QORN::WindowCISPR3dB, 14.6F, "beta"},
+      {"cispr6db", QORN::WindowCISPR6dB, 14.6F, "beta"},
+      {"mil6db", QORN::WindowMil6dB, 14.6F, "beta"},
   };
   static const std::vector<WindowKind> windows = [] {
     std::vector<WindowKind> offered;

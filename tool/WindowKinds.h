@@ -13,7 +13,11 @@ namespace tool {
 struct WindowKind {
   const char *name;
   QORN::WindowType type;
-  float parameter; ///< the one that the shape is known for, where it has one
+  float parameter;    ///< the one that the shape is known for, where it has one
+  const char *symbol; ///< of the parameter; empty if the shape has none
+
+  /// "hann", "kaiser, beta 16.71".
+  std::string Title() const;
 };
 
 /// Those that the library makes.

@@ -29,6 +29,7 @@ int Run(int argc, char **argv) {
   app.get_formatter()->column_width(24);
   tool::AddInfo(app);
   tool::AddSpectrum(app);
+  tool::AddWindows(app);
   tool::AddUnits(app);
   std::vector<std::string> commands;
   for (const CLI::App *command : app.get_subcommands({})) commands.push_back(command->get_name());

@@ -78,6 +78,28 @@ protected:
     EXPECT_EQ(outcome.error, "qorn: " + message + "\n");
   }
 
+  static void ExpectWellFormed(const std::string &svg) {
+    EXPECT_EQ(svg.substr(0, 5), "<svg ");
+    EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
+    // Every element that is opened is closed, in order, and no number is not one.
+    std::vector<std::string> open;
+    for (std::size_t at = svg.find('<'); at != std::string::npos; at = svg.find('<', at + 1)) {
+      const std::size_t end = svg.find('>', at);
+      ASSERT_NE(end, std::string::npos);
+      const std::string tag = svg.substr(at + 1, end - at - 1);
+      if (tag.back() == '/') continue;
+      if (tag.front() == '/') {
+        ASSERT_FALSE(open.empty());
+        EXPECT_EQ(tag.substr(1), open.back());
+        open.pop_back();
+      } else {
+        open.push_back(tag.substr(0, tag.find(' ')));
+      }
+    }
+    EXPECT_TRUE(open.empty());
+    for (const char *none : {"nan", "inf", "e+", "e-0"}) EXPECT_EQ(svg.find(none), std::string::npos) << none;
+  }
+
   TemporaryFolder folder;
 };
 

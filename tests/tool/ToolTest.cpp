@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "ToolFixture.h"
-#include "WindowKinds.h"
+#include "WindowShapes.h"
 
 namespace {
 
@@ -31,9 +31,13 @@ using QORN::test::HeaderText;
 using QORN::test::kFullScale;
 using QORN::test::kPi;
 using QORN::test::kRate;
+using QORN::test::NoiseBandwidth;
 using QORN::test::Outcome;
 using QORN::test::Recording;
 using QORN::test::RunTool;
+using QORN::test::Scalloping;
+using QORN::test::Shape;
+using QORN::test::Shapes;
 using QORN::test::Signal;
 using QORN::test::Tone;
 using QORN::test::Tool;
@@ -63,86 +67,6 @@ std::vector<Row> Table(const std::string &path, const std::string &head) {
 }
 
 // Calibration
-
-// The coefficients as the literature has them, and the figure for the resolution bandwidth.
-struct Shape {
-  const char *name;
-  double rbw;
-  std::function<double(int k, int n)> weight;
-};
-
-double CosineSum(int k, int n, const std::vector<double> &a) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    sum += (i % 2 == 0 ? a[i] : -a[i]) * std::cos(2.0 * kPi * static_cast<double>(i) * k / n);
-  return sum;
-}
-
-double Kaiser(int k, int n, double beta) {
-  const double x = 2.0 * k / (n - 1) - 1.0;
-  return std::cyl_bessel_i(0.0, beta * std::sqrt(std::max(0.0, 1.0 - x * x))) / std::cyl_bessel_i(0.0, beta);
-}
-
-// Those of the shapes below that the library makes.
-const std::vector<Shape> &Shapes() {
-  static const std::vector<Shape> all = {
-      {"rectangle", 0.89, [](int, int) { return 1.0; }},
-      {"hann", 1.44,
-       [](int k, int n) {
-         return CosineSum(k, n, {0.5, 0.5});
-       }},
-      {"hamming", 1.3,
-       [](int k, int n) {
-         return CosineSum(k, n, {0.54, 0.46});
-       }},
-      {"blackman-harris", 1.9,
-       [](int k, int n) {
-         return CosineSum(k, n, {0.35875, 0.48829, 0.14128, 0.01168});
-       }},
-      {"flat-top", 3.72,
-       [](int k, int n) {
-         return CosineSum(k, n, {0.21557895, 0.41663158, 0.277263158, 0.083578947, 0.006947368});
-       }},
-      {"gauss", 1.86,
-       [](int k, int n) {
-         const double x = 3.5 * (k - 0.5 * (n - 1)) / n;
-         return std::exp(-2.0 * x * x);
-       }},
-      {"kaiser", 2.2292, [](int k, int n) { return Kaiser(k, n, 16.71); }},
-      {"cispr3db", 2.2292, [](int k, int n) { return Kaiser(k, n, 14.6); }},
-      {"cispr6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }}, // below 9 kHz
-      {"mil6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }},
-  };
-  static const std::vector<Shape> shapes = [] {
-    std::vector<Shape> offered;
-    for (const Shape &shape : all)
-      if (tool::FindWindow(shape.name) != nullptr) offered.push_back(shape);
-    return offered;
-  }();
-  return shapes;
-}
-
-/// How far a tone reads low at so many bins off a bin, in decibels.
-double Scalloping(const Shape &shape, int n, double offset) {
-  double sum = 0.0;
-  std::complex<double> response;
-  for (int k = 0; k < n; ++k) {
-    sum += shape.weight(k, n);
-    response += std::polar(shape.weight(k, n), 2.0 * kPi * offset * k / n);
-  }
-  return -20.0 * std::log10(std::abs(response) / sum);
-}
-
-/// The noise bandwidth in bins.
-double NoiseBandwidth(const Shape &shape, int n) {
-  double sum = 0.0;
-  double squares = 0.0;
-  for (int k = 0; k < n; ++k) {
-    sum += shape.weight(k, n);
-    squares += shape.weight(k, n) * shape.weight(k, n);
-  }
-  return n * squares / (sum * sum);
-}
 
 struct Place {
   int points;
@@ -358,26 +282,8 @@ TEST_F(Tool, Spectrum_Svg_IsWellFormedAndComplete) {
   for (const char *points : {"2", "1000", "8192"}) {
     Measure({path, "--points", points, "--svg", folder / "p.svg"});
     const std::string svg = Contents(folder / "p.svg");
-    EXPECT_EQ(svg.substr(0, 5), "<svg ");
-    EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
+    ExpectWellFormed(svg);
     EXPECT_NE(svg.find("<title>a&lt;b&gt;&amp;&quot;c&quot;\xC3\xA9??.iqf</title>"), std::string::npos);
-    // Every element that is opened is closed, in order, and no number is not one.
-    std::vector<std::string> open;
-    for (std::size_t at = svg.find('<'); at != std::string::npos; at = svg.find('<', at + 1)) {
-      const std::size_t end = svg.find('>', at);
-      ASSERT_NE(end, std::string::npos);
-      const std::string tag = svg.substr(at + 1, end - at - 1);
-      if (tag.back() == '/') continue;
-      if (tag.front() == '/') {
-        ASSERT_FALSE(open.empty());
-        EXPECT_EQ(tag.substr(1), open.back());
-        open.pop_back();
-      } else {
-        open.push_back(tag.substr(0, tag.find(' ')));
-      }
-    }
-    EXPECT_TRUE(open.empty());
-    for (const char *none : {"nan", "inf", "e+", "e-0"}) EXPECT_EQ(svg.find(none), std::string::npos) << none;
   }
   const std::string svg = Contents(folder / "p.svg");
   for (const char *text :
@@ -435,6 +341,7 @@ TEST_F(Tool, Help_FitsOneScreen) {
                                                     {"-h"},
                                                     {"spectrum", "--help"},
                                                     {"info", "--help"},
+                                                    {"windows", "--help"},
                                                     {"units", "--help"}}) {
     const Outcome outcome = RunTool(arguments);
     EXPECT_EQ(outcome.status, 0);
@@ -458,7 +365,7 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
   std::string windows;
   for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
-  const std::string known = "; known are info, spectrum, units";
+  const std::string known = "; known are info, spectrum, windows, units";
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a subcommand is missing" + known + " (see qorn --help)"},
       {{"bogus"}, "unknown subcommand 'bogus'" + known},
