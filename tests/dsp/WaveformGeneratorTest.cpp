@@ -381,6 +381,13 @@ TEST(WaveformGenerator, GaussianPulse_FarFromZero_UnderflowsToZero) {
   EXPECT_EQ(dst[0], 0.0F);
 }
 
+TEST(WaveformGenerator, GaussianPulse_Ln2_HasFifteenDigits) {
+  // A time at which the sixteenth digit turns the last bit of the result.
+  VecReal32 dst;
+  WaveformGenerator::GaussianPulse(dst, 1.0F, Of<VecReal32>({0x1.b2a75p+0F}));
+  EXPECT_EQ(dst[0], 0x1.1cc68ep-117F);
+}
+
 TEST(WaveformGenerator, IntegralConvRect_AtTheEdges_IsExact) {
   VecReal32 dst;
   WaveformGenerator::IntegralConvRect(dst, 0.5F, Of<VecReal32>({-0.3F, -0.25F, -0.125F, 0.0F, 0.25F, 9.0F}));
@@ -412,6 +419,23 @@ TEST(WaveformGenerator, ConvGauss_NarrowGaussian_CutsTheRectangleOff) {
   VecReal32 dst;
   WaveformGenerator::ConvGauss(dst, 1.0F, 0.01F, Of<VecReal32>({-0.3F, -0.19F, 0.0F, 0.19F, 0.3F}));
   EXPECT_EQ(List(dst), (std::vector<float>{0.0F, 1.0F, 1.0F, 1.0F, 0.0F}));
+}
+
+TEST(WaveformGenerator, LimitedPulses_AtTheirLimits_HaveTheEndValue) {
+  // With b T = 1 / 64 the limits are floats, and the pulses are not at their end values beside them.
+  const float b = 1.0F / 64.0F;
+  const auto around = [](float limit) {
+    const float inside = std::nextafter(limit, 0.0F);
+    return Of<VecReal32>({-limit, -inside, inside, limit});
+  };
+  VecReal32 dst;
+  WaveformGenerator::ConvGauss(dst, 1.0F, b, around(20.0F * b));
+  EXPECT_EQ(List(dst), (std::vector<float>{0.0F, 1.0F, 1.0F, 0.0F}));
+  WaveformGenerator::IntegralConvGauss(dst, 1.0F, b, around(10.0F * b));
+  EXPECT_EQ(dst[0], 0.0F);
+  EXPECT_NEAR(dst[1], 0.34375F, 1e-6F);
+  EXPECT_NEAR(dst[2], 0.65625F, 1e-6F);
+  EXPECT_EQ(dst[3], 1.0F);
 }
 
 TEST(WaveformGenerator, Sinc_AtZero_IsOneUnlessUnguarded) {
