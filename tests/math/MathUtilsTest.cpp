@@ -5,10 +5,12 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <utility>
 #include <vector>
 
+#include "qorn/infra/QORNException.h"
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "qorn/infra/VecInt32.h"
@@ -813,6 +815,52 @@ TEST(MathUtils, ExpjEP_LongTone_DoesNotDrift) {
   const auto exact = static_cast<double>(std::cos(kTwoPi * (n - 1) * static_cast<long double>(0.1234567)));
   EXPECT_NEAR(static_cast<double>(precise[n - 1].re), exact, 6e-8);
   EXPECT_GT(std::abs(static_cast<double>(plain[n - 1].re) - exact), 1e-4);
+}
+
+// Destinations.
+
+TYPED_TEST(MathUtilsOnReal, AnyDestination_Narrowed_IsWholeAgainAndGrowsByNeed) {
+  TypeParam dst(5);
+  const auto *storage = dst.GetPtr();
+  const auto three = Of<TypeParam>({1, 2, 3});
+  const std::function<void()> calls[] = {
+      [&] { MathUtils::Abs(dst, three); },       [&] { MathUtils::Cos(dst, three); },
+      [&] { MathUtils::Cos(dst, 3, 0.5, 0.0); }, [&] { MathUtils::Atan2(dst, three, three); },
+      [&] { MathUtils::Pow(dst, three, 2); },    [&] { MathUtils::Pow10(dst, three); },
+      [&] { MathUtils::Ln(dst, three); },        [&] { MathUtils::Ln(dst, three, MathUtils::Log0Check); },
+      [&] { MathUtils::Copy(dst, three, 0); }};
+  for (const auto &call : calls) {
+    dst.Trim(2);
+    call();
+    EXPECT_EQ(dst.GetSize(), 3);
+    EXPECT_EQ(dst.GetCapacity(), 5);
+    EXPECT_EQ(dst.GetPtr(), storage);
+  }
+  MathUtils::Exp(dst, TypeParam(8));
+  EXPECT_EQ(dst.GetSize(), 8);
+  EXPECT_EQ(dst.GetCapacity(), 8);
+}
+
+TEST(MathUtils, AnyGenerator_BeyondAnyVector_FailsAsALackOfMemory) {
+  constexpr int n = std::numeric_limits<int>::max();
+  VecReal32 f;
+  VecReal64 d;
+  VecCplx32 cf;
+  VecCplx64 cd;
+  const std::function<void()> calls[] = {
+      [&] { MathUtils::Cos(f, n, 0.1, 0.0); }, [&] { MathUtils::Sin(d, n, 0.1, 0.0); },
+      [&] { MathUtils::Expj(cf, n, 0.1F, 0.0F); }, [&] { MathUtils::Expj(cd, n, 0.1, 0.0); },
+      [&] { MathUtils::Expj_EP(cf, n, 0.1, 0.0); }};
+  testing::internal::CaptureStdout();
+  for (const auto &call : calls) {
+    try {
+      call();
+      ADD_FAILURE() << "no exception";
+    } catch (const QORNException &e) {
+      EXPECT_EQ(e.GetErrorCode(), 11001);
+    }
+  }
+  testing::internal::GetCapturedStdout();
 }
 
 TEST(MathUtils, Functions_OnKeptDestinations_AllocateNothing) {
