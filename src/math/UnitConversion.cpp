@@ -1,6 +1,7 @@
 #include "qorn/math/UnitConversion.h"
 
 #include "Elementwise.h"
+#include "infra/kernels/Levels.h"
 #include "qorn/infra/VecReal32.h"
 #include "qorn/infra/VecReal64.h"
 #include "qorn/math/MathUtils.h"
@@ -30,10 +31,9 @@ template <class T> T Narrow(double x) { return static_cast<T>(x); }
 template <class T> double G(T x) { return MathUtils::Log10(Wide(x)); }
 template <class T> double P(T x) { return MathUtils::Pow10(Wide(x)); }
 
-// Vector forms: one step over n elements at x. Logarithms and powers leave their results in dst, which is x
-// or does not overlap it; a power needs the second.
+// Vector forms of arithmetic: one step over n elements in place.
 template <class T> struct Block {
-  T *x, *dst;
+  T *x;
   int n;
 
   Block Add(T c) const { return Kernels<T>::AddC(c, x, n), *this; }
@@ -42,55 +42,64 @@ template <class T> struct Block {
   Block Div(T c) const { return Kernels<T>::DivC(c, x, n), *this; }
   Block Sqr() const { return Kernels<T>::Sqr(x, x, n), *this; }
   Block Sqrt() const { return Kernels<T>::Sqrt(x, x, n), *this; }
-  Block Log10() const {
-    Kernels<T>::AddC(static_cast<T>(MathUtils::kLogZeroOffset), x, n);
-    return Kernels<T>::Log10(x, dst, n), Block{dst, dst, n};
-  }
-  Block Pow10() const { return Kernels<T>::Pow10(x, dst, n), Block{dst, dst, n}; }
 };
 
-template <class T> Block(T *, T *, int) -> Block<T>;
+// What a step of a logarithm or of a power of ten becomes where there is none: x + kNone is x, also for -0.
+template <class T> constexpr T kNone = static_cast<T>(-0.0);
 
-// A scalar form that is its vector form on one element.
-template <class Form, class T> T InPlace(T x) {
-  Form::Steps(Block{&x, &x, 1});
-  return x;
+template <class T> constexpr auto kToDecibel = &kernels::Table::ToDecibel_64f;
+template <> constexpr auto kToDecibel<float> = &kernels::Table::ToDecibel_32f;
+template <class T> constexpr auto kFromDecibel = &kernels::Table::FromDecibel_64f;
+template <> constexpr auto kFromDecibel<float> = &kernels::Table::FromDecibel_32f;
+
+// log10(gain x + offset) scale + shift over an array.
+template <class T> auto ToDecibel(T gain, T scale, T shift) {
+  return [=](const T *src, T *dst, int n) {
+    constexpr T offset = static_cast<T>(MathUtils::kLogZeroOffset);
+    (kernels::active->*kToDecibel<T>)(src, dst, n, gain, offset, scale, shift);
+  };
 }
 
-template <class Form, class V> void Vector(V &dst, const V &src) {
-  if constexpr (Form::kElementary) {
-    MapThroughScratch(dst, src, [](auto *x, auto *result, int n) { Form::Steps(Block{x, result, n}); });
-  } else {
-    MapInSteps(dst, src, [](auto *x, int n) { Form::Steps(Block{x, x, n}); });
-  }
+// 10 ^ ((x + shift) / divisor) gain over an array, the division as a product with the rounded reciprocal.
+template <class T> auto FromDecibel(T shift, T divisor, T gain) {
+  return [=](const T *src, T *dst, int n) {
+    (kernels::active->*kFromDecibel<T>)(src, dst, n, shift, T{1} / divisor, gain);
+  };
 }
 
 } // namespace
 
 // What a row of the dictionary becomes: a struct that holds its two formulas, and the members.
-#define QORN_FORM(name, elementary, scalar, steps)                                                           \
+#define QORN_FORM(name, scalar, ...)                                                                         \
   namespace {                                                                                                \
   namespace form {                                                                                           \
   struct name {                                                                                              \
-    static constexpr bool kElementary = elementary;                                                          \
     template <class T> static T Scalar(T x) { return scalar; }                                               \
-    template <class T> static void Steps(Block<T> block) { block.steps; }                                    \
+    template <class V> static void Vector(V &dst, const V &src) {                                            \
+      using T = ElementOf<V>;                                                                                \
+      __VA_ARGS__;                                                                                           \
+    }                                                                                                        \
   };                                                                                                         \
   }                                                                                                          \
   }
+#define QORN_LINEAR_FORM(name, scalar, steps)                                                                \
+  QORN_FORM(name, scalar, MapInSteps(dst, src, [](T *x, int n) { Block<T>{x, n}.steps; }))
 #define QORN_FORMS_OF(name, other, V)                                                                        \
   ElementOf<V> UnitConversion::name(ElementOf<V> x) { return form::other::Scalar(x); }                       \
-  void UnitConversion::name(V &dst, const V &src) { Vector<form::other>(dst, src); }
+  void UnitConversion::name(V &dst, const V &src) { form::other::Vector(dst, src); }
 
 #define QORN_SAME(name, other) QORN_FORMS_OF(name, other, VecReal32) QORN_FORMS_OF(name, other, VecReal64)
-#define QORN_ELEMENTARY(name, scalar, steps) QORN_FORM(name, true, scalar, steps) QORN_SAME(name, name)
-#define QORN_LINEAR(name, scalar, steps) QORN_FORM(name, false, scalar, steps) QORN_SAME(name, name)
-#define QORN_STEPS(name, steps) QORN_LINEAR(name, InPlace<name>(x), steps)
+#define QORN_TO_LOG(name, scalar, ...)                                                                       \
+  QORN_FORM(name, scalar, Map(dst, src, ToDecibel<T>(__VA_ARGS__))) QORN_SAME(name, name)
+#define QORN_FROM_LOG(name, scalar, ...)                                                                     \
+  QORN_FORM(name, scalar, Map(dst, src, FromDecibel<T>(__VA_ARGS__))) QORN_SAME(name, name)
+#define QORN_LINEAR(name, scalar, steps) QORN_LINEAR_FORM(name, scalar, steps) QORN_SAME(name, name)
+#define QORN_STEPS(name, steps) QORN_LINEAR(name, (Block<T>{&x, 1}.steps, x), steps)
 #define QORN_STEPS_64(name, steps)                                                                           \
-  QORN_FORM(name, false, InPlace<name>(x), steps) QORN_FORMS_OF(name, name, VecReal64)
+  QORN_LINEAR_FORM(name, (Block<T>{&x, 1}.steps, x), steps) QORN_FORMS_OF(name, name, VecReal64)
 #define QORN_IN_PLACE(name)                                                                                  \
-  void UnitConversion::name(VecReal32 &vec) { Vector<form::name>(vec, vec); }                                \
-  void UnitConversion::name(VecReal64 &vec) { Vector<form::name>(vec, vec); }
+  void UnitConversion::name(VecReal32 &vec) { form::name::Vector(vec, vec); }                                \
+  void UnitConversion::name(VecReal64 &vec) { form::name::Vector(vec, vec); }
 
 #include "UnitConversion.inc"
 

@@ -1,0 +1,54 @@
+// Levels from linear values and back: the logarithm and the power of ten of the elementary functions, with
+// the arithmetic around them in the same pass. Every step is rounded, so the bits are those of the steps one
+// by one. A step that a conversion does not need is a factor of 1 or an addition of -0, which change nothing.
+#include "Logarithm.h"
+#include "Power.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+/// log10(x * gain + offset) * scale + shift.
+template <class T> struct ToSteps {
+  T gain, offset, scale, shift;
+  QORN_INLINE T Before(T x) const { return Rounded(x * gain) + offset; }
+  QORN_INLINE T After(T y) const { return Rounded(y * scale) + shift; }
+};
+
+/// 10 ^ ((x + shift) * scale) * gain.
+template <class T> struct FromSteps {
+  T shift, scale, gain;
+  QORN_INLINE T Before(T x) const { return (x + shift) * scale; }
+  QORN_INLINE T After(T y) const { return y * gain; }
+};
+
+/// The function Op with the steps around it.
+template <class Op, class Steps> struct Around {
+  Steps steps;
+
+  template <class T> QORN_INLINE T Fast(T x) const requires requires { Op::Fast(x); }
+  { return steps.After(Op::Fast(steps.Before(x))); }
+  template <class T> QORN_INLINE T Fast(T x, bool &served) const {
+    return steps.After(Op::Fast(steps.Before(x), served));
+  }
+  template <class T> T Full(T x) const { return steps.After(Op::Full(steps.Before(x))); }
+};
+
+template <class Log, class T>
+void ToDecibel(const T *src, T *dst, int len, T gain, T offset, T scale, T shift) {
+  Map(Around<Log, ToSteps<T>>{{gain, offset, scale, shift}}, dst, len, src);
+}
+
+template <class TenTo, class T> void FromDecibel(const T *src, T *dst, int len, T shift, T scale, T gain) {
+  Map(Around<TenTo, FromSteps<T>>{{shift, scale, gain}}, dst, len, src);
+}
+
+using Log10_64 = Log64<Log10Base>;
+using TenTo32 = PowerOfTen<Power32, float>;
+using TenTo64 = PowerOfTen<Power64, double>;
+
+} // namespace
+
+#define QORN_FAMILY "Decibel.inc"
+#include "Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL
