@@ -30,6 +30,7 @@
 #include "qorn/math/UnitConversion.h"
 #include "qorn/math/VecUtils.h"
 
+#include "qorn/dsp/ChirpZ.h"
 #include "qorn/dsp/DFT.h"
 #include "qorn/dsp/DSPUtils.h"
 #include "qorn/dsp/FFT.h"

@@ -63,6 +63,8 @@ public:
   ///@}
 
 private:
+  friend class ChirpZ; // asks whether the plan found memory
+
   template <class T, class V> void Transform(V &out, const V &in, bool forward);
 
   int m_order;
