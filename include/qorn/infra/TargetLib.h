@@ -577,9 +577,23 @@ public:
   static void DotProd_16s(const short *src1, const short *src2, int len, float *result);
 
   /// dst[n] = sum over i of conj(src1[i]) * src2[i + n + lowLag], 0 <= i < len1, 0 <= n < dstLen, with the
-  /// terms for which src2 has an element, 0 to len2 - 1; not normalised. The terms are added in ascending
-  /// order of i, so the error is at most (m + 1) u times the sum of their magnitudes, m being the shorter of
-  /// len1 and len2 and u 2^-24. A length below 1 does nothing. dst must not overlap a source.
+  /// terms for which src2 has an element, 0 to len2 - 1; not normalised. A length below 1 does nothing. dst
+  /// must not overlap a source.
+  ///
+  /// The error of each result, or of each part of a complex one, is at most 4 eps times its own sum of
+  /// |src1[i]| |src2[i + n + lowLag]|, eps being 2^-23 (2^-52 for 64f), whatever the lengths, as long as no
+  /// term leaves the range of normal numbers. There are two methods, and the lengths alone choose between
+  /// them:
+  /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
+  ///   small. These allocate nothing. Each result depends on its own operands alone.
+  /// - transforms of overlapping blocks (overlap-save), where those are estimated to take less work: from
+  /// about
+  ///   1500 by 1500 elements on, and from about 100 (32f) or 200 (64f) elements on if the other source is
+  ///   long. Results that the block's rounding errors could have spoiled (quiet ones beside loud ones) are
+  ///   told by bounds and computed again; so results without a nonzero product are exactly 0, and what is not
+  ///   finite shows where it would by direct sums and nowhere else. The last bits of a result may depend on
+  ///   its place. Work memory is freed before the call returns; QORNException 11001 if there is none. The
+  ///   factors of the transforms stay with the process.
   ///@{
   static void CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst, int dstLen,
                             int lowLag);
@@ -587,9 +601,9 @@ public:
                              int dstLen, int lowLag);
   ///@}
 
-  /// The linear convolution dst[n] = sum over i of src1[i] * src2[n - i], 0 <= n < len1 + len2 - 1, computed
-  /// directly; the error is bounded as that of CrossCorr. The caller supplies dst of that length; it must not
-  /// overlap a source. A length below 1 does nothing.
+  /// The linear convolution dst[n] = sum over i of src1[i] * src2[n - i], 0 <= n < len1 + len2 - 1; method,
+  /// error bound and memory as CrossCorr. The caller supplies dst of that length; it must not overlap a
+  /// source. A length below 1 does nothing.
   ///@{
   static void Conv_32f(const float *src1, int len1, const float *src2, int len2, float *dst);
   static void Conv_64f(const double *src1, int len1, const double *src2, int len2, double *dst);

@@ -1,0 +1,91 @@
+// Convolution and correlation: directly, or by transforms where that is less work.
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "fourier/LongConvolution.h"
+#include "fourier/OverlapSave.h"
+#include "kernels/Levels.h"
+#include "qorn/infra/TargetLib.h"
+
+namespace QORN {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+
+template <class T> T Conjugate(T x) { return x; }
+Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
+
+// dst[len - 1 - i] = conj(src[i]).
+template <class T> void Reverse(const T *src, int len, T *dst) {
+  std::transform(std::reverse_iterator(src + len), std::reverse_iterator(src), dst,
+                 [](const T &x) { return Conjugate(x); });
+}
+
+template <class T>
+void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1, int len1, const T *src2,
+              int len2, T *dst) {
+  if (src1 == nullptr || src2 == nullptr || dst == nullptr || len1 < 1 || len2 < 1) return;
+  if (len1 > len2) {
+    std::swap(src1, src2);
+    std::swap(len1, len2);
+  }
+  const Index outputs = static_cast<Index>(len1) + len2 - 1;
+  const int log2Length = fourier::BlockLog2<T>(len1, outputs, static_cast<double>(len1) * len2);
+  if (log2Length == 0) return direct(src1, len1, src2, len2, dst);
+  const fourier::WorkArray<T> taps(len1);
+  Reverse(src1, len1, taps.Data());
+  fourier::Correlate<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, log2Length);
+}
+
+template <class T>
+void Correlate(void (*direct)(const T *, int, const T *, int, T *, int, int), const T *src1, int len1,
+               const T *src2, int len2, T *dst, int dstLen, int lowLag) {
+  if (src1 == nullptr || src2 == nullptr || dst == nullptr || len1 < 1 || len2 < 1 || dstLen < 1) return;
+  // In the convolution of src2 with the reversed src1, dst[0] is value lowLag + len1 - 1.
+  const Index place = static_cast<Index>(lowLag) + len1 - 1, whole = static_cast<Index>(len1) + len2 - 1;
+  const Index first = std::clamp(place, Index{0}, whole), end = std::clamp(place + dstLen, Index{0}, whole);
+  const int shorter = std::min(len1, len2);
+  const double terms = std::min(static_cast<double>(len1) * len2, static_cast<double>(end - first) * shorter);
+  const int log2Length = first == end ? 0 : fourier::BlockLog2<T>(shorter, end - first, terms);
+  if (log2Length == 0) return direct(src1, len1, src2, len2, dst, dstLen, lowLag);
+
+  std::fill_n(dst, first - place, T{});
+  std::fill(dst + (end - place), dst + dstLen, T{});
+  T *const results = dst + (first - place);
+  constexpr Index kScalars = sizeof(T) / sizeof(float);
+  if (len1 <= len2) {
+    fourier::Correlate<T>({src1, len1, src2, len2, first, end - first, results}, log2Length);
+  } else {
+    const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
+    Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
+    Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
+    fourier::Correlate<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()),
+                           len1, first, end - first, results},
+                          log2Length);
+  }
+}
+
+} // namespace
+
+void TargetLib::CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst,
+                              int dstLen, int lowLag) {
+  Correlate(kernels::active->CrossCorr_32f, src1, len1, src2, len2, dst, dstLen, lowLag);
+}
+
+void TargetLib::CrossCorr_32fc(const Cplx32 *src1, int len1, const Cplx32 *src2, int len2, Cplx32 *dst,
+                               int dstLen, int lowLag) {
+  Correlate(kernels::active->CrossCorr_32fc, src1, len1, src2, len2, dst, dstLen, lowLag);
+}
+
+void TargetLib::Conv_32f(const float *src1, int len1, const float *src2, int len2, float *dst) {
+  Convolve(kernels::active->Conv_32f, src1, len1, src2, len2, dst);
+}
+
+void TargetLib::Conv_64f(const double *src1, int len1, const double *src2, int len2, double *dst) {
+  Convolve(kernels::active->Conv_64f, src1, len1, src2, len2, dst);
+}
+
+} // namespace QORN

@@ -1,0 +1,533 @@
+// Why results by transforms can be trusted. The error of a transform spreads over all outputs of a block and
+// is a fraction of the norms of the block and the taps; but each output is promised an error of at most 8 u
+// times its own S = sum of |tap| |x|, u being half the operands' eps. So every block has a rigorous bound E
+// of its errors, and an output stands if its S is at least E / 7 u. The rest of 8 u is that of its own
+// rounding. That is told from lower bounds of S: the output itself, then a few products of large operands.
+// What is left is zero if no input lies under the taps, else it is computed again: a long stretch by a
+// transform of its own inputs alone, which do not have the loud ones that its block had, a short one
+// directly.
+//
+// Floats are transformed in double, so that E is far below what they are promised. Doubles are cut in two:
+// x = x1 + x2, taps = h1 + h2, where x1 and h1 are whole multiples of steps so coarse that the convolution of
+// x1 and h1 comes out of the transform with an error below half a step. Rounded to whole steps it is exact,
+// and only the rest, x1 * h2 + x2 * (h1 + h2), which is smaller by many digits, has errors.
+//
+// The bound: with u = 2^-53, a transform of N = 2^k points has a relative error of at most e = 4 k u in the
+// 2-norm (Higham, Accuracy and Stability of Numerical Algorithms, 2002, section 24.1; the butterflies of
+// radix 8 and 16 stay well below his radix 2). So a cyclic convolution x * h by transforms has an error of at
+// most
+//   |x| ((2 e + 3 u) |h| + e max |H|)
+// at each output, |.| being the 2-norms and H the spectrum of h.
+#include "LongConvolution.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <type_traits>
+
+#include "OverlapSave.h"
+#include "infra/kernels/Levels.h"
+#include "qorn/infra/Cplx.h"
+
+namespace QORN::fourier {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+using kernels::active;
+
+template <class T> struct Element {
+  using Part = T;
+  static constexpr int kParts = 1;
+};
+template <> struct Element<Cplx32> {
+  using Part = float;
+  static constexpr int kParts = 2;
+};
+
+template <class T> T Conjugate(T x) { return x; }
+Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
+double Re(float x) { return static_cast<double>(x); }
+double Re(double x) { return x; }
+double Re(Cplx32 x) { return static_cast<double>(x.re); }
+double Im(float) { return 0; }
+double Im(double) { return 0; }
+double Im(Cplx32 x) { return static_cast<double>(x.im); }
+
+// A lower bound of the magnitude.
+template <class T> double Size(T x) { return std::max(std::fabs(Re(x)), std::fabs(Im(x))); }
+template <class T> bool Finite(T x) { return std::isfinite(Re(x)) && std::isfinite(Im(x)); }
+template <class T> bool IsNaN(T x) { return std::isnan(Re(x)) || std::isnan(Im(x)); }
+
+void Direct(const float *taps, int count, const float *x, int len, float *dst, int dstLen, int lag) {
+  active->CrossCorr_32f(taps, count, x, len, dst, dstLen, lag);
+}
+void Direct(const double *taps, int count, const double *x, int len, double *dst, int dstLen, int lag) {
+  active->CrossCorr_64f(taps, count, x, len, dst, dstLen, lag);
+}
+void Direct(const Cplx32 *taps, int count, const Cplx32 *x, int len, Cplx32 *dst, int dstLen, int lag) {
+  active->CrossCorr_32fc(taps, count, x, len, dst, dstLen, lag);
+}
+
+double Energy(const float *x, Index len) { return active->ConvEnergy_32f(x, len); }
+double Energy(const double *x, Index len) { return active->ConvEnergy_64f(x, len); }
+
+// Nanoseconds on one processor; only their ratios matter.
+template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.020 : 0.038;
+template <> constexpr double kPerTerm<Cplx32> = 0.075;
+
+// A pair of real blocks, or a complex one, there and back; the taps take half of it.
+template <class T> double RunCost(int log2Length) {
+  const double n = std::ldexp(1.0, log2Length);
+  return (std::is_same_v<T, double> ? 2 : 1) * n * (0.55 * log2Length + 3.0);
+}
+
+constexpr int kLargestLog2 = 26;
+
+template <class T> class Job {
+  using Part = typename Element<T>::Part;
+  static constexpr int kParts = Element<T>::kParts;
+  static constexpr bool kSplit = std::is_same_v<T, double>;
+  static constexpr double kUnit = 0x1p-53;
+  // 7 u of the operands, and a little less for what is not written out.
+  static constexpr double kShare = 6.9 / 2 * static_cast<double>(std::numeric_limits<Part>::epsilon());
+  // Steps of the coarse part of the taps, as a power of two, in their largest magnitude.
+  static constexpr int kTapSteps = 18;
+  static constexpr int kDeepest = 3;
+  static constexpr Index kMany = 8; // outputs of which one is in doubt are many
+
+public:
+  Job(const Correlation<T> &job, int log2Length)
+      : m_job(job), m_log2(log2Length), m_last(job.tapCount - 1), m_engine(log2Length, job.tapCount),
+        m_error(4 * log2Length * kUnit) {
+    const Index n = m_engine.Length();
+    for (auto &window : m_windows) window = WorkArray<Part>(n * kParts);
+    if constexpr (kSplit) {
+      m_low = WorkArray<double>(2 * n);
+      m_fineSpectrum = WorkArray<double>(2 * n);
+      m_allSpectrum = WorkArray<double>(2 * n);
+    }
+  }
+
+  void Run() {
+    if (!SetTaps()) return Directly({m_job.first, m_job.count});
+    const Index end = m_job.first + m_job.count, step = m_engine.Step();
+    for (Index at = m_job.first; at < end; at += step * kPairs) {
+      Outputs pair[2] = {};
+      for (Index i = 0; i < kPairs; ++i) {
+        const Index first = std::min(at + i * step, end);
+        pair[i] = {first, std::min(step, end - first)};
+      }
+      Process(pair, 0);
+    }
+  }
+
+private:
+  struct Outputs {
+    Index first, count;
+  };
+  static constexpr Index kPairs = kParts == 1 ? 2 : 1;
+
+  const T &TapAt(Index i) const { return m_job.taps[m_last - i]; } // of the convolution, but for conjugation
+  T *Target(Index n) const { return m_job.dst + (n - m_job.first); }
+
+  void Directly(Outputs outputs) const {
+    // As many as an int can count, and so many that their places can be told.
+    Direct(m_job.taps, m_job.tapCount, m_job.x, m_job.len, Target(outputs.first),
+           static_cast<int>(outputs.count), static_cast<int>(outputs.first - m_last));
+  }
+
+  // The bound of the errors, given the norms of a block and of the taps.
+  double Bound(double norm, double tapNorm, double gain) const {
+    return norm * ((2 * m_error + 8 * kUnit) * tapNorm + m_error * gain);
+  }
+
+  static double Gain(const double *spectrum, Index n) {
+    double largest = 0;
+    for (Index k = 0; k < n; ++k) {
+      const double re = spectrum[2 * k], im = spectrum[2 * k + 1];
+      largest = std::max(largest, re * re + im * im);
+    }
+    return std::sqrt(largest) * (1 + 1e-6);
+  }
+
+  // Squares of doubles must neither overflow nor vanish.
+  static bool InRange(double energy) {
+    return kSplit ? energy > 1e-200 && energy < 1e200 : std::isfinite(energy);
+  }
+
+  // False if these taps are only for direct sums.
+  bool SetTaps() {
+    const Index n = m_engine.Length(), taps = m_engine.Taps();
+    const double energy = Energy(reinterpret_cast<const Part *>(m_job.taps), taps * kParts);
+    if (!InRange(energy)) return false;
+    m_norm = std::sqrt(energy) * (1 + 1e-6);
+
+    for (Index i = 0; i < taps; ++i) {
+      const double size = Size(TapAt(i));
+      if (m_largeCount == kLarge && size <= m_large[kLarge - 1].size) continue;
+      int at = m_largeCount < kLarge ? m_largeCount++ : kLarge - 1;
+      for (; at > 0 && m_large[at - 1].size < size; --at) m_large[at] = m_large[at - 1];
+      m_large[at] = {i, size};
+    }
+
+    double *const h = m_engine.Block();
+    if constexpr (kSplit) {
+      m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
+      const double magic = 0x1.8p52 * m_tapStep;
+      double *const fine = m_fineSpectrum.Data(), *const all = m_allSpectrum.Data();
+      double fineEnergy = 0;
+      for (Index i = 0; i < taps; ++i) {
+        const double tap = TapAt(i), coarse = (tap + magic) - magic;
+        h[2 * i] = coarse;
+        h[2 * i + 1] = 0;
+        fine[2 * i] = tap - coarse;
+        fine[2 * i + 1] = 0;
+        fineEnergy += fine[2 * i] * fine[2 * i];
+      }
+      m_engine.SetTaps(h);
+      std::fill(fine + 2 * taps, fine + 2 * n, 0.0);
+      m_engine.Forward(fine, fine);
+      for (Index k = 0; k < 2 * n; ++k) all[k] = m_engine.Spectrum()[k] + fine[k];
+      m_fineNorm = std::sqrt(fineEnergy) * (1 + 1e-6);
+      m_fineGain = Gain(fine, n);
+    } else {
+      for (Index i = 0; i < taps; ++i) {
+        const T tap = Conjugate(TapAt(i));
+        h[2 * i] = Re(tap);
+        h[2 * i + 1] = Im(tap);
+      }
+      m_engine.SetTaps(h);
+    }
+    m_gain = Gain(m_engine.Spectrum(), n);
+    return true;
+  }
+
+  // The inputs under the taps of some outputs, filled up with zeros to a block.
+  const Part *Window(Index which, Outputs outputs) {
+    const Index n = m_engine.Length(), from = outputs.first - m_last, size = outputs.count + m_last;
+    const Part *const x = reinterpret_cast<const Part *>(m_job.x);
+    if (outputs.count == m_engine.Step() && from >= 0 && from + n <= m_job.len) return x + from * kParts;
+    Part *const window = m_windows[which].Data();
+    const Index begin = std::max(from, Index{0});
+    const Index end = outputs.count == 0 ? begin : std::max(begin, std::min<Index>(from + size, m_job.len));
+    const Index before = outputs.count == 0 ? 0 : (begin - from) * kParts;
+    std::fill_n(window, before, Part{0});
+    Part *const rest = std::copy(x + std::min<Index>(begin, m_job.len) * kParts,
+                                 x + std::min<Index>(end, m_job.len) * kParts, window + before);
+    std::fill(rest, window + n * kParts, Part{0});
+    return window;
+  }
+
+  // The same without what is not finite.
+  const Part *Cleaned(Index which, const Part *from) {
+    Part *const window = m_windows[which].Data();
+    std::transform(from, from + m_engine.Length() * kParts, window,
+                   [](Part x) { return std::isfinite(x) ? x : Part{0}; });
+    return window;
+  }
+
+  bool AllZero(const Part *window) const {
+    const Part *const end = window + m_engine.Length() * kParts;
+    return std::find_if(window, end, [](Part x) { return x != 0; }) == end;
+  }
+
+  // Computes the outputs of one block, or of two real ones at once, at most Step() each.
+  void Process(Outputs (&pair)[2], int depth) {
+    const Index n = m_engine.Length();
+    const Part *windows[2] = {};
+    bool dirty[2] = {};
+    double energy = 0;
+    for (Index i = 0; i < kPairs; ++i) {
+      windows[i] = Window(i, pair[i]);
+      double own = Energy(windows[i], n * kParts);
+      if (!std::isfinite(own)) {
+        windows[i] = Cleaned(i, windows[i]);
+        own = Energy(windows[i], n * kParts);
+        dirty[i] = true;
+      }
+      if (!InRange(own) && !AllZero(windows[i])) {
+        Directly(pair[i]);
+        pair[i].count = 0;
+        windows[i] = Window(i, pair[i]);
+        own = 0;
+        dirty[i] = false;
+      }
+      energy += own;
+    }
+
+    Index below[2] = {};
+    double least = 0;
+    if (energy == 0) {
+      for (Index i = 0; i < kPairs; ++i) std::fill_n(Target(pair[i].first), pair[i].count, T{});
+    } else {
+      least = Transform(windows, std::sqrt(energy) * (1 + 1e-6), pair, below);
+    }
+    // Where many outputs do not speak for themselves, the sums of magnitudes are got by a transform, too.
+    SizeSums sums{};
+    if (kMany * (below[0] + below[1]) > pair[0].count + pair[1].count) {
+      sums = SumSizes(windows, std::sqrt(energy) * (1 + 1e-6));
+    }
+    Stretches stretches[2];
+    for (Index i = 0; i < kPairs; ++i) {
+      if (below[i] > 0 || dirty[i]) FindUnproven(pair[i], least, dirty[i], sums, stretches[i]);
+      if (sums.sums != nullptr) ++sums.sums;
+    }
+    for (Index i = 0; i < kPairs; ++i) Again(stretches[i], dirty[i], depth);
+  }
+
+  // Writes the outputs and counts those that are below the returned magnitude, from which on they stand.
+  double Transform(const Part *const (&windows)[2], double norm, const Outputs (&pair)[2],
+                   Index (&below)[2]) {
+    const Index n = m_engine.Length();
+    double *const block = m_engine.Block(), *const valid = block + 2 * m_last;
+    double least = 0;
+    if constexpr (kSplit) {
+      double *const low = m_low.Data();
+      // First as if the taps amplified no more than white noise; where that was too little, again with all
+      // that they can amplify.
+      double gain = std::min(m_gain, 4 * m_norm), error = 0, magic = 0;
+      for (bool exact = false; !exact; gain = m_gain) {
+        // Half a step is to be above the error of the coarse product, whose factors' norms are at most twice
+        // the whole ones'.
+        const double coarse = Bound(2 * norm, m_norm + m_fineNorm, gain);
+        const double step = std::ldexp(1.0, std::ilogb(2.1 * coarse / m_tapStep) + 1);
+        magic = 0x1.8p52 * step;
+        const double lowNorm =
+            std::sqrt(active->ConvSplit_64f(windows[0], windows[1], block, low, n, magic)) * (1 + 1e-6);
+        m_engine.Forward(block, block);
+        m_engine.Forward(low, low);
+        active->ConvSumOfProducts_64f(block, m_fineSpectrum.Data(), low, m_allSpectrum.Data(), low, n);
+        active->FourierProduct_64f(block, m_engine.Spectrum(), block, n, false, false);
+        m_engine.Inverse(block, block);
+        m_engine.Inverse(low, low);
+        exact = gain == m_gain || std::sqrt(Energy(block, 2 * n)) <= (1 - 1e-6) * 2 * norm * gain;
+        // What the inverse transform adds is told by the norm of what it gave.
+        error = Bound(norm + lowNorm, m_fineNorm, 0) + Bound(lowNorm, m_norm + m_fineNorm, 0) +
+                m_error * std::sqrt(Energy(low, 2 * n)) * (1 + 1e-6);
+      }
+      least = error / kShare;
+      for (Index i = 0; i < kPairs; ++i) {
+        below[i] = active->ConvJoin_64f(valid + i, low + 2 * m_last + i, Target(pair[i].first), pair[i].count,
+                                        magic * m_tapStep, least);
+      }
+    } else if constexpr (kParts == 1) {
+      active->ConvPack_32f(windows[0], windows[1], block, n);
+      m_engine.Run();
+      least = Bound(norm, m_norm, m_gain) / kShare;
+      for (Index i = 0; i < kPairs; ++i)
+        below[i] = active->ConvTake_32f(valid + i, Target(pair[i].first), pair[i].count, least);
+    } else {
+      active->ConvWiden_32f(windows[0], block, 2 * n);
+      m_engine.Run();
+      least = Bound(norm, m_norm, m_gain) / kShare;
+      below[0] = active->ConvNarrow_32fc(valid, &Target(pair[0].first)->re, pair[0].count, least);
+    }
+    return least;
+  }
+
+  struct Operand {
+    Index at;
+    double size;
+  };
+  static constexpr int kLarge = 16;
+
+  // The largest input of each sixteenth of those under the taps of some outputs.
+  int LargeInputs(Outputs outputs, Operand (&large)[kLarge]) const {
+    const Index begin = std::max(outputs.first - m_last, Index{0});
+    const Index end = std::min<Index>(outputs.first + outputs.count, m_job.len);
+    int count = 0;
+    for (Index i = 0; i < kLarge; ++i) {
+      const Index from = begin + (end - begin) * i / kLarge, to = begin + (end - begin) * (i + 1) / kLarge;
+      Operand best{from, 0};
+      for (Index at = from; at < to; ++at) {
+        const double size = Size(m_job.x[at]);
+        if (std::isfinite(size) && size > best.size) best = {at, size};
+      }
+      if (best.size > 0) large[count++] = best;
+    }
+    return count;
+  }
+
+  // Whether the sum of the magnitudes of output n's products is at least `least`.
+  bool Stands(Index n, double least, const Operand *inputs, int inputCount) const {
+    double sum = 0;
+    for (int i = 0; i < m_largeCount; ++i) {
+      const Index at = n - m_large[i].at;
+      if (at >= 0 && at < m_job.len) sum += m_large[i].size * Size(m_job.x[at]);
+      if (sum >= least) return true;
+    }
+    sum = 0;
+    for (int i = 0; i < inputCount; ++i) {
+      const Index at = n - inputs[i].at;
+      if (at >= 0 && at <= m_last) sum += inputs[i].size * Size(TapAt(at));
+      if (sum >= least) return true;
+    }
+    return false;
+  }
+
+  // Lower bounds of the sums of magnitudes: scale * sums[2 i] - error for output i of a block.
+  struct SizeSums {
+    const float *sums;
+    double scale, error;
+  };
+
+  // By a transform of floats between 0 and 1.
+  SizeSums SumSizes(const Part *const (&windows)[2], double norm) {
+    const Index n = m_engine.Length();
+    const double largestTap = m_large[0].size;
+    if (!m_sizes) {
+      m_sizes.emplace(m_log2, m_job.tapCount);
+      float *const h = m_sizes->Block();
+      for (Index i = 0; i <= m_last; ++i) {
+        const double size = Size(TapAt(i)) / largestTap;
+        m_sizeGain += size;
+        h[2 * i] = static_cast<float>(size);
+        h[2 * i + 1] = 0;
+      }
+      m_sizes->SetTaps(h);
+    }
+    double largest = 0;
+    const auto elements = [&](Index i) { return reinterpret_cast<const T *>(windows[i]); };
+    for (Index i = 0; i < kPairs; ++i) {
+      for (Index at = 0; at < n; ++at) largest = std::max(largest, Size(elements(i)[at]));
+    }
+    float *const block = m_sizes->Block();
+    std::fill_n(block, 2 * n, 0.0F);
+    for (Index i = 0; i < kPairs; ++i) {
+      for (Index at = 0; at < n; ++at) {
+        block[2 * at + i] = static_cast<float>(Size(elements(i)[at]) / largest);
+      }
+    }
+    m_sizes->Run();
+    const double floats = 0x1p-24 / kUnit; // the bound is that of the transforms, in float
+    return {block + 2 * m_last, largest * largestTap,
+            floats * Bound(norm, m_norm + m_fineNorm, 1.01 * m_sizeGain * largestTap)};
+  }
+
+  static constexpr int kStretches = 64;
+  struct Stretches {
+    int count = 0;
+    Outputs all[kStretches];
+
+    // Few outputs between two that are computed again are computed again as well.
+    void Add(Index n) {
+      constexpr Index kGap = 16;
+      if (count > 0) {
+        Outputs &former = all[count - 1];
+        if (count == kStretches || n - former.first - former.count <= kGap) {
+          former.count = n + 1 - former.first;
+          return;
+        }
+      }
+      all[count++] = {n, 1};
+    }
+  };
+
+  // Goes through the outputs that are not above `least` and finds those that are to be computed again. Where
+  // the block was dirty, the results of infinities and not-a-numbers are not in yet.
+  void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) const {
+    Operand inputs[kLarge];
+    int inputCount = -1;
+    const Index never = -1 - m_last;
+    Index seen = std::max(outputs.first - m_last, Index{0}); // inputs below have been looked at
+    Index lastNonzero = never, lastInfinite = never, lastNaN = never;
+    for (Index n = outputs.first; n < outputs.first + outputs.count; ++n) {
+      T &result = *Target(n);
+      const bool large = Size(result) >= least;
+      if (large && !dirty) continue;
+      const Index i = n - outputs.first, begin = n - m_last;
+      if (!dirty && sums.sums != nullptr &&
+          sums.scale * static_cast<double>(sums.sums[2 * i]) - sums.error >= least) {
+        continue;
+      }
+      for (; seen <= n && seen < m_job.len; ++seen) {
+        const T &x = m_job.x[seen];
+        if (Re(x) != 0 || Im(x) != 0) lastNonzero = seen;
+        if (dirty && !Finite(x)) (IsNaN(x) ? lastNaN : lastInfinite) = seen;
+      }
+      if (lastNaN >= begin && kParts == 1) {
+        result = NotANumber();
+      } else if (lastNaN >= begin || lastInfinite >= begin) {
+        again.Add(n);
+      } else if (lastNonzero < begin) {
+        result = T{};
+      } else if (!large) {
+        if (inputCount < 0) inputCount = LargeInputs(outputs, inputs);
+        if (!Stands(n, least, inputs, inputCount)) again.Add(n);
+      }
+    }
+  }
+
+  void Again(const Stretches &stretches, bool dirty, int depth) {
+    for (int i = 0; i < stretches.count; ++i) {
+      const Outputs &outputs = stretches.all[i];
+      const double terms = static_cast<double>(outputs.count) * m_job.tapCount;
+      if (depth < kDeepest && !dirty && terms * kPerTerm < T >> RunCost<T>(m_log2)) {
+        Outputs pair[2] = {outputs, {outputs.first, 0}};
+        Process(pair, depth + 1);
+      } else {
+        Directly(outputs);
+      }
+    }
+  }
+
+  static T NotANumber() {
+    if constexpr (kParts == 1)
+      return std::numeric_limits<T>::quiet_NaN();
+    else
+      return {};
+  }
+
+  const Correlation<T> m_job;
+  const int m_log2;
+  const Index m_last;           // the place of the last tap
+  OverlapSave<double> m_engine; // with the taps, or their coarse part
+  const double m_error;         // of a transform, relative
+  double m_norm = 0, m_gain = 0;
+  Operand m_large[kLarge]; // the largest taps
+  int m_largeCount = 0;
+  WorkArray<Part> m_windows[2];
+  std::optional<OverlapSave<float>> m_sizes; // with the magnitudes of the taps
+  double m_sizeGain = 0;
+
+  // Of doubles.
+  double m_tapStep = 0, m_fineNorm = 0, m_fineGain = 0;
+  WorkArray<double> m_low, m_fineSpectrum, m_allSpectrum;
+};
+
+} // namespace
+
+template <class T> int BlockLog2(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
+  if (taps < 32) return 0;
+  double least = terms * kPerTerm<T>;
+  int best = 0;
+  for (int k = 5; k <= kLargestLog2; ++k) {
+    const Index step = (Index{1} << k) - taps + 1;
+    if (step < 1) continue;
+    const Index blocks = (outputs + step - 1) / step;
+    const Index runs = Element<T>::kParts == 1 ? (blocks + 1) / 2 : blocks;
+    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(k) + 1000;
+    if (cost < least) {
+      least = cost;
+      best = k;
+    }
+    if (runs == 1) break;
+  }
+  return best;
+}
+
+template <class T> void Correlate(const Correlation<T> &job, int log2Length) {
+  Job<T>(job, log2Length).Run();
+}
+
+template int BlockLog2<float>(std::ptrdiff_t, std::ptrdiff_t, double);
+template int BlockLog2<double>(std::ptrdiff_t, std::ptrdiff_t, double);
+template int BlockLog2<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
+template void Correlate(const Correlation<float> &, int);
+template void Correlate(const Correlation<double> &, int);
+template void Correlate(const Correlation<Cplx32> &, int);
+
+} // namespace QORN::fourier

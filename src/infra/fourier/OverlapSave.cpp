@@ -1,0 +1,79 @@
+#include "OverlapSave.h"
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <memory>
+
+#include "infra/Errors.h"
+#include "infra/kernels/Levels.h"
+
+namespace QORN::fourier {
+
+namespace {
+
+constexpr const char *kModule = "infra\\TargetLib_ipp";
+
+// The plans of the process. The slots are constant-initialised and trivially destroyed, so that they serve
+// other objects' constructors and destructors; what is made after the end of this object's life is not freed.
+template <class T> std::atomic<const ComplexPlan<T> *> slots[31];
+
+template <class T> struct FreeAtExit {
+  FreeAtExit() = default;
+  FreeAtExit(const FreeAtExit &) = delete;
+  FreeAtExit &operator=(const FreeAtExit &) = delete;
+  ~FreeAtExit() {
+    for (auto &slot : slots<T>) const std::unique_ptr<const ComplexPlan<T>> plan(slot.exchange(nullptr));
+  }
+};
+const FreeAtExit<float> freeFloats;
+const FreeAtExit<double> freeDoubles;
+
+template <class T> auto Product();
+template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }
+template <> auto Product<double>() { return kernels::active->FourierProduct_64f; }
+
+} // namespace
+
+template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count) {
+  if (count > INT_MAX / static_cast<int>(sizeof(T))) Throw(errors::kMemoryAllocation, kModule);
+  m_bytes.Resize(static_cast<int>(count) * static_cast<int>(sizeof(T)));
+}
+
+template <class T> const ComplexPlan<T> &SharedPlan(int log2Length) {
+  auto &slot = slots<T>[log2Length];
+  if (const ComplexPlan<T> *plan = slot.load(std::memory_order_acquire)) return *plan;
+  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(1 << log2Length);
+  if (made == nullptr) Throw(errors::kMemoryAllocation, kModule);
+  const ComplexPlan<T> *present = nullptr;
+  // Of two threads that make the same plan, the later one drops its own.
+  if (slot.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel)) present = made.release();
+  return *present;
+}
+
+template <class T>
+OverlapSave<T>::OverlapSave(int log2Length, int taps)
+    : m_plan(&SharedPlan<T>(log2Length)), m_taps(taps), m_spectrum(std::ptrdiff_t{2} << log2Length),
+      m_block(std::ptrdiff_t{2} << log2Length),
+      m_scratch(static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
+
+template <class T> void OverlapSave<T>::SetTaps(const T *h) {
+  T *const end = std::copy_n(h, 2 * static_cast<std::ptrdiff_t>(m_taps), m_spectrum.Data());
+  std::fill(end, m_spectrum.Data() + 2 * static_cast<std::ptrdiff_t>(Length()), T{0});
+  Forward(m_spectrum.Data(), m_spectrum.Data());
+}
+
+template <class T> void OverlapSave<T>::Run() {
+  Forward(Block(), Block());
+  Product<T>()(Block(), Spectrum(), Block(), Length(), false, false);
+  Inverse(Block(), Block());
+}
+
+template class WorkArray<float>;
+template class WorkArray<double>;
+template class OverlapSave<float>;
+template class OverlapSave<double>;
+template const ComplexPlan<float> &SharedPlan<float>(int);
+template const ComplexPlan<double> &SharedPlan<double>(int);
+
+} // namespace QORN::fourier

@@ -1,0 +1,69 @@
+// Convolution with a fixed set of taps, block by block, by transforms (overlap-save).
+#ifndef QORN_SRC_INFRA_FOURIER_OVERLAPSAVE_H
+#define QORN_SRC_INFRA_FOURIER_OVERLAPSAVE_H
+
+#include <cstddef>
+
+#include "Plan.h"
+#include "qorn/infra/VecUInt8.h"
+
+namespace QORN::fourier {
+
+/// Work memory of `count` values, cleared; copies as a value. Throws QORNException 11001 if there is none.
+template <class T> class WorkArray {
+public:
+  WorkArray() = default;
+  explicit WorkArray(std::ptrdiff_t count);
+  T *Data() const { return reinterpret_cast<T *>(m_bytes.GetPtr()); }
+
+private:
+  VecUInt8 m_bytes;
+};
+
+/// The complex plan of 2^log2Length points. It is made at the first call, belongs to the process and is freed
+/// at its end; any thread may call. Throws QORNException 11001 if there is no memory for it.
+template <class T> const ComplexPlan<T> &SharedPlan(int log2Length);
+
+/// N = 2^log2Length complex values at a time are convolved with M <= N taps:
+///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.
+/// From n = M - 1 on nothing is wrapped around: these Step() = N - M + 1 values are outputs of the filter,
+/// and the first M - 1 inputs of a block are the last ones of the block before. With real taps, the real and
+/// the imaginary parts are two real signals that do not meet. Copies are clones. Allocates when it is made,
+/// and not afterwards.
+template <class T> class OverlapSave {
+public:
+  /// Throws QORNException 11001 if there is no memory.
+  OverlapSave(int log2Length, int taps);
+
+  int Length() const { return m_plan->Length(); }
+  int Taps() const { return m_taps; }
+  int Step() const { return Length() - m_taps + 1; }
+
+  /// h, interleaved complex, of Taps() values.
+  void SetTaps(const T *h);
+
+  /// Where the 2 N scalars of a block are written and found again.
+  T *Block() const { return m_block.Data(); }
+  void Run();
+
+  /// The steps of Run, for whoever has more than one spectrum. The arrays have 2 N scalars; dst may be src.
+  void Forward(const T *src, T *dst) const { m_plan->Forward(src, dst, m_scratch.Data(), T{1}); }
+  void Inverse(const T *src, T *dst) const {
+    m_plan->Inverse(src, dst, m_scratch.Data(), T{1} / static_cast<T>(Length()));
+  }
+  const T *Spectrum() const { return m_spectrum.Data(); }
+
+private:
+  const ComplexPlan<T> *m_plan; // belongs to the process
+  int m_taps;
+  WorkArray<T> m_spectrum, m_block, m_scratch;
+};
+
+extern template class WorkArray<float>;
+extern template class WorkArray<double>;
+extern template class OverlapSave<float>;
+extern template class OverlapSave<double>;
+
+} // namespace QORN::fourier
+
+#endif

@@ -1,0 +1,417 @@
+#include "infra/fourier/passes/Vec.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+template <class T> constexpr int kPerRegister = kRegisterBytes / static_cast<int>(sizeof(T));
+template <class T> using Register = Vec<T, kPerRegister<T>>;
+using Doubles = Register<double>;
+
+// Lanes first, first + 1, ... of a followed by b.
+template <int kFirst, class E, int... I> [[gnu::always_inline]] inline auto Lanes(E a, E b, Seq<I...>) {
+  return __builtin_shufflevector(a, b, (kFirst + I)...);
+}
+// The lower or the upper half of a register in double, and back.
+template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<float> x) {
+  constexpr int kHalf = kPerRegister<double>;
+  return __builtin_convertvector(Lanes<kUpper * kHalf>(x, x, MakeSeq<kHalf>{}), Doubles);
+}
+[[gnu::always_inline]] inline Register<float> Narrowed(Doubles low, Doubles high) {
+  using Half = Vec<float, kPerRegister<double>>;
+  return Lanes<0>(__builtin_convertvector(low, Half), __builtin_convertvector(high, Half),
+                  MakeSeq<kPerRegister<float>>{});
+}
+
+// Direct sums: dst[n] = sum over k of tap(k) * x[n + lag + k], x taken as zero outside 0 to len - 1.
+//
+// Eight products are summed in the elements' own precision, as two sums of four, and these sums in a wider
+// one; so the error of a result does not grow with the number of its terms. Which products make a short sum
+// depends on the number of taps alone, not on the place of the result. A block of results stays in registers
+// while all taps run over it. In full groups of taps the four lie a cache line apart, so that what is loaded
+// for one serves its neighbours.
+//
+// Complex signals are taken as the scalars that they are, kParts to an element; for them, the products with
+// the taps' real parts and those with their imaginary parts are summed apart and meet in the end.
+
+constexpr int kChain = 4;
+
+// The scalars between the products of a short sum, in full groups of taps.
+template <class T> constexpr int kApart = 64 / static_cast<int>(sizeof(T));
+
+// Sums of more than T's digits: of floats in double, of doubles with the errors of the additions beside them
+// (Knuth's two-sum).
+template <class T> struct Wide;
+template <> struct Wide<float> {
+  Doubles low{}, high{};
+  [[gnu::always_inline]] void Add(Register<float> x) {
+    low += Widened<0>(x);
+    high += Widened<1>(x);
+  }
+  [[gnu::always_inline]] Register<float> Value() const { return Narrowed(low, high); }
+};
+template <> struct Wide<double> {
+  Doubles sum{}, error{};
+  [[gnu::always_inline]] void Add(Doubles x) {
+    const Doubles both = sum + x, added = both - sum;
+    error += (sum - (both - added)) + (x - added);
+    sum = both;
+  }
+  // Beside an infinite sum the error is not a number.
+  [[gnu::always_inline]] Doubles Value() const { return error == error ? sum + error : sum; }
+};
+
+template <class T, int kParts, int kRegisters> struct Sums {
+  Wide<T> byRe[kRegisters], byIm[kParts == 2 ? kRegisters : 1];
+};
+
+// re and im = kTaps products: of taps k, k + apart, ..., with the scalars from x on, which belong to tap k.
+template <class T, int kParts, int kRegisters, int kTaps, class Tap>
+[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Index apart, const T *x, Register<T> *re,
+                                            Register<T> *im) {
+  Unroll<kRegisters>([&](auto r) { re[r] = im[r] = Register<T>{}; });
+  Unroll<kTaps>([&](auto p) {
+    const auto weight = tap(k + p * apart);
+    Unroll<kRegisters>([&](auto r) {
+      const auto values = Load<Register<T>>(x + p * apart * kParts + r * kPerRegister<T>);
+      if constexpr (kParts == 1) {
+        re[r] = MulAdd(Broadcast<Register<T>>(weight), values, re[r]);
+      } else {
+        re[r] = MulAdd(Broadcast<Register<T>>(weight.re), values, re[r]);
+        im[r] = MulAdd(Broadcast<Register<T>>(weight.im), values, im[r]);
+      }
+    });
+  });
+}
+
+// Adds kChains short sums, of taps `step` apart.
+template <class T, int kParts, int kRegisters, int kTaps, int kChains, class Tap>
+[[gnu::always_inline]] inline void AddChains(Tap tap, Index k, Index apart, Index step, const T *x,
+                                             Sums<T, kParts, kRegisters> &sums) {
+  Register<T> re[kRegisters], im[kRegisters];
+  SumChain<T, kParts, kRegisters, kTaps>(tap, k, apart, x, re, im);
+  if constexpr (kChains == 2) {
+    Register<T> re2[kRegisters], im2[kRegisters];
+    SumChain<T, kParts, kRegisters, kTaps>(tap, k + step, apart, x + step * kParts, re2, im2);
+    Unroll<kRegisters>([&](auto r) { re[r] += re2[r], im[r] += im2[r]; });
+  }
+  Unroll<kRegisters>([&](auto r) {
+    sums.byRe[r].Add(re[r]);
+    if constexpr (kParts == 2) sums.byIm[r].Add(im[r]);
+  });
+}
+
+// Full groups of taps from k on, then what is left of fewer than a group.
+template <class T, int kParts> constexpr Index kGroup = kChain *kApart<T> / kParts;
+
+template <class T, int kParts, int kRegisters, class Tap>
+[[gnu::always_inline]] inline void AddGroup(Tap tap, Index k, const T *x, Sums<T, kParts, kRegisters> &sums) {
+  constexpr Index kTapsApart = kApart<T> / kParts;
+  for (Index j = 0; j < kTapsApart; j += 2)
+    AddChains<T, kParts, kRegisters, kChain, 2>(tap, k + j, kTapsApart, 1, x + j * kParts, sums);
+}
+
+template <class T, int kParts, int kRegisters, class Tap>
+[[gnu::always_inline]] inline void AddRest(Tap tap, Index k, Index taps, const T *x,
+                                           Sums<T, kParts, kRegisters> &sums) {
+  for (; k + 2 * kChain <= taps; k += 2 * kChain, x += 2 * kChain * kParts)
+    AddChains<T, kParts, kRegisters, kChain, 2>(tap, k, 1, kChain, x, sums);
+  for (; k < taps; ++k, x += kParts) AddChains<T, kParts, kRegisters, 1, 1>(tap, k, 1, 1, x, sums);
+}
+
+// Where a group of taps reaches beyond an end of x, and a tap is not finite: a term from outside x must be
+// left out rather than multiplied by zero, since an infinite tap must not reach results to which it does not
+// belong.
+template <class T, int kParts, int kRegisters, class Tap>
+[[gnu::noinline]] void AddSparingly(Tap tap, Index k, Index end, const T *x, Index len, Index at,
+                                    Sums<T, kParts, kRegisters> &sums) {
+  for (; k < end; ++k, at += kParts) {
+    const auto weight = tap(k);
+    for (int r = 0; r < kRegisters; ++r) {
+      Register<T> re{};
+      [[maybe_unused]] Register<T> im{};
+      for (int lane = 0; lane < kPerRegister<T>; ++lane) {
+        const Index place = at + r * kPerRegister<T> + lane;
+        if (place < 0 || place >= len) continue;
+        if constexpr (kParts == 1) {
+          re[lane] = weight * x[place];
+        } else {
+          re[lane] = weight.re * x[place];
+          im[lane] = weight.im * x[place];
+        }
+      }
+      sums.byRe[r].Add(re);
+      if constexpr (kParts == 2) sums.byIm[r].Add(im);
+    }
+  }
+}
+
+template <class T> inline bool Finite(T x) { return x - x == 0; }
+template <class Tap> inline bool AllFinite(Tap tap, Index k, Index end) {
+  for (; k < end; ++k) {
+    const auto weight = tap(k);
+    if constexpr (requires { weight.re; }) {
+      if (!Finite(weight.re) || !Finite(weight.im)) return false;
+    } else if (!Finite(weight)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class T, int kParts, int kRegisters, class Tap>
+void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *dst) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  Sums<T, kParts, kRegisters> sums;
+  for (Index k = 0; k < taps;) {
+    const bool whole = taps - k >= kGroup<T, kParts>;
+    const Index end = whole ? k + kGroup<T, kParts> : taps;
+    // What these taps need: `size` scalars from `at` on.
+    const Index at = start + k * kParts, size = (end - k - 1) * kParts + kWidth;
+    const T *values = x + at;
+    T padded[kChain * kApart<T> + kWidth];
+    if (at < 0 || at + size > len) {
+      const Index first = at < 0 ? -at : 0, last = at + size > len ? len - at : size;
+      if (first >= last) {
+        k = end;
+        continue;
+      }
+      if (!AllFinite(tap, k, end)) {
+        AddSparingly<T, kParts, kRegisters>(tap, k, end, x, len, at, sums);
+        k = end;
+        continue;
+      }
+      for (Index i = 0; i < first; ++i) padded[i] = 0;
+      for (Index i = first; i < last; ++i) padded[i] = x[at + i];
+      for (Index i = last; i < size; ++i) padded[i] = 0;
+      values = padded;
+    }
+    if (whole) {
+      AddGroup<T, kParts, kRegisters>(tap, k, values, sums);
+    } else {
+      AddRest<T, kParts, kRegisters>(tap, k, taps, values, sums);
+    }
+    k = end;
+  }
+  for (int r = 0; r < kRegisters; ++r) {
+    Register<T> result = sums.byRe[r].Value();
+    if constexpr (kParts == 2) { // conj(tap) x = (re x.re + im x.im, re x.im - im x.re)
+      const Register<T> im = sums.byIm[r].Value();
+      for (int lane = 0; lane < kPerRegister<T>; lane += 2) {
+        result[lane] += im[lane + 1];
+        result[lane + 1] -= im[lane];
+      }
+    }
+    Store(dst + r * kPerRegister<T>, result);
+  }
+}
+
+// As many registers of results as leave some for the taps and the signal.
+#if defined(__AVX512F__) || defined(__aarch64__)
+template <int kParts> constexpr int kResultRegisters = 4 / kParts;
+#else
+template <int kParts> constexpr int kResultRegisters = 2 / kParts;
+#endif
+
+// Blocks of kRegisters as far as they go, then smaller ones.
+template <class T, int kParts, int kRegisters = kResultRegisters<kParts>, class Tap>
+void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  Index done = 0;
+  for (; done + kWidth <= count; done += kWidth) {
+    CorrelateBlock<T, kParts, kRegisters>(tap, taps, x, len, start + done, dst + done);
+  }
+  if constexpr (kRegisters > 1) {
+    Correlate<T, kParts, kRegisters / 2>(tap, taps, x, len, start + done, dst + done, count - done);
+  } else if (done < count) {
+    T last[kWidth];
+    CorrelateBlock<T, kParts, 1>(tap, taps, x, len, start + done, last);
+    __builtin_memcpy(dst + done, last, sizeof(T) * static_cast<std::size_t>(count - done));
+  }
+}
+
+template <class T>
+void CrossCorr(const T *src1, int len1, const T *src2, int len2, T *dst, int dstLen, int lowLag) {
+  const auto tap = [src1](Index k) { return src1[k]; };
+  Correlate<T, 1>(tap, len1, src2, len2, lowLag, dst, dstLen);
+}
+
+void CrossCorrCplx(const Cplx32 *src1, int len1, const Cplx32 *src2, int len2, Cplx32 *dst, int dstLen,
+                   int lowLag) {
+  const auto tap = [src1](Index k) { return src1[k]; };
+  Correlate<float, 2>(tap, len1, &src2->re, 2 * static_cast<Index>(len2), 2 * static_cast<Index>(lowLag),
+                      &dst->re, 2 * static_cast<Index>(dstLen));
+}
+
+// The shorter array, reversed, slides over the longer one.
+template <class T> void Conv(const T *src1, int len1, const T *src2, int len2, T *dst) {
+  if (len1 > len2) return Conv(src2, len2, src1, len1, dst);
+  const Index last = len1 - 1;
+  const auto tap = [=](Index k) { return src1[last - k]; };
+  Correlate<T, 1>(tap, len1, src2, len2, -last, dst, last + len2);
+}
+
+// Around the transforms: blocks of complex doubles, in which a pair of real blocks are the real and the
+// imaginary parts.
+
+// The sum of squares, infinite or not a number if an element is, or if a square is beyond the double range.
+template <class T> double ConvEnergy(const T *x, Index len) {
+  constexpr int V = kPerRegister<double>;
+  Doubles sums[4] = {};
+  Index i = 0;
+  for (; i + 4 * V <= len; i += 4 * V) {
+    for (int r = 0; r < 4; ++r) {
+      const auto values = __builtin_convertvector((Load<Vec<T, V>>(x + i + r * V)), Doubles);
+      sums[r] = MulAdd(values, values, sums[r]);
+    }
+  }
+  for (; i < len; ++i) sums[0][0] += static_cast<double>(x[i]) * static_cast<double>(x[i]);
+  const Doubles sum = (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  double total = 0;
+  for (int lane = 0; lane < V; ++lane) total += sum[lane];
+  return total;
+}
+
+// z[i] = x0[i] + j x1[i].
+void ConvPack(const float *x0, const float *x1, double *z, Index len) {
+  constexpr int V = kPerRegister<double>;
+  Index i = 0;
+  for (; i + V <= len; i += V) {
+    const auto re = __builtin_convertvector((Load<Vec<float, V>>(x0 + i)), Doubles);
+    const auto im = __builtin_convertvector((Load<Vec<float, V>>(x1 + i)), Doubles);
+    StoreComplex<double, V>(z + 2 * i, re, im);
+  }
+  for (; i < len; ++i)
+    StoreComplex<double, 1>(z + 2 * i, static_cast<double>(x0[i]), static_cast<double>(x1[i]));
+}
+
+void ConvWiden(const float *x, double *z, Index len) {
+  for (Index i = 0; i < len; ++i) z[i] = static_cast<double>(x[i]);
+}
+
+// high[i] + low[i] = x0[i] + j x1[i] without an error, where high has whole multiples of a step: adding and
+// subtracting `magic`, 1.5 * 2^52 steps, rounds to it. Returns the sum of the squares of low.
+double ConvSplit(const double *x0, const double *x1, double *high, double *low, Index len, double magic) {
+  constexpr int V = kPerRegister<double>;
+  Doubles sum{};
+  const Doubles rounder = Broadcast<Doubles>(magic);
+  Index i = 0;
+  for (; i + V <= len; i += V) {
+    const auto re = Load<Doubles>(x0 + i), im = Load<Doubles>(x1 + i);
+    const auto highRe = (re + rounder) - rounder, highIm = (im + rounder) - rounder;
+    const auto lowRe = re - highRe, lowIm = im - highIm;
+    StoreComplex<double, V>(high + 2 * i, highRe, highIm);
+    StoreComplex<double, V>(low + 2 * i, lowRe, lowIm);
+    sum = MulAdd(lowRe, lowRe, MulAdd(lowIm, lowIm, sum));
+  }
+  double total = 0;
+  for (int lane = 0; lane < V; ++lane) total += sum[lane];
+  for (; i < len; ++i) {
+    const double highRe = (x0[i] + magic) - magic, highIm = (x1[i] + magic) - magic;
+    const double lowRe = x0[i] - highRe, lowIm = x1[i] - highIm;
+    StoreComplex<double, 1>(high + 2 * i, highRe, highIm);
+    StoreComplex<double, 1>(low + 2 * i, lowRe, lowIm);
+    total += lowRe * lowRe + lowIm * lowIm;
+  }
+  return total;
+}
+
+// How many of the counts in the lanes.
+template <class M> [[gnu::always_inline]] inline Index Total(M counts) {
+  Index total = 0;
+  for (int lane = 0; lane < kPerRegister<double>; ++lane) total -= static_cast<Index>(counts[lane]);
+  return total;
+}
+
+[[gnu::always_inline]] inline Doubles Magnitude(Doubles x) { return x < 0 ? -x : x; }
+
+// dst[i] = z[2 i]; returns how many magnitudes are below `least`.
+Index ConvTake(const double *z, float *dst, Index len, double least) {
+  constexpr int V = kPerRegister<double>;
+  auto counts = Doubles{} != Doubles{};
+  Index i = 0;
+  // The last value is left to the loop below: the imaginary part behind it may not be there.
+  for (; i + V < len; i += V) {
+    Doubles re, im;
+    LoadComplex<double, V>(z + 2 * i, re, im);
+    Store(dst + i, __builtin_convertvector(re, Vec<float, V>));
+    counts += Magnitude(re) < least;
+  }
+  Index below = Total(counts);
+  for (; i < len; ++i) {
+    dst[i] = static_cast<float>(z[2 * i]);
+    below += __builtin_fabs(z[2 * i]) < least;
+  }
+  return below;
+}
+
+// The same of len complex values, by the larger of the two parts' magnitudes.
+Index ConvNarrow(const double *z, float *dst, Index len, double least) {
+  constexpr int V = kPerRegister<double>;
+  auto counts = Doubles{} != Doubles{};
+  Index i = 0;
+  for (; i + V <= len; i += V) {
+    Doubles re, im;
+    LoadComplex<double, V>(z + 2 * i, re, im);
+    const auto a = Load<Doubles>(z + 2 * i), b = Load<Doubles>(z + 2 * i + V);
+    Store(dst + 2 * i, __builtin_convertvector(a, Vec<float, V>));
+    Store(dst + 2 * i + V, __builtin_convertvector(b, Vec<float, V>));
+    counts += (Magnitude(re) < least) & (Magnitude(im) < least);
+  }
+  Index below = Total(counts);
+  for (; i < len; ++i) {
+    dst[2 * i] = static_cast<float>(z[2 * i]);
+    dst[2 * i + 1] = static_cast<float>(z[2 * i + 1]);
+    below += __builtin_fabs(z[2 * i]) < least && __builtin_fabs(z[2 * i + 1]) < least;
+  }
+  return below;
+}
+
+// dst[i] = high[2 i], rounded to whole multiples of a step as in ConvSplit, + low[2 i].
+Index ConvJoin(const double *high, const double *low, double *dst, Index len, double magic, double least) {
+  constexpr int V = kPerRegister<double>;
+  auto counts = Doubles{} != Doubles{};
+  const Doubles rounder = Broadcast<Doubles>(magic);
+  Index i = 0;
+  for (; i + V < len; i += V) {
+    Doubles whole, rest, im;
+    LoadComplex<double, V>(high + 2 * i, whole, im);
+    LoadComplex<double, V>(low + 2 * i, rest, im);
+    const auto result = ((whole + rounder) - rounder) + rest;
+    Store(dst + i, result);
+    counts += Magnitude(result) < least;
+  }
+  Index below = Total(counts);
+  for (; i < len; ++i) {
+    dst[i] = ((high[2 * i] + magic) - magic) + low[2 * i];
+    below += __builtin_fabs(dst[i]) < least;
+  }
+  return below;
+}
+
+// dst[i] = src1[i] factor1[i] + src2[i] factor2[i], complex.
+void ConvSumOfProducts(const double *src1, const double *factor1, const double *src2, const double *factor2,
+                       double *dst, Index len) {
+  constexpr int V = kPerRegister<double>;
+  const auto body = [&]<int L>(Index i, Int<L>) {
+    Vec<double, L> re, im, wre, wim, sumRe, sumIm;
+    LoadComplex<double, L>(src1 + 2 * i, re, im);
+    LoadComplex<double, L>(factor1 + 2 * i, wre, wim);
+    sumRe = MulSub(re, wre, im * wim);
+    sumIm = MulAdd(re, wim, im * wre);
+    LoadComplex<double, L>(src2 + 2 * i, re, im);
+    LoadComplex<double, L>(factor2 + 2 * i, wre, wim);
+    sumRe = MulAdd(re, wre, NegMulAdd(im, wim, sumRe));
+    sumIm = MulAdd(re, wim, MulAdd(im, wre, sumIm));
+    StoreComplex<double, L>(dst + 2 * i, sumRe, sumIm);
+  };
+  Index i = 0;
+  for (; i + V <= len; i += V) body(i, Int<V>{});
+  for (; i < len; ++i) body(i, Int<1>{});
+}
+
+} // namespace
+
+#define QORN_FAMILY "Convolution.inc"
+#include "Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL
