@@ -77,21 +77,11 @@ ChirpZ::ChirpZ(const ChirpZ &other)
   if (m_fft) RequireMemory(*m_fft);
 }
 
-ChirpZ &ChirpZ::operator=(const ChirpZ &other) {
-  ChirpZ copy(other);
-  std::swap(m_inputLength, copy.m_inputLength);
-  std::swap(m_outputPoints, copy.m_outputPoints);
-  std::swap(m_fftLength, copy.m_fftLength);
-  std::swap(m_startFrequency, copy.m_startFrequency);
-  std::swap(m_frequencyStep, copy.m_frequencyStep);
-  std::swap(m_samplingRate, copy.m_samplingRate);
-  std::swap(m_useDouble, copy.m_useDouble);
-  std::swap(m_fft, copy.m_fft);
-  std::swap(m_double, copy.m_double);
-  std::swap(m_float, copy.m_float);
-  return *this;
-}
+// A copy that finds no memory leaves the object as it is.
+ChirpZ &ChirpZ::operator=(const ChirpZ &other) { return *this = ChirpZ(other); }
 
+ChirpZ::ChirpZ(ChirpZ &&) noexcept = default;
+ChirpZ &ChirpZ::operator=(ChirpZ &&) noexcept = default;
 ChirpZ::~ChirpZ() = default;
 
 void ChirpZ::InitParamsToInvalid() {

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "infra/kernels/Levels.h"
@@ -473,6 +474,27 @@ TYPED_TEST(ChirpZOf, Copy_AnyState_IsIndependent) {
   EXPECT_EQ(assigned.ActualFFTLength(), -1);
   assigned.Apply(out, x);
   EXPECT_EQ(out.GetSize(), 0);
+}
+
+TYPED_TEST(ChirpZOf, Move_AnyState_LeavesNothingBehind) {
+  const auto x = NoiseVector<TypeParam>(300);
+  auto source = Make<TypeParam>({300, 2.0, 50, 0.1, 0.001});
+  TypeParam expected, out;
+  source.Apply(expected, x);
+  ChirpZ taken(std::move(source));
+  taken.Apply(out, x);
+  EXPECT_TRUE(SameBits(out, expected));
+  ChirpZ assigned;
+  assigned = std::move(taken);
+  assigned.Apply(out, x);
+  EXPECT_TRUE(SameBits(out, expected));
+  for (ChirpZ *left : {&source, &taken}) {
+    left->Apply(out, x);
+    EXPECT_EQ(out.GetSize(), 0);
+    EXPECT_TRUE(left->SetParameters(300, 2.0, 50, 0.1, 0.001, kIsDouble<TypeParam>));
+    left->Apply(out, x);
+    EXPECT_TRUE(SameBits(out, expected));
+  }
 }
 
 template <class Action> void ExpectWantOfMemory(Action action) {

@@ -28,8 +28,10 @@ class FFT;
 /// the error.
 ///
 /// All factors and the spectrum of the chirp are computed by SetParameters; Apply is left with two transforms
-/// and three products, and allocates nothing but what out has to grow by. An object is for one precision and
-/// one thread at a time. Copies are independent: each owns its plan and its working set.
+/// and three products, and allocates nothing but what out has to grow by. That is the shorter way where the
+/// full transform of the same resolution, of fs / df points, is longer than about three of L. An object is
+/// for one precision and one thread at a time. Copies are independent: each owns its plan and its working
+/// set.
 class QORN_API ChirpZ {
 public:
   /// An object without parameters: ActualFFTLength() is -1, and Apply gives an empty vector.
@@ -40,6 +42,13 @@ public:
 
   ChirpZ(const ChirpZ &other);
   ChirpZ &operator=(const ChirpZ &other);
+
+  /// What other was; other is left without a working set, so that its Apply gives an empty vector.
+  ///@{
+  ChirpZ(ChirpZ &&other) noexcept;
+  ChirpZ &operator=(ChirpZ &&other) noexcept;
+  ///@}
+
   ~ChirpZ();
 
   /// N = n samples at the rate fs, M = m points from f0 on, df apart; for Cplx64 if useDouble is true, else
