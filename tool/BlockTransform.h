@@ -16,6 +16,10 @@ using BlockTransform = std::function<void(QORN::VecReal64 &powers, const QORN::V
 /// All frequencies: as many points as samples, the recording's centre at index points / 2.
 BlockTransform WholeSpectrum(const WindowKind &window, int samples);
 
+/// So many points from a frequency on, in hertz from the recording's centre, at a distance.
+BlockTransform ZoomedSpectrum(const WindowKind &window, int samples, double rate, int points, double first,
+                              double spacing);
+
 } // namespace tool
 
 #endif

@@ -10,6 +10,7 @@ void AddInfo(CLI::App &app);
 void AddSpectrum(CLI::App &app);
 void AddUnits(CLI::App &app);
 void AddWindows(CLI::App &app);
+void AddZoom(CLI::App &app);
 
 } // namespace tool
 

@@ -24,6 +24,11 @@ QORN::VecReal64 StandardErrors(const QORN::VecReal64 &mean, const QORN::VecReal6
   return errors;
 }
 
+// The integral over the points, by trapezia.
+double PowerUnder(const QORN::VecReal64 &mean) {
+  return mean.Sum() - 0.5 * (mean[0] + mean[mean.GetSize() - 1]);
+}
+
 } // namespace
 
 Measurement Measure(const Recording &recording, const Setup &setup,
@@ -36,17 +41,20 @@ Measurement Measure(const Recording &recording, const Setup &setup,
   result.recordedSpan = reader.GetSpan();
   result.rate = reader.GetSamplingFrequency();
   const double bin = result.rate / setup.block;
-  result.centre = result.recordedCentre;
-  result.middle = setup.block / 2;
-  result.spacing = bin;
-  int points = setup.block;
+  const int points = setup.zoom ? setup.zoom->points : setup.block;
+  result.centre = setup.zoom ? setup.zoom->centre : result.recordedCentre;
+  result.middle = setup.zoom ? 0.5 * (points - 1) : points / 2;
+  result.spacing = setup.zoom ? setup.zoom->span / (points - 1) : bin;
   const std::unique_ptr<QORN::Window> window = MakeWindow(*setup.window, setup.block);
   result.noiseBandwidth = bin * static_cast<double>(window->GetENBW());
   // The windows of the CISPR bands choose their figure by the bandwidth itself.
   window->Set6dBBWParam(bin * static_cast<double>(window->GetEffectiveRBWScaling()));
   result.resolutionBandwidth = bin * static_cast<double>(window->GetEffectiveRBWScaling());
 
-  const BlockTransform transform = WholeSpectrum(*setup.window, setup.block);
+  const BlockTransform transform =
+      setup.zoom ? ZoomedSpectrum(*setup.window, setup.block, result.rate, points,
+                                  result.FrequencyOf(0) - result.recordedCentre, result.spacing)
+                 : WholeSpectrum(*setup.window, setup.block);
   BlockStream stream(reader, setup.start, setup.count, setup.block);
   QORN::VecCplx32 block;
   QORN::VecReal64 powers;
@@ -70,7 +78,8 @@ Measurement Measure(const Recording &recording, const Setup &setup,
     done((result.blocks + 1) * setup.block);
   }
   result.mean *= 1.0 / static_cast<double>(result.blocks);
-  result.totalPower /= static_cast<double>(result.blocks) * setup.block;
+  result.totalPower = setup.zoom ? PowerUnder(result.mean) * result.spacing / result.noiseBandwidth
+                                 : result.totalPower / (static_cast<double>(result.blocks) * setup.block);
   result.polarFrames = stream.PolarFrames();
 
   double sum = result.totalPower;
@@ -80,8 +89,9 @@ Measurement Measure(const Recording &recording, const Setup &setup,
                     " has no finite samples: its levels, IOffset or QOffset are out of range");
 
   result.noiseFloor = NoiseFloor(result.mean, result.blocks);
-  result.peaks = FindPeaks(result.mean, StandardErrors(result.mean, squares, result.blocks), result.blocks,
-                           result.noiseFloor, LeakageOf(*window));
+  result.peaks =
+      FindPeaks(result.mean, StandardErrors(result.mean, squares, result.blocks), result.blocks,
+                result.noiseFloor, LeakageOf(*window), {result.spacing / bin, !setup.zoom.has_value()});
   return result;
 }
 

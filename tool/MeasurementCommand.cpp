@@ -55,7 +55,6 @@ void CheckHeld(const Setup &setup, const Recording &recording) {
 } // namespace
 
 void AddMeasurementOptions(CLI::App &command, MeasurementOptions &options) {
-  command.add_option("RECORDING", options.recording, "IQF file")->required()->type_name("");
   command.add_option("--window", options.window, "window (blackman-harris)")
       ->type_name("NAME")
       ->check(KnownWindow());

@@ -24,7 +24,7 @@ struct MeasurementOptions {
   bool json = false;
 };
 
-/// RECORDING, --window and all that follows it.
+/// --window and all that follows it.
 void AddMeasurementOptions(CLI::App &command, MeasurementOptions &options);
 
 /// Fills in what a subcommand measures, in a setup whose window, start and count stand. Throws UsageError if

@@ -43,6 +43,10 @@ CLI::Validator KnownWindow() {
           "", ""};
 }
 
+void AddRecording(CLI::App &command, std::string &path) {
+  command.add_option("RECORDING", path, "IQF file")->required()->type_name("");
+}
+
 double NumberOf(const std::string &argument, const std::string &text) {
   const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
   const std::optional<double> value = Parsed<double>(text, plus ? 1 : 0);

@@ -16,8 +16,7 @@ double MeanOfNoise(double n, double z) {
 
 double FromDecibels(double decibels) { return std::pow(10.0, decibels / 10.0); }
 
-// For each element the lowest one between it and the nearest larger one before it; the array starts with its
-// lowest.
+// For each element the lowest one between it and the nearest larger one before it, or the start.
 std::vector<double> Valleys(const std::vector<double> &values) {
   std::vector<double> valleys(values.size());
   std::vector<std::size_t> larger;
@@ -88,7 +87,8 @@ std::vector<double> LeakageOf(const QORN::Window &window) {
 }
 
 std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &scatter, std::int64_t blocks,
-                            double noiseFloor, const std::vector<double> &leakage, int limit) {
+                            double noiseFloor, const std::vector<double> &leakage, const Grid &grid,
+                            int limit) {
   constexpr double kMargin = 2.0; // 3 dB over the leakage of a stronger peak
   const int n = mean.GetSize();
   // One noise peak in a hundred spectra: the normal quantile of 0.01 / n, from above.
@@ -99,8 +99,10 @@ std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &
       std::max(noiseFloor * std::max(FromDecibels(3.0), MeanOfNoise(static_cast<double>(blocks), z)),
                strongest * FromDecibels(-110.0));
 
-  // The spectrum is a circle. Cut at its lowest point, no valley runs over the cut.
-  const int cut = static_cast<int>(std::min_element(mean.GetPtr(), mean.GetPtr() + n) - mean.GetPtr());
+  // Where the ends meet, the spectrum is cut at its lowest point instead: no valley runs over the cut. Else
+  // what rises towards an end has no valley behind it, and is none.
+  const int cut =
+      grid.circle ? static_cast<int>(std::min_element(mean.GetPtr(), mean.GetPtr() + n) - mean.GetPtr()) : 0;
   std::vector<double> circle(mean.GetPtr(), mean.GetPtr() + n);
   std::rotate(circle.begin(), circle.begin() + cut, circle.end());
   const std::vector<double> left = Valleys(circle);
@@ -127,7 +129,8 @@ std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &
   for (const Peak &candidate : candidates) {
     const auto explains = [&](const Peak &stronger) {
       const int apart = std::abs(candidate.index - stronger.index);
-      const auto distance = static_cast<std::size_t>(std::min(apart, n - apart));
+      const auto distance =
+          static_cast<std::size_t>((grid.circle ? std::min(apart, n - apart) : apart) * grid.spacing);
       return candidate.power < kMargin * stronger.power * leakage[std::min(distance, leakage.size() - 1)];
     };
     if (std::any_of(peaks.begin(), peaks.end(), explains)) continue;

@@ -9,10 +9,16 @@
 
 namespace tool {
 
+/// The points of a spectrum: how far apart in bins, and whether the last is a neighbour of the first.
+struct Grid {
+  double spacing = 1.0;
+  bool circle = true;
+};
+
 struct Peak {
-  int index;    ///< the bin
-  double bin;   ///< the interpolated position, within half a bin of index
-  double power; ///< of that bin
+  int index;    ///< the point
+  double place; ///< the interpolated one, within half a point of index
+  double power; ///< at index
 };
 
 /// The noise power per bin of a mean of so many spectra: its median, corrected for the median of the
@@ -29,7 +35,8 @@ std::vector<double> LeakageOf(const QORN::Window &window);
 /// error of each mean, relative to it: next to nothing for a steady tone, much for a signal that comes in
 /// bursts.
 std::vector<Peak> FindPeaks(const QORN::VecReal64 &mean, const QORN::VecReal64 &scatter, std::int64_t blocks,
-                            double noiseFloor, const std::vector<double> &leakage, int limit = 8);
+                            double noiseFloor, const std::vector<double> &leakage, const Grid &grid = {},
+                            int limit = 8);
 
 } // namespace tool
 

@@ -27,34 +27,40 @@ nlohmann::ordered_json LevelOrNull(Unit unit, double power) {
 
 } // namespace
 
-std::string CentreText(const Measurement &m) {
-  const Prefix prefix = m.centre == 0.0 ? Prefix{1.0, ""} : FrequencyPrefixFor(m.centre, m.spacing);
-  return Shortest(m.centre / prefix.factor) + " " + prefix.letter + "Hz";
-}
+std::string CentreText(const Measurement &m) { return FrequencyInFull(m.centre, m.spacing); }
 
 void WriteText(std::ostream &out, const Recording &recording, const Measurement &m, Unit unit) {
   const std::int64_t used = m.blocks * m.setup.block;
   Line(out, "Recording", Printable(recording.Path()));
   Line(out, "Centre", CentreText(m));
-  if (m.recordedSpan > 0.0) Line(out, "Span", Quantity(m.recordedSpan, "Hz"));
+  if (m.setup.zoom)
+    Line(out, "Span", FrequencyInFull(m.setup.zoom->span, m.spacing));
+  else if (m.recordedSpan > 0.0)
+    Line(out, "Span", Quantity(m.recordedSpan, "Hz"));
   Line(out, "Sampling rate", Quantity(m.rate, "Hz"));
   Line(out, "Samples",
        Grouped(used) + " from sample " + Grouped(m.setup.start) + " on, " +
            Quantity(static_cast<double>(used) / m.rate, "s") +
            (used < m.setup.count ? "; " + Grouped(m.setup.count - used) + " left over" : ""));
   if (m.polarFrames > 0) Line(out, "Polar frames", Grouped(m.polarFrames));
-  Line(out, "Points", Grouped(m.Points()) + ", " + m.setup.window->name + " window");
-  Line(out, "Blocks", Grouped(m.blocks));
-  Line(out, "Bin spacing", Quantity(m.spacing, "Hz"));
+  const std::string window = std::string(", ") + m.setup.window->name + " window";
+  if (m.setup.zoom) {
+    Line(out, "Points", Grouped(m.Points()) + ", " + Quantity(m.spacing, "Hz") + " apart");
+    Line(out, "Blocks", Grouped(m.blocks) + " of " + Grouped(m.setup.block) + " samples" + window);
+  } else {
+    Line(out, "Points", Grouped(m.Points()) + window);
+    Line(out, "Blocks", Grouped(m.blocks));
+    Line(out, "Bin spacing", Quantity(m.spacing, "Hz"));
+  }
   Line(out, "Resolution bandwidth", Quantity(m.resolutionBandwidth, "Hz"));
-  Line(out, "Total power", LevelText(unit, m.totalPower));
+  Line(out, m.setup.zoom ? "Power in span" : "Total power", LevelText(unit, m.totalPower));
   Line(out, "Noise floor",
        LevelText(unit, m.noiseFloor) +
            (m.noiseFloor > 0.0 ? " in " + Quantity(m.noiseBandwidth, "Hz") + ", " + DensityText(m, unit)
                                : ""));
   if (m.peaks.empty()) Line(out, "Peaks", "none stands out of the noise");
   for (std::size_t i = 0; i < m.peaks.size(); ++i) {
-    const double frequency = m.FrequencyOf(m.peaks[i].bin);
+    const double frequency = m.FrequencyOf(m.peaks[i].place);
     std::string place = Frequency(frequency, m.spacing);
     if (m.centre != 0.0) {
       const double offset = frequency - m.centre;
@@ -68,7 +74,8 @@ void WriteJson(std::ostream &out, const Recording &recording, const Measurement 
   nlohmann::ordered_json report;
   report["recording"] = recording.Path();
   report["centre_hz"] = m.centre;
-  report["span_hz"] = std::isfinite(m.recordedSpan) ? nlohmann::ordered_json(m.recordedSpan) : nullptr;
+  const double span = m.setup.zoom ? m.setup.zoom->span : m.recordedSpan;
+  report["span_hz"] = std::isfinite(span) ? nlohmann::ordered_json(span) : nullptr;
   report["sampling_rate_hz"] = m.rate;
   report["start_sample"] = m.setup.start;
   report["samples"] = m.blocks * m.setup.block;
@@ -77,17 +84,18 @@ void WriteJson(std::ostream &out, const Recording &recording, const Measurement 
   report["points"] = m.Points();
   report["window"] = m.setup.window->name;
   report["blocks"] = m.blocks;
-  report["bin_spacing_hz"] = m.spacing;
+  if (m.setup.zoom) report["samples_per_block"] = m.setup.block;
+  report[m.setup.zoom ? "point_spacing_hz" : "bin_spacing_hz"] = m.spacing;
   report["noise_bandwidth_hz"] = m.noiseBandwidth;
   report["resolution_bandwidth_hz"] = m.resolutionBandwidth;
   report["unit"] = NameOf(unit);
-  report["total_power"] = LevelOrNull(unit, m.totalPower);
+  report[m.setup.zoom ? "power_in_span" : "total_power"] = LevelOrNull(unit, m.totalPower);
   report["noise_floor"] = LevelOrNull(unit, m.noiseFloor);
   report["noise_density_per_hz"] = LevelOrNull(unit, m.noiseFloor / m.noiseBandwidth);
   report["peaks"] = nlohmann::ordered_json::array();
   for (const Peak &peak : m.peaks)
-    report["peaks"].push_back({{"frequency_hz", m.FrequencyOf(peak.bin)},
-                               {"offset_hz", m.FrequencyOf(peak.bin) - m.centre},
+    report["peaks"].push_back({{"frequency_hz", m.FrequencyOf(peak.place)},
+                               {"offset_hz", m.FrequencyOf(peak.place) - m.centre},
                                {"level", LevelOrNull(unit, peak.power)}});
   // A path need not be valid UTF-8, JSON must.
   out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';

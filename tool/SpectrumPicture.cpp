@@ -14,10 +14,10 @@ namespace tool {
 namespace {
 
 constexpr double kWidth = 1000.0;
-constexpr Box kPlot = {84.0, 92.0, 976.0, 492.0};
+constexpr Box kPlot = {84.0, 92.0, 966.0, 492.0};
 constexpr double kTable = 566.0; // the baseline of the table's head
 constexpr double kRow = 19.0;
-constexpr double kColumn = 472.0; // from one column of the table to the next
+constexpr double kColumn = 462.0; // from one column of the table to the next
 constexpr double kColumnEnd = 420.0;
 constexpr char kRightQuiet[] = "class=\"quiet\" text-anchor=\"end\"";
 
@@ -96,7 +96,7 @@ private:
                                Grouped(m.setup.block) + (m.setup.zoom ? " samples" : " points");
     svg.Text(kPlot.left, 52, "class=\"quiet\"",
              "Centre " + CentreText(m) + " · " +
-                 (m.setup.zoom ? "span " + Quantity(m.setup.zoom->span, "Hz")
+                 (m.setup.zoom ? "span " + FrequencyInFull(m.setup.zoom->span, m.spacing)
                                : "sampling rate " + Quantity(m.rate, "Hz")) +
                  " · RBW " + Quantity(m.resolutionBandwidth, "Hz") + ", " + m.setup.window->name + " · " +
                  blocks);
@@ -198,7 +198,7 @@ private:
   void DrawMarks() {
     std::vector<Point> taken;
     for (std::size_t i = 0; i < m.peaks.size(); ++i) {
-      const double atX = x(m.FrequencyOf(m.peaks[i].bin));
+      const double atX = x(m.FrequencyOf(m.peaks[i].place));
       const double atY = std::clamp(y(LevelOf(unit, m.peaks[i].power)), kPlot.top, kPlot.bottom);
       Point number{atX, atY - 12};
       const auto collides = [&](const Point &other) {
@@ -230,7 +230,7 @@ private:
     for (std::size_t i = 0; i < m.peaks.size(); ++i) {
       const double at = kPlot.left + static_cast<double>(i / rows) * kColumn;
       const double row = kTable + static_cast<double>(i % rows + 1) * kRow;
-      const double frequency = m.FrequencyOf(m.peaks[i].bin);
+      const double frequency = m.FrequencyOf(m.peaks[i].place);
       svg.Text(at + 10, row, "class=\"number\" text-anchor=\"middle\"", std::to_string(i + 1));
       svg.Text(at + 40, row, "", Frequency(frequency, m.spacing));
       if (m.centre != 0.0)

@@ -69,6 +69,11 @@ std::string Frequency(double hertz, double resolution) {
          "Hz";
 }
 
+std::string FrequencyInFull(double hertz, double resolution) {
+  const Prefix prefix = hertz == 0.0 ? Prefix{1.0, ""} : FrequencyPrefixFor(hertz, resolution);
+  return Significant(hertz / prefix.factor, 15) + " " + prefix.letter + "Hz";
+}
+
 std::string Significant(double value, int digits) {
   char text[400];
   if (value == 0.0) value = 0.0; // without its sign

@@ -36,6 +36,9 @@ Prefix FrequencyPrefixFor(double hertz, double resolution);
 /// A frequency to a tenth of the resolution: "1090.00005 MHz".
 std::string Frequency(double hertz, double resolution);
 
+/// A frequency with all its digits, up to fifteen, and the prefix for the resolution: "1090.0123 MHz".
+std::string FrequencyInFull(double hertz, double resolution);
+
 /// value with so many significant digits, without zeros at the end: "0.00707106781187", "1e-20".
 std::string Significant(double value, int digits);
 

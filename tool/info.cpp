@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Commands.h"
+#include "Options.h"
 #include "Recording.h"
 #include "Text.h"
 
@@ -51,7 +52,7 @@ void Run(const std::string &path) {
 void AddInfo(CLI::App &app) {
   const auto path = std::make_shared<std::string>();
   CLI::App *command = app.add_subcommand("info", "Show what the header of a recording says");
-  command->add_option("RECORDING", *path, "IQF file")->required()->type_name("");
+  AddRecording(*command, *path);
   command->callback([path] { Run(*path); });
 }
 

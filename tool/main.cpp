@@ -29,6 +29,7 @@ int Run(int argc, char **argv) {
   app.get_formatter()->column_width(24);
   tool::AddInfo(app);
   tool::AddSpectrum(app);
+  tool::AddZoom(app);
   tool::AddWindows(app);
   tool::AddUnits(app);
   std::vector<std::string> commands;

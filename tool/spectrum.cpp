@@ -33,6 +33,7 @@ void Plan(Setup &setup, std::optional<int> points) {
 void AddSpectrum(CLI::App &app) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("spectrum", "Average the power spectra of a recording");
+  AddRecording(*command, options->recording);
   command->add_option("--points", options->points, "points of the transform (4096)")
       ->type_name("N")
       ->check(WholeNumber(kMinBlock, kMaxPoints));

@@ -139,9 +139,9 @@ TEST(Peaks, FindPeaks_Lines_AreTheStrongestFirst) {
   const std::vector<tool::Peak> peaks = tool::FindPeaks(mean, Scatter(mean, 0.1), 100, 1.0, leakage);
   ASSERT_EQ(peaks.size(), 8U);
   EXPECT_EQ(peaks[0].index, 999);
-  EXPECT_GT(peaks[0].bin, 999.3);
+  EXPECT_GT(peaks[0].place, 999.3);
   for (std::size_t i = 1; i < 8; ++i) EXPECT_EQ(peaks[i].power, 100.0 * static_cast<double>(13 - i));
-  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.1), 100, 1.0, leakage, 100).size(), 13U);
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.1), 100, 1.0, leakage, {}, 100).size(), 13U);
 }
 
 TEST(Peaks, FindPeaks_LeakageOfAStrongerLine_IsNoPeak) {
