@@ -33,9 +33,10 @@ public:
 };
 
 /// The root-raised-cosine filter: taps[i] = (Ts / sqrt(T)) p(t[i]) with p the pulse of
-/// WaveformGenerator::RootRaisedCosinePulse, of unit energy. Two of them in a row make a raised cosine; at
-/// the recommended length the interference between symbols is then below -60 dB. See RaisedCosineFilter for
-/// t, T, Ts and what else holds.
+/// WaveformGenerator::RootRaisedCosinePulse, of unit energy. Two of them in a row make a raised cosine. At
+/// the recommended length, which cuts the pulse, a pair leaves at each other symbol an interference below -60
+/// dB for roll-offs from 0.15 to 0.35, below -57 dB at 0.5 and below -53 dB up to 1; more taps leave less.
+/// See RaisedCosineFilter for t, T, Ts and what else holds.
 class QORN_API RootRaisedCosineFilter : public FIRShapeFilter {
 public:
   RootRaisedCosineFilter() : FIRShapeFilter(FIRFilterRootRaisedCosine) {}
