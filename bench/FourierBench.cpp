@@ -68,7 +68,7 @@ template <class T> void Peer(benchmark::State &state, int n, bool real) {
 
 template <class In, class Out, class T> void Register(const std::string &workload) {
   for (const int n : kLengths) {
-    const std::string size = "/" + std::to_string(n);
+    const std::string size = std::string("/") + std::to_string(n);
     for (const Level &level : QORN::kernels::AvailableLevels()) {
       benchmark::RegisterBenchmark(
           (workload + "/" + level.name + size).c_str(),
