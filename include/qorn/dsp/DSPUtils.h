@@ -154,7 +154,8 @@ public:
   /// difference exceeds period / 2, a period is taken from it and from the offset, while it is below -period
   /// / 2, one is added to both; the element is then raised by the offset, 0 at first. Backward from start - 1
   /// the same against each successor, with an offset of its own, beginning at vec[start] as just corrected. A
-  /// difference so large that a period vanishes in its rounding, such as an infinite one, is left.
+  /// jump costs a step for each period in it; a difference so large that a period vanishes in its rounding,
+  /// such as an infinite one, is left.
   ///@{
   static void Unwrap(VecReal32 &vec, int start, float initial, float period);
   static void Unwrap(VecReal64 &vec, int start, double initial, double period);
