@@ -88,7 +88,9 @@ Measurement Measure(const Recording &recording, const Setup &setup,
     throw DataError("recording " + Quoted(recording.Path()) +
                     " has no finite samples: its levels, IOffset or QOffset are out of range");
 
-  result.noiseFloor = NoiseFloor(result.mean, result.blocks);
+  // In a narrower span, a single tone fills more than half of the points.
+  const double least = 10.0 * result.noiseBandwidth;
+  if (!setup.zoom || setup.zoom->span >= least) result.noiseFloor = NoiseFloor(result.mean, result.blocks);
   result.peaks =
       FindPeaks(result.mean, StandardErrors(result.mean, squares, result.blocks), result.blocks,
                 result.noiseFloor, LeakageOf(*window), {result.spacing / bin, !setup.zoom.has_value()});

@@ -49,7 +49,7 @@ struct Measurement {
   QORN::VecReal64 mean;       ///< the mean power at each point, lowest frequency first
   QORN::VecReal64 hold;       ///< the largest power at each point
   double totalPower;          ///< the mean power of the samples; of a zoom the part in its span
-  double noiseFloor;          ///< the power of the noise at a point
+  double noiseFloor;          ///< the power of the noise at a point; 0 if it is not known
   std::vector<Peak> peaks;    ///< the strongest first
 
   int Points() const { return mean.GetSize(); }

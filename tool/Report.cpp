@@ -27,12 +27,10 @@ nlohmann::ordered_json LevelOrNull(Unit unit, double power) {
 
 } // namespace
 
-std::string CentreText(const Measurement &m) { return FrequencyInFull(m.centre, m.spacing); }
-
 void WriteText(std::ostream &out, const Recording &recording, const Measurement &m, Unit unit) {
   const std::int64_t used = m.blocks * m.setup.block;
   Line(out, "Recording", Printable(recording.Path()));
-  Line(out, "Centre", CentreText(m));
+  Line(out, "Centre", FrequencyInFull(m.centre, m.spacing));
   if (m.setup.zoom)
     Line(out, "Span", FrequencyInFull(m.setup.zoom->span, m.spacing));
   else if (m.recordedSpan > 0.0)
@@ -54,10 +52,13 @@ void WriteText(std::ostream &out, const Recording &recording, const Measurement 
   }
   Line(out, "Resolution bandwidth", Quantity(m.resolutionBandwidth, "Hz"));
   Line(out, m.setup.zoom ? "Power in span" : "Total power", LevelText(unit, m.totalPower));
-  Line(out, "Noise floor",
-       LevelText(unit, m.noiseFloor) +
-           (m.noiseFloor > 0.0 ? " in " + Quantity(m.noiseBandwidth, "Hz") + ", " + DensityText(m, unit)
-                               : ""));
+  if (m.noiseFloor > 0.0)
+    Line(out, "Noise floor",
+         LevelText(unit, m.noiseFloor) + " in " + Quantity(m.noiseBandwidth, "Hz") + ", " +
+             DensityText(m, unit));
+  else
+    Line(out, "Noise floor",
+         m.totalPower > 0.0 && m.setup.zoom ? "unknown, the span is too narrow" : "no power");
   if (m.peaks.empty()) Line(out, "Peaks", "none stands out of the noise");
   for (std::size_t i = 0; i < m.peaks.size(); ++i) {
     const double frequency = m.FrequencyOf(m.peaks[i].place);

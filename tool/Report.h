@@ -3,7 +3,6 @@
 #define QORN_TOOL_REPORT_H
 
 #include <ostream>
-#include <string>
 
 #include "Levels.h"
 #include "Measurement.h"
@@ -14,10 +13,7 @@ namespace tool {
 void WriteText(std::ostream &out, const Recording &recording, const Measurement &measurement, Unit unit);
 void WriteJson(std::ostream &out, const Recording &recording, const Measurement &measurement, Unit unit);
 
-/// The centre frequency with all its digits.
-std::string CentreText(const Measurement &measurement);
-
-/// One line per bin: frequency in hertz, mean and peak-hold level; a first line names the columns.
+/// One line per point: frequency in hertz, mean and peak-hold level; a first line names the columns.
 void WriteCsv(std::ostream &out, const Measurement &measurement, Unit unit);
 
 } // namespace tool

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "Axis.h"
-#include "Report.h"
 #include "Svg.h"
 #include "Text.h"
 
@@ -95,7 +94,7 @@ private:
     const std::string blocks = Grouped(m.blocks) + (m.blocks == 1 ? " block of " : " blocks of ") +
                                Grouped(m.setup.block) + (m.setup.zoom ? " samples" : " points");
     svg.Text(kPlot.left, 52, "class=\"quiet\"",
-             "Centre " + CentreText(m) + " · " +
+             "Centre " + FrequencyInFull(m.centre, m.spacing) + " · " +
                  (m.setup.zoom ? "span " + FrequencyInFull(m.setup.zoom->span, m.spacing)
                                : "sampling rate " + Quantity(m.rate, "Hz")) +
                  " · RBW " + Quantity(m.resolutionBandwidth, "Hz") + ", " + m.setup.window->name + " · " +
@@ -138,7 +137,7 @@ private:
       origin = m.centre;
       prefix = FrequencyPrefixFor(0.5 * (x.high - x.low), m.spacing);
       ticks = Ticks(x.low - origin, x.high - origin, step, prefix.factor);
-      label = "Offset from " + CentreText(m);
+      label = "Offset from " + FrequencyInFull(m.centre, m.spacing);
     }
     for (const Tick &tick : ticks) {
       const double at = x(tick.value + origin);

@@ -73,6 +73,10 @@ void Plan(Setup &setup, const Options &options, const QORN::IQFReader &reader) {
     throw UsageError("--points: " + std::to_string(zoom.points) + " points miss signals between them; " +
                      Significant(needed, 12) + " or more are needed for blocks of " +
                      std::to_string(setup.block) + " samples");
+  // Frequencies are doubles, and points must stay apart in them.
+  if (zoom.span / (zoom.points - 1) < 1e-13 * (std::fabs(zoom.centre) + reader.GetSamplingFrequency()))
+    throw UsageError("--span: " + Hertz(zoom.span) + " is too narrow for " + std::to_string(zoom.points) +
+                     " points");
   setup.zoom = zoom;
 }
 

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <sstream>
 
 #include "Axis.h"
+#include "Failure.h"
 #include "Levels.h"
+#include "Options.h"
 #include "Peaks.h"
 #include "Text.h"
 #include "WindowKinds.h"
@@ -56,6 +60,51 @@ TEST(Text, Grouped_Digits_StandInThrees) {
   EXPECT_EQ(tool::Grouped(2748779069440), "2 748 779 069 440");
 }
 
+TEST(Text, Significant_Digits_EndWithoutZeros) {
+  EXPECT_EQ(tool::Significant(0.0070710678118654755, 12), "0.00707106781187");
+  EXPECT_EQ(tool::Significant(-60.0, 12), "-60");
+  EXPECT_EQ(tool::Significant(-0.0, 12), "0");
+  EXPECT_EQ(tool::Significant(1e-20, 6), "1e-20");
+  EXPECT_EQ(tool::Significant(123456789.0, 12), "123456789");
+}
+
+TEST(Text, FrequencyInFull_Digits_AreAllThatCount) {
+  EXPECT_EQ(tool::FrequencyInFull(1090012345.678, 100.0), "1090.012345678 MHz");
+  EXPECT_EQ(tool::FrequencyInFull(0.1 + 0.2, 0.01), "300 mHz");
+  EXPECT_EQ(tool::FrequencyInFull(0.0, 0.01), "0 Hz");
+  EXPECT_EQ(tool::FrequencyInFull(-20e3, 20.0), "-20 kHz");
+}
+
+TEST(Options, NumberOf_Text_IsReadAsItStands) {
+  EXPECT_EQ(tool::NumberOf("X", "0.1"), 0.1);
+  EXPECT_EQ(tool::NumberOf("X", "+1090e6"), 1090e6);
+  EXPECT_EQ(tool::NumberOf("X", "-.5"), -0.5);
+  EXPECT_EQ(tool::NumberOf("X", "9007199254740993"), 9007199254740992.0); // halfway goes to even
+  for (const char *text : {"", "+", "-", ".", "1 ", "1k", "1e", "++1", "infinity"})
+    EXPECT_THROW(tool::NumberOf("X", text), tool::UsageError) << text;
+}
+
+TEST(Options, Wrapped_Names_StayWithinEightyColumns) {
+  std::string names = "first";
+  for (int i = 0; i < 60; ++i) names += ", name" + std::to_string(i);
+  const std::string wrapped = tool::Wrapped(names, 30);
+  std::istringstream lines(wrapped);
+  std::size_t indent = 30;
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count, indent = 0) {
+    EXPECT_LE(indent + line.size(), 79U) << line;
+    if (!lines.eof()) {
+      EXPECT_GT(indent + line.size(), 70U) << line;
+      EXPECT_EQ(line.back(), ',');
+    }
+  }
+  EXPECT_GT(count, 5);
+  std::string joined = wrapped;
+  std::replace(joined.begin(), joined.end(), '\n', ' ');
+  EXPECT_EQ(joined, names);
+  EXPECT_EQ(tool::Wrapped("one, two", 9), "one, two");
+}
+
 TEST(Axis, RoundStep_Range_IsOneTwoOrFive) {
   EXPECT_DOUBLE_EQ(tool::RoundStep(100.0, 10), 10.0);
   EXPECT_DOUBLE_EQ(tool::RoundStep(101.0, 10), 20.0);
@@ -72,7 +121,7 @@ TEST(Axis, Ticks_Range_HasAllMultiplesWithEqualDecimals) {
             (std::vector<std::string>{"-0.10", "-0.05", "0.00", "0.05", "0.10"}));
 }
 
-TEST(Units, LevelOf_PowerOfATone_FollowsFromFiftyOhm) {
+TEST(Levels, LevelOf_PowerOfATone_FollowsFromFiftyOhm) {
   // A tone of A volts has A^2 / 2 / 50 watts.
   const double amplitude = 0.1;
   EXPECT_NEAR(tool::LevelOf(tool::Unit::kDbm, amplitude * amplitude),
@@ -82,7 +131,7 @@ TEST(Units, LevelOf_PowerOfATone_FollowsFromFiftyOhm) {
   EXPECT_EQ(tool::LevelText(tool::Unit::kDbm, 0.0), "no power");
 }
 
-TEST(Windows, FindWindow_EveryName_MakesAWindowOfUnitSum) {
+TEST(WindowKinds, FindWindow_EveryName_MakesAWindowOfUnitSum) {
   for (const tool::WindowKind &kind : tool::Windows()) {
     ASSERT_EQ(tool::FindWindow(kind.name), &kind);
     QORN::VecReal32 coefficients;
@@ -167,6 +216,34 @@ TEST(Peaks, FindPeaks_ShallowValley_PartsSteadyTonesAlone) {
   EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.01), 10, 1e-6, leakage).size(), 2U);
   EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.2), 10, 1e-6, leakage).size(), 2U);
   EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.5), 10, 1e-6, leakage).size(), 1U);
+}
+
+TEST(Peaks, FindPeaks_OpenEnds_AreNoPeaks) {
+  VecReal64 mean(100);
+  for (int k = 0; k < 100; ++k) mean[k] = 1e-6;
+  mean[0] = mean[99] = 1.0; // the skirts of signals beyond
+  mean[1] = mean[98] = 0.5;
+  mean[40] = 0.1;
+  const std::vector<double> leakage = {1.0, 1.0, 1e-3};
+  const std::vector<tool::Peak> peaks =
+      tool::FindPeaks(mean, Scatter(mean, 0.0), 1000, 1e-6, leakage, {1.0, false});
+  ASSERT_EQ(peaks.size(), 1U);
+  EXPECT_EQ(peaks[0].index, 40);
+  EXPECT_EQ(tool::FindPeaks(mean, Scatter(mean, 0.0), 1000, 1e-6, leakage)[0].index, 0);
+}
+
+TEST(Peaks, FindPeaks_PointsCloserThanBins_LeakByTheDistanceInBins) {
+  VecReal64 mean(100);
+  for (int k = 0; k < 100; ++k) mean[k] = 1e-6;
+  mean[40] = 1.0;
+  mean[50] = 1e-2;
+  const std::vector<double> leakage = {1.0, 1.0, 0.1, 1e-4};
+  const auto count = [&](double spacing) {
+    return tool::FindPeaks(mean, Scatter(mean, 0.0), 1000, 1e-6, leakage, {spacing, false}).size();
+  };
+  EXPECT_EQ(count(1.0), 2U);
+  EXPECT_EQ(count(0.3), 2U);
+  EXPECT_EQ(count(0.29), 1U); // fewer than three bins apart
 }
 
 TEST(Peaks, LeakageOf_Windows_FollowsTheirSidelobes) {

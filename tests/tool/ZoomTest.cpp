@@ -159,12 +159,28 @@ TEST_F(Zoom, PowerInSpan_IsThatOfTheSignalsInIt) {
 TEST_F(Zoom, NoiseOfKnownPower_GivesItsFloor) {
   const std::string path = Save(Recording(1 << 17, Noise(-40.0)));
   for (const char *window : {"rectangle", "hann", "flat-top"})
-    for (const char *points : {"101", "1001"}) {
+    for (const char *points : {"201", "1001"}) {
       const json report = Look(path, "99.8e6", "100e3", {"--points", points, "--window", window});
       EXPECT_NEAR(report["power_in_span"].get<double>(), -50.0, 0.1) << window << points;
       EXPECT_NEAR(report["noise_density_per_hz"].get<double>(), -100.0, 0.15) << window << points;
       EXPECT_EQ(report["peaks"].size(), 0U) << report;
     }
+}
+
+TEST_F(Zoom, SpanOfFewBandwidths_TellsNoFloor) {
+  const std::string path = Save(Recording(20480, Sum({ToneAt(-10.0, 0.0), Noise(-60.0)})));
+  // A block of all samples has a noise bandwidth of 98 Hz, and a main lobe of 391 Hz.
+  const json narrow = Look(path, "100e6", "700");
+  EXPECT_TRUE(narrow["noise_floor"].is_null());
+  EXPECT_TRUE(narrow["noise_density_per_hz"].is_null());
+  ASSERT_EQ(narrow["peaks"].size(), 1U) << narrow;
+  EXPECT_NEAR(narrow["peaks"][0]["level"].get<double>(), -10.0, 0.01);
+  const Outcome outcome = RunTool({"zoom", path, "--centre", "100e6", "--span", "700"});
+  EXPECT_NE(outcome.out.find("\nNoise floor           unknown, the span is too narrow\n"), std::string::npos)
+      << outcome.out;
+  // -60 dBm in 1 MHz; the one block scatters.
+  EXPECT_NEAR(Look(path, "100e6", "5e3")["noise_floor"].get<double>(), -60.0 - 10.0 * std::log10(1e6 / 98),
+              3.0);
 }
 
 TEST_F(Zoom, CloseTones_AreResolvedByLongBlocks) {
@@ -284,6 +300,9 @@ TEST_F(Zoom, WrongArguments_ExitWithTwoAndNameTheArgument) {
         {"--centre", "100e6", "--span", "2e6"});
   fails("--span: 1000 Hz around 99500000 Hz reach beyond " + recorded,
         {"--centre", "99.5e6", "--span", "1e3"});
+  for (const char *span : {"1e-09", "1e-300"})
+    fails("--span: " + std::string(span) + " Hz is too narrow for 1001 points",
+          {"--centre", "100e6", "--span", span});
   with("--points: '2' is not a whole number from 3 to 1048576", {"--points", "2"});
   with("--points: '1e3' is not a whole number from 3 to 1048576", {"--points", "1e3"});
   with("--samples: '1' is not a whole number from 2 to 2097152", {"--samples", "1"});
