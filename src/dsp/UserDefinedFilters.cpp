@@ -12,11 +12,10 @@ template <class F> void UserTapsFilter<F>::SetUserTaps(VecCplx32 const &taps, fl
   m_userTaps = taps;
   m_tapRate = tapRate;
   m_complex = true;
-  if (m_parametersSet) {
-    Resample();
-    m_delay = static_cast<float>((m_tapSize - 1) / 2);
-  }
   m_tapsPresent = true;
+  if (!m_parametersSet) return;
+  Resample();
+  m_delay = static_cast<float>((m_tapSize - 1) / 2);
 }
 
 template <class F> void UserTapsFilter<F>::SetUserTaps(VecReal32 const &taps, float tapRate) {
@@ -34,10 +33,7 @@ template <class F> void UserTapsFilter<F>::SetParameters(float samplingRate, flo
   m_samplingRate = samplingRate;
   m_rate = rate;
   if (m_tapsPresent) {
-    if (changed) {
-      m_parametersSet = false; // in force again once there are taps for these rates
-      Resample();
-    }
+    if (changed) Resample();
     if (n > 0 && n != m_tapSize) {
       ResizeFilterTaps(m_cplxTaps, n, m_tapSize);
       m_tapSize = n;
@@ -53,8 +49,10 @@ template <class F> void UserTapsFilter<F>::Clear() {
 }
 
 template <class F> void UserTapsFilter<F>::Resample() {
+  m_parametersSet = false; // where memory fails, the next SetParameters tries again
   F::ComputeResampledFilterTaps(m_cplxTaps, m_userTaps, m_tapRate, m_samplingRate / m_rate);
   m_tapSize = m_cplxTaps.GetSize();
+  m_parametersSet = true;
 }
 
 template <class F> void UserTapsFilter<F>::ResizeFilterTaps(VecCplx32 &taps, int newSize, int oldSize) {
@@ -246,15 +244,16 @@ template <class V> void ApplyHolding(V &out, const V &in, const V &taps, float a
   const int length = in.GetSize();
   out.Resize(length);
   out.SetZero();
-  const std::int64_t shift = WholeSamples(advance);
-  const std::int64_t end = length - 1;
+  const std::int64_t shift = WholeSamples(advance), end = length - 1;
   for (int n = 0; n < length; ++n) {
     const std::int64_t begin = n - shift, last = std::min(begin + taps.GetSize() - 1, end);
     if (last < 0) continue;
-    if (!IsZero(in[n])) {
-      for (std::int64_t m = std::max<std::int64_t>(begin, 0); m <= last; ++m) {
-        Accumulate(out[static_cast<int>(m)], Product(taps[static_cast<int>(m - begin)], in[n]));
-      }
+    const std::int64_t first = std::max<std::int64_t>(begin, 0);
+    if (first <= last && !IsZero(in[n])) {
+      auto *sum = out.GetPtr(static_cast<int>(first));
+      const auto *tap = taps.GetPtr(static_cast<int>(first - begin));
+      const auto sample = in[n];
+      for (std::int64_t i = 0; i <= last - first; ++i) Accumulate(sum[i], Product(tap[i], sample));
     }
     if (last < end) out[static_cast<int>(last) + 1] = out[static_cast<int>(last)];
   }

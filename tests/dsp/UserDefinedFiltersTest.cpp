@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "qorn/infra/QORNException.h"
 #include "qorn/infra/TargetLib.h"
 #include "support/Allocations.h"
 #include "support/Filters.h"
@@ -398,6 +399,28 @@ TYPED_TEST(UserTaps, SetParameters_TheSameRates_ComputesNothing) {
   const long before = test::AllocationCount();
   filter.SetParameters(10.0F, 1.0F, 0.0F, 0);
   EXPECT_EQ(test::AllocationCount(), before);
+}
+
+TYPED_TEST(UserTaps, SetParameters_AfterMemoryFailed_DesignsAgain) {
+  Reached<TypeParam> filter;
+  const auto expected = Computed<TypeParam>(Noise(9), 2.0F, 100.0F);
+  testing::internal::CaptureStdout();
+  filter.SetUserTaps(Of<VecCplx32>(Noise(9)), 2.0F);
+  {
+    const test::AllocationLimit limit(1000);
+    EXPECT_THROW(filter.SetParameters(100.0F, 1.0F, 0.0F, 0), QORNException);
+  }
+  filter.SetParameters(100.0F, 1.0F, 0.0F, 0);
+  EXPECT_EQ(CplxTaps(filter), expected);
+  {
+    const auto taps = Of<VecCplx32>(Noise(99));
+    const test::AllocationLimit limit(1000);
+    EXPECT_THROW(filter.SetUserTaps(taps, 2.0F), QORNException);
+  }
+  testing::internal::GetCapturedStdout();
+  filter.SetUserTaps(Of<VecCplx32>(Noise(9)), 2.0F);
+  filter.SetParameters(100.0F, 1.0F, 0.0F, 0);
+  EXPECT_EQ(CplxTaps(filter), expected);
 }
 
 TYPED_TEST(UserTaps, Clear_AfterADesign_LeavesTheTapsAndStoresRatesOnly) {

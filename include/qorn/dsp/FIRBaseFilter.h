@@ -37,7 +37,7 @@ enum FIRFilterTypeTag : int {
 ///
 /// A new filter has no taps, and gives zeros. SetParameters designs them and may be repeated: each call
 /// replaces all of the design before. What a design makes of frequencies and shapes that make no sense (zero,
-/// negative, not-a-number) is told by each class; no value of them crashes, loops for long or asks for more
+/// negative, not-a-number) is told by each class; none of them crashes, loops without end or asks for more
 /// memory than the tap count says, and a tap count below 1 leaves a filter without taps.
 ///
 /// No state is carried from one Apply to the next. The object keeps scratch memory, so it is for one thread
@@ -105,12 +105,12 @@ protected:
   void SetSymmetric(int tapSize);
 
   std::unique_ptr<FIRFilter> m_fir; ///< the convolution engine; never null
-  FIRFilterTypeTag m_type;
-  int m_tapSize = 0;        ///< the number of taps asked for or fixed by the design
-  VecReal32 m_taps;         ///< the real taps
-  VecCplx32 m_cplxTaps;     ///< the complex taps, of complex filters only
-  float m_delay = 0.0F;     ///< see GetDelay
-  float m_timeShift = 0.0F; ///< see SetTimeShift
+  FIRFilterTypeTag m_type;          ///< see GetType
+  int m_tapSize = 0;                ///< the number of taps asked for or fixed by the design
+  VecReal32 m_taps;                 ///< the real taps
+  VecCplx32 m_cplxTaps;             ///< the complex taps, of complex filters only
+  float m_delay = 0.0F;             ///< see GetDelay
+  float m_timeShift = 0.0F;         ///< see SetTimeShift
 };
 
 /// What the filters share that are designed from a sampling rate and a symbol rate or cutoff.

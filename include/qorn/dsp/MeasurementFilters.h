@@ -5,8 +5,8 @@
 
 namespace QORN {
 
-/// What the three IS-95 filters share: their taps are tables for 2, 4, 8 and 16 samples per chip. The taps of
-/// a ratio are those of the next one, every second and times 2.
+/// What the three IS-95 filters share: their taps are tables for 2, 4, 8 and 16 samples per chip, which are
+/// one impulse response at four spacings.
 class QORN_API IS95Filter : public FIRBaseFilter {
 public:
   /// The number of taps of the table for samplingRate / rate, rounded to the nearest integer, halves upwards;
