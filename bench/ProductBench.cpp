@@ -1,4 +1,4 @@
-// Dot products beside VOLK's, and the direct convolution.
+// Dot products beside VOLK's.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
@@ -51,19 +51,6 @@ void Add(const std::string &name, const std::string &who, const kernels::Level &
   }
 }
 
-void AddConv(const kernels::Level &level) {
-  benchmark::RegisterBenchmark((std::string("Conv_32f/") + level.name + "/64x4096").c_str(),
-                               [=](benchmark::State &state) {
-                                 const kernels::ScopedLevel scope(level);
-                                 const std::vector<float> taps(64), x(4096);
-                                 std::vector<float> dst(64 + 4096 - 1);
-                                 for (auto _ : state) {
-                                   TargetLib::Conv_32f(taps.data(), 64, x.data(), 4096, dst.data());
-                                   benchmark::ClobberMemory();
-                                 }
-                               });
-}
-
 const bool registered = [] {
   const std::vector<kernels::Level> levels = kernels::AvailableLevels();
   for (const kernels::Level &level : levels) {
@@ -72,7 +59,6 @@ const bool registered = [] {
     Add("DotProd_32fc", level.name, level, &TargetLib::DotProd_32fc);
     Add("DotProd_64fc", level.name, level, &TargetLib::DotProd_64fc);
     Add("DotProd_32f32fc", level.name, level, &TargetLib::DotProd_32f32fc);
-    AddConv(level);
   }
 #if defined(QORN_PEER_VOLK)
   Add("DotProd_32f", "peer:volk", levels.back(), &peers::VolkProduct::DotProd_32f);

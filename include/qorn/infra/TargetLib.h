@@ -586,14 +586,15 @@ public:
   /// them:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
-  /// - transforms of overlapping blocks (overlap-save), where those are estimated to take less work: from
+  /// - transforms of overlapping blocks (overlap-save), where these are estimated to take less work: from
   /// about
-  ///   1500 by 1500 elements on, and from about 100 (32f) or 200 (64f) elements on if the other source is
-  ///   long. Results that the block's rounding errors could have spoiled (quiet ones beside loud ones) are
-  ///   told by bounds and computed again; so results without a nonzero product are exactly 0, and what is not
-  ///   finite shows where it would by direct sums and nowhere else. The last bits of a result may depend on
-  ///   its place. Work memory is freed before the call returns; QORNException 11001 if there is none. The
-  ///   factors of the transforms stay with the process.
+  ///   500 by 500 elements on (1000 for 64f, 200 for 32fc), and from about 100 (200, 32) elements on if the
+  ///   other source is long. Results that a block's rounding errors could have spoiled, quiet ones beside
+  ///   loud ones, are found by bounds and computed again. So results without a nonzero product are exactly 0,
+  ///   and what is not finite shows where it would by direct sums and nowhere else; where the shorter source
+  ///   is not finite, or squares of doubles leave the range, the sums are direct. The last bits of a result
+  ///   may depend on its place. Work memory is freed before the call returns; QORNException 11001 if there is
+  ///   none. The factors of the transforms stay with the process.
   ///@{
   static void CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst, int dstLen,
                             int lowLag);

@@ -74,15 +74,21 @@ void Direct(const Cplx32 *taps, int count, const Cplx32 *x, int len, Cplx32 *dst
 double Energy(const float *x, Index len) { return active->ConvEnergy_32f(x, len); }
 double Energy(const double *x, Index len) { return active->ConvEnergy_64f(x, len); }
 
-// Nanoseconds on one processor; only their ratios matter.
-template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.020 : 0.038;
-template <> constexpr double kPerTerm<Cplx32> = 0.075;
+// Estimates in nanoseconds, measured at the widest level. Only their ratios matter, and these are much the
+// same at the others.
 
-// A pair of real blocks, or a complex one, there and back; the taps take half of it.
+// A product of a direct sum.
+template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.019 : 0.036;
+template <> constexpr double kPerTerm<Cplx32> = 0.105;
+
+// A pair of real blocks, or a complex one, there and back. The taps take half of it.
 template <class T> double RunCost(int log2Length) {
-  const double n = std::ldexp(1.0, log2Length);
-  return (std::is_same_v<T, double> ? 2 : 1) * n * (0.55 * log2Length + 3.0);
+  const double perPoint = (1 + 0.13 * log2Length) * (log2Length < 14 ? 1 : 1.6); // beyond the nearer caches
+  return (std::is_same_v<T, double> ? 3 : 1) * std::ldexp(perPoint, log2Length);
 }
+
+// To get and to free the memory.
+constexpr double kPerCall = 1000;
 
 constexpr int kLargestLog2 = 26;
 
@@ -102,13 +108,18 @@ public:
   Job(const Correlation<T> &job, int log2Length)
       : m_job(job), m_log2(log2Length), m_last(job.tapCount - 1), m_engine(log2Length, job.tapCount),
         m_error(4 * log2Length * kUnit) {
-    const Index n = m_engine.Length();
-    for (auto &window : m_windows) window = WorkArray<Part>(n * kParts);
+    // Doubles have two spectra more and a second block; then come the windows, which take two blocks of
+    // reals.
+    const Index n = m_engine.Length(), extra = kSplit ? 6 * n : 0;
+    m_work = WorkArray<double>(extra + 2 * n);
+    double *const work = m_work.Data();
     if constexpr (kSplit) {
-      m_low = WorkArray<double>(2 * n);
-      m_fineSpectrum = WorkArray<double>(2 * n);
-      m_allSpectrum = WorkArray<double>(2 * n);
+      m_low = work;
+      m_fineSpectrum = work + 2 * n;
+      m_allSpectrum = work + 4 * n;
     }
+    m_windows[0] = reinterpret_cast<Part *>(work + extra);
+    m_windows[1] = m_windows[0] + (kParts == 1 ? n : 0);
   }
 
   void Run() {
@@ -177,7 +188,7 @@ private:
     if constexpr (kSplit) {
       m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
       const double magic = 0x1.8p52 * m_tapStep;
-      double *const fine = m_fineSpectrum.Data(), *const all = m_allSpectrum.Data();
+      double *const fine = m_fineSpectrum, *const all = m_allSpectrum;
       double fineEnergy = 0;
       for (Index i = 0; i < taps; ++i) {
         const double tap = TapAt(i), coarse = (tap + magic) - magic;
@@ -210,7 +221,7 @@ private:
     const Index n = m_engine.Length(), from = outputs.first - m_last, size = outputs.count + m_last;
     const Part *const x = reinterpret_cast<const Part *>(m_job.x);
     if (outputs.count == m_engine.Step() && from >= 0 && from + n <= m_job.len) return x + from * kParts;
-    Part *const window = m_windows[which].Data();
+    Part *const window = m_windows[which];
     const Index begin = std::max(from, Index{0});
     const Index end = outputs.count == 0 ? begin : std::max(begin, std::min<Index>(from + size, m_job.len));
     const Index before = outputs.count == 0 ? 0 : (begin - from) * kParts;
@@ -223,7 +234,7 @@ private:
 
   // The same without what is not finite.
   const Part *Cleaned(Index which, const Part *from) {
-    Part *const window = m_windows[which].Data();
+    Part *const window = m_windows[which];
     std::transform(from, from + m_engine.Length() * kParts, window,
                    [](Part x) { return std::isfinite(x) ? x : Part{0}; });
     return window;
@@ -285,7 +296,7 @@ private:
     double *const block = m_engine.Block(), *const valid = block + 2 * m_last;
     double least = 0;
     if constexpr (kSplit) {
-      double *const low = m_low.Data();
+      double *const low = m_low;
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
       double gain = std::min(m_gain, 4 * m_norm), error = 0, magic = 0;
@@ -299,7 +310,7 @@ private:
             std::sqrt(active->ConvSplit_64f(windows[0], windows[1], block, low, n, magic)) * (1 + 1e-6);
         m_engine.Forward(block, block);
         m_engine.Forward(low, low);
-        active->ConvSumOfProducts_64f(block, m_fineSpectrum.Data(), low, m_allSpectrum.Data(), low, n);
+        active->ConvSumOfProducts_64f(block, m_fineSpectrum, low, m_allSpectrum, low, n);
         active->FourierProduct_64f(block, m_engine.Spectrum(), block, n, false, false);
         m_engine.Inverse(block, block);
         m_engine.Inverse(low, low);
@@ -489,13 +500,14 @@ private:
   double m_norm = 0, m_gain = 0;
   Operand m_large[kLarge]; // the largest taps
   int m_largeCount = 0;
-  WorkArray<Part> m_windows[2];
+  WorkArray<double> m_work;
+  Part *m_windows[2];
   std::optional<OverlapSave<float>> m_sizes; // with the magnitudes of the taps
   double m_sizeGain = 0;
 
   // Of doubles.
   double m_tapStep = 0, m_fineNorm = 0, m_fineGain = 0;
-  WorkArray<double> m_low, m_fineSpectrum, m_allSpectrum;
+  double *m_low = nullptr, *m_fineSpectrum = nullptr, *m_allSpectrum = nullptr;
 };
 
 } // namespace
@@ -509,7 +521,7 @@ template <class T> int BlockLog2(std::ptrdiff_t taps, std::ptrdiff_t outputs, do
     if (step < 1) continue;
     const Index blocks = (outputs + step - 1) / step;
     const Index runs = Element<T>::kParts == 1 ? (blocks + 1) / 2 : blocks;
-    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(k) + 1000;
+    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(k) + kPerCall;
     if (cost < least) {
       least = cost;
       best = k;

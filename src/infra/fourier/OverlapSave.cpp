@@ -37,7 +37,7 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count) {
   if (count > INT_MAX / static_cast<int>(sizeof(T))) Throw(errors::kMemoryAllocation, kModule);
-  m_bytes.Resize(static_cast<int>(count) * static_cast<int>(sizeof(T)));
+  m_bytes = Bytes(static_cast<int>(count) * static_cast<int>(sizeof(T)));
 }
 
 template <class T> const ComplexPlan<T> &SharedPlan(int log2Length) {
@@ -53,14 +53,15 @@ template <class T> const ComplexPlan<T> &SharedPlan(int log2Length) {
 
 template <class T>
 OverlapSave<T>::OverlapSave(int log2Length, int taps)
-    : m_plan(&SharedPlan<T>(log2Length)), m_taps(taps), m_spectrum(std::ptrdiff_t{2} << log2Length),
-      m_block(std::ptrdiff_t{2} << log2Length),
-      m_scratch(static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
+    : m_plan(&SharedPlan<T>(log2Length)), m_taps(taps),
+      m_work((std::ptrdiff_t{4} << log2Length) +
+             static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
 
 template <class T> void OverlapSave<T>::SetTaps(const T *h) {
-  T *const end = std::copy_n(h, 2 * static_cast<std::ptrdiff_t>(m_taps), m_spectrum.Data());
-  std::fill(end, m_spectrum.Data() + 2 * static_cast<std::ptrdiff_t>(Length()), T{0});
-  Forward(m_spectrum.Data(), m_spectrum.Data());
+  T *const spectrum = m_work.Data();
+  T *const end = std::copy_n(h, 2 * static_cast<std::ptrdiff_t>(m_taps), spectrum);
+  std::fill(end, spectrum + 2 * static_cast<std::ptrdiff_t>(Length()), T{0});
+  Forward(spectrum, spectrum);
 }
 
 template <class T> void OverlapSave<T>::Run() {

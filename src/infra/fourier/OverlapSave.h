@@ -9,7 +9,8 @@
 
 namespace QORN::fourier {
 
-/// Work memory of `count` values, cleared; copies as a value. Throws QORNException 11001 if there is none.
+/// Work memory of `count` values, not cleared; copies as a value. Throws QORNException 11001 if there is
+/// none.
 template <class T> class WorkArray {
 public:
   WorkArray() = default;
@@ -17,7 +18,11 @@ public:
   T *Data() const { return reinterpret_cast<T *>(m_bytes.GetPtr()); }
 
 private:
-  VecUInt8 m_bytes;
+  struct Bytes : VecUInt8 {
+    Bytes() = default;
+    explicit Bytes(int n) { CreateUncleared(n); }
+  };
+  Bytes m_bytes;
 };
 
 /// The complex plan of 2^log2Length points. It is made at the first call, belongs to the process and is freed
@@ -43,20 +48,24 @@ public:
   void SetTaps(const T *h);
 
   /// Where the 2 N scalars of a block are written and found again.
-  T *Block() const { return m_block.Data(); }
+  T *Block() const { return m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length()); }
   void Run();
 
   /// The steps of Run, for whoever has more than one spectrum. The arrays have 2 N scalars; dst may be src.
-  void Forward(const T *src, T *dst) const { m_plan->Forward(src, dst, m_scratch.Data(), T{1}); }
+  void Forward(const T *src, T *dst) const { m_plan->Forward(src, dst, Scratch(), T{1}); }
   void Inverse(const T *src, T *dst) const {
-    m_plan->Inverse(src, dst, m_scratch.Data(), T{1} / static_cast<T>(Length()));
+    m_plan->Inverse(src, dst, Scratch(), T{1} / static_cast<T>(Length()));
   }
-  const T *Spectrum() const { return m_spectrum.Data(); }
+  const T *Spectrum() const { return m_work.Data(); }
 
 private:
+  T *Scratch() const { return m_work.Data() + 4 * static_cast<std::ptrdiff_t>(Length()); }
+
   const ComplexPlan<T> *m_plan; // belongs to the process
   int m_taps;
-  WorkArray<T> m_spectrum, m_block, m_scratch;
+  // Spectrum, block and scratch. In one piece, since many allocators keep a piece for the next request where
+  // they would give several back to the system.
+  WorkArray<T> m_work;
 };
 
 extern template class WorkArray<float>;
