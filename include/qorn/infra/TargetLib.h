@@ -586,8 +586,7 @@ public:
   /// them:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
-  /// - transforms of overlapping blocks (overlap-save), where these are estimated to take less work: from
-  /// about
+  /// - transforms of overlapping blocks (overlap-save), where these are estimated as less work: from some
   ///   500 by 500 elements on (1000 for 64f, 200 for 32fc), and from about 100 (200, 32) elements on if the
   ///   other source is long. Results that a block's rounding errors could have spoiled, quiet ones beside
   ///   loud ones, are found by bounds and computed again. So results without a nonzero product are exactly 0,

@@ -13,16 +13,16 @@
 // and only the rest, x1 * h2 + x2 * (h1 + h2), which is smaller by many digits, has errors.
 //
 // The bound: with u = 2^-53, a transform of N = 2^k points has a relative error of at most e = 4 k u in the
-// 2-norm (Higham, Accuracy and Stability of Numerical Algorithms, 2002, section 24.1; the butterflies of
-// radix 8 and 16 stay well below his radix 2). So a cyclic convolution x * h by transforms has an error of at
-// most
-//   |x| ((2 e + 3 u) |h| + e max |H|)
-// at each output, |.| being the 2-norms and H the spectrum of h.
+// 2-norm (Higham, Accuracy and Stability of Numerical Algorithms, 2002, section 24.1; butterflies of radix 8
+// and 16 have fewer factors than his of radix 2). So a cyclic convolution x * h by transforms has an error of
+// at most
+//   |x| ((2 e + 8 u) |h| + e max |H|)
+// at each output, |.| being the 2-norms and H the spectrum of h. Instead of |x| max |H|, the norm of what the
+// inverse transform gave will do as well.
 #include "LongConvolution.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <optional>
 #include <type_traits>
