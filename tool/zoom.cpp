@@ -46,7 +46,7 @@ Zoom ZoomOf(const Options &options, const QORN::IQFReader &reader) {
     throw UsageError("--centre: " + Hertz(zoom.centre) + " is outside " + recorded);
   const double slack = 1e-6 * rate; // a rate from a header may be rounded
   if (zoom.centre - 0.5 * zoom.span < low - slack || zoom.centre + 0.5 * zoom.span > high + slack)
-    throw UsageError("--span: " + Hertz(zoom.span) + " around " + Hertz(zoom.centre) + " reach beyond " +
+    throw UsageError("--span: " + Hertz(zoom.span) + " around " + Hertz(zoom.centre) + " reaches beyond " +
                      recorded);
   return zoom;
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <complex>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
@@ -296,9 +297,9 @@ TEST_F(Zoom, WrongArguments_ExitWithTwoAndNameTheArgument) {
   fails("--centre: 0 Hz is outside " + recorded, {"--centre", "0", "--span", "1e3"});
   fails("--centre: -1000 Hz is outside " + recorded, {"--centre", "-1e3", "--span", "1e3"});
   fails("--centre: 100500001 Hz is outside " + recorded, {"--centre", "100500001", "--span", "1e3"});
-  fails("--span: 2000000 Hz around 100000000 Hz reach beyond " + recorded,
+  fails("--span: 2000000 Hz around 100000000 Hz reaches beyond " + recorded,
         {"--centre", "100e6", "--span", "2e6"});
-  fails("--span: 1000 Hz around 99500000 Hz reach beyond " + recorded,
+  fails("--span: 1000 Hz around 99500000 Hz reaches beyond " + recorded,
         {"--centre", "99.5e6", "--span", "1e3"});
   for (const char *span : {"1e-09", "1e-300"})
     fails("--span: " + std::string(span) + " Hz is too narrow for 1001 points",
