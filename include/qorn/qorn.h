@@ -30,6 +30,7 @@
 #include "qorn/math/UnitConversion.h"
 #include "qorn/math/VecUtils.h"
 
+#include "qorn/dsp/ArbRateResampler.h"
 #include "qorn/dsp/ChirpZ.h"
 #include "qorn/dsp/ClassicFilters.h"
 #include "qorn/dsp/DFT.h"
@@ -45,7 +46,9 @@
 #include "qorn/dsp/IntegralFilters.h"
 #include "qorn/dsp/MeasurementFilters.h"
 #include "qorn/dsp/ParametricWindows.h"
+#include "qorn/dsp/PhaseResampler.h"
 #include "qorn/dsp/PulseFilters.h"
+#include "qorn/dsp/SequentialResampler.h"
 #include "qorn/dsp/Spectrum.h"
 #include "qorn/dsp/UserDefinedFilters.h"
 #include "qorn/dsp/WaveformGenerator.h"

@@ -15,6 +15,7 @@
 #define QORN_SRC_INFRA_KERNELS_TABLE_H
 
 #include "../fourier/Passes.h"
+#include "Resample.h"
 #include "qorn/infra/Cplx.h"
 
 namespace QORN::kernels {
