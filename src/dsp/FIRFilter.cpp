@@ -81,31 +81,23 @@ void FIRFilter::Apply(VecCplx64 &out, VecReal64 const &taps, VecCplx64 const &in
 }
 
 void FIRFilter::Apply(VecCplx32 &out, VecCplx32 const &taps, VecCplx32 const &in, bool centre) {
+  if (&out == &in || &out == &taps) {
+    const VecCplx32 copy(out);
+    Apply(out, &out == &taps ? copy : taps, &out == &in ? copy : in, centre);
+    return;
+  }
   const int count = taps.GetSize(), samples = in.GetSize();
   if (!HasTerms(out, count, samples)) return;
-  VecReal32 tapsRe, tapsIm;
-  Split(taps, tapsRe, tapsIm);
-  auto &[inRe, inIm, outRe, outIm] = m_scratch32;
-  Split(in, inRe, inIm);
-  DSPUtils::Conv(outRe, tapsRe, inRe);
-  DSPUtils::Conv(outIm, tapsRe, inIm);
-
-  // The products with the imaginary taps wait in the second half of out and in the place of the imaginary
-  // input, which the first of them has read. Then one pass adds and joins: it writes a block of out from 2 i
-  // on, in floats, and the product is read from n + i on, so it stays ahead.
-  const int n = outRe.GetSize();
-  out.Resize(n);
-  float *crossRe = &out.GetPtr()->re + n;
-  TargetLib::Conv_32f(tapsIm.GetPtr(), count, inIm.GetPtr(), samples, crossRe);
-  VecReal32 &crossIm = inIm;
-  DSPUtils::Conv(crossIm, tapsIm, inRe);
-  for (int i = 0; i < n; i += kBlock) {
-    const int block = std::min(kBlock, n - i);
-    TargetLib::Sub_32f_I(crossRe + i, outRe.GetPtr(i), block);
-    TargetLib::Add_32f_I(crossIm.GetPtr(i), outIm.GetPtr(i), block);
-    TargetLib::RealToCplx_32f(outRe.GetPtr(i), outIm.GetPtr(i), out.GetPtr(i), block);
-  }
-  Select(out, count, samples, centre);
+  // Correlation with the conjugate reversed is convolution. The kernel sums the products with real and with
+  // imaginary parts apart and adds the two sums in the end, as four real convolutions would, but reads the
+  // samples once. As in a real convolution, the shorter operand slides over the longer one.
+  const VecCplx32 &slider = count > samples ? in : taps, &still = count > samples ? taps : in;
+  const int n = slider.GetSize(), first = centre ? count / 2 : 0;
+  VecCplx32 reversed(n);
+  TargetLib::ConjFlip_32fc(slider.GetPtr(), reversed.GetPtr(), n);
+  out.Resize(samples);
+  TargetLib::CrossCorr_32fc(reversed.GetPtr(), n, still.GetPtr(), still.GetSize(), out.GetPtr(), samples,
+                            first - (n - 1));
 }
 
 void FIRFilter::Apply(VecCplx32 &out, VecCplx32 const &taps, VecReal32 const &in, bool centre) {

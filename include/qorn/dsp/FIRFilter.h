@@ -12,8 +12,9 @@ namespace QORN {
 /// Filters whole blocks by linear convolution, with taps that come with each call.
 ///
 /// Of T taps h and L samples x the full convolution is c[k] = sum over 0 <= i < T of h[i] * x[k - i], 0 <= k
-/// < T + L - 1, with x zero outside of the block: nothing is carried from one call to the next. It is made of
-/// real convolutions by DSPUtils::Conv, whose error bound holds for each of them.
+/// < T + L - 1, with x zero outside of the block: nothing is carried from one call to the next. A complex one
+/// is made of real ones: re = hr * xr - hi * xi, im = hr * xi + hi * xr. Method and error are those of
+/// TargetLib::Conv_32f and Conv_64f, for complex taps on complex samples those of CrossCorr_32fc.
 ///
 /// The object holds nothing but scratch vectors, which keep their capacity. It is for one thread at a time; a
 /// copy begins with scratch vectors of its own.
@@ -26,12 +27,14 @@ public:
 
   /// out[n] = c[n + T / 2] if centre is true, with T / 2 rounded down, so that a symmetric filter of odd
   /// length does not delay; out[n] = c[n] if it is false, the causal output. 0 <= n < L: out has the length
-  /// of in and lacks what c has before and behind. It is a view into T + L - 1 elements, see
-  /// BaseVector::Truncate. Without taps all of out is zero.
+  /// of in and lacks what c has before and behind. Without taps all of out is zero. With real taps, or real
+  /// samples, it is a view into T + L - 1 elements, see BaseVector::Truncate.
   ///
   /// out may be in or taps. Blocks of like size allocate nothing with real taps, but what the convolution
-  /// kernel itself may ask for; complex taps cost two temporary vectors of T floats. Throws QORNException
-  /// 11001 if there is no memory, also where T + L - 1 is beyond the lengths that a vector can have.
+  /// kernel itself may ask for. Complex taps cost temporary vectors: two of T floats on real samples; one of
+  /// the shorter operand's length on complex ones, and one more where out is an operand. Throws
+  /// QORNException 11001 if there is no memory, also where T + L - 1 is beyond the lengths that a vector can
+  /// have.
   ///@{
   void Apply(VecReal32 &out, VecReal32 const &taps, VecReal32 const &in, bool centre);
   void Apply(VecCplx32 &out, VecReal32 const &taps, VecCplx32 const &in, bool centre);
