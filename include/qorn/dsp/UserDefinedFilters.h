@@ -110,7 +110,7 @@ public:
   /// the points in float, the sum of points in double.
   ///
   /// out is empty if tapRate, ratio and their quotient are not all positive and finite, if F would be above
-  /// 2^22, or if the additions would be above 2^37, which is half a minute. out must not be user.
+  /// 2^22, or if the additions would be above 2^37, some ten seconds of work. out must not be user.
   static void ComputeResampledFilterTaps(VecCplx32 &out, VecCplx32 const &user, float tapRate, float ratio);
 };
 
