@@ -2,7 +2,9 @@
 #ifndef QORN_TESTS_SUPPORT_FILTERS_H
 #define QORN_TESTS_SUPPORT_FILTERS_H
 
+#include <cmath>
 #include <complex>
+#include <cstddef>
 #include <memory>
 #include <typeinfo>
 #include <vector>
