@@ -11,10 +11,9 @@
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "support/FourierReference.h"
+#include "support/Vectors.h"
 
 namespace QORN::test {
-
-template <class V> using ElementOf = std::decay_t<decltype(std::declval<V>()[0])>;
 
 template <class C> LongComplex ToLongComplex(const C &x) {
   if constexpr (std::is_class_v<C>) {

@@ -72,6 +72,7 @@ template <class T> void OverlapSave<T>::Run() {
 
 template class WorkArray<float>;
 template class WorkArray<double>;
+template class WorkArray<std::ptrdiff_t>;
 template class OverlapSave<float>;
 template class OverlapSave<double>;
 template const ComplexPlan<float> &SharedPlan<float>(int);

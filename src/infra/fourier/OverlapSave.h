@@ -70,6 +70,7 @@ private:
 
 extern template class WorkArray<float>;
 extern template class WorkArray<double>;
+extern template class WorkArray<std::ptrdiff_t>;
 extern template class OverlapSave<float>;
 extern template class OverlapSave<double>;
 

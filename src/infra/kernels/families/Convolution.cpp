@@ -28,10 +28,12 @@ template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<flo
 // one; so the error of a result does not grow with the number of its terms. Which products make a short sum
 // depends on the number of taps alone, not on the place of the result. A block of results stays in registers
 // while all taps run over it. In full groups of taps the four lie a cache line apart, so that what is loaded
-// for one serves its neighbours.
+// for one serves its neighbours; the taps that are left make smaller groups, in which the four lie closer.
 //
-// Complex signals are taken as the scalars that they are, kParts to an element; for them, the products with
-// the taps' real parts and those with their imaginary parts are summed apart and meet in the end.
+// Complex signals are taken as the scalars that they are. With real taps, their parts are two real signals
+// whose values lie kStride = 2 scalars apart, and every part has the bits that it would have alone. Complex
+// taps have kParts = 2 scalars: the products with their real parts and those with their imaginary parts are
+// summed apart and meet in the end.
 
 constexpr int kChain = 4;
 
@@ -64,15 +66,17 @@ template <class T, int kParts, int kRegisters> struct Sums {
   Wide<T> byRe[kRegisters], byIm[kParts == 2 ? kRegisters : 1];
 };
 
-// re and im = kTaps products: of taps k, k + apart, ..., with the scalars from x on, which belong to tap k.
-template <class T, int kParts, int kRegisters, int kTaps, class Tap>
-[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Index apart, const T *x, Register<T> *re,
+// re and im = kTaps products: of taps k, k + kApart, ..., where signal(k) are the scalars that belong to
+// tap k, from the one of the block's first result on.
+template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, class Tap, class Signal>
+[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Signal signal, Register<T> *re,
                                             Register<T> *im) {
   Unroll<kRegisters>([&](auto r) { re[r] = im[r] = Register<T>{}; });
   Unroll<kTaps>([&](auto p) {
-    const auto weight = tap(k + p * apart);
+    const auto weight = tap(k + p * kTapsApart);
+    const T *const x = signal(k + p * kTapsApart);
     Unroll<kRegisters>([&](auto r) {
-      const auto values = Load<Register<T>>(x + p * apart * kParts + r * kPerRegister<T>);
+      const auto values = Load<Register<T>>(x + r * kPerRegister<T>);
       if constexpr (kParts == 1) {
         re[r] = MulAdd(Broadcast<Register<T>>(weight), values, re[r]);
       } else {
@@ -83,15 +87,16 @@ template <class T, int kParts, int kRegisters, int kTaps, class Tap>
   });
 }
 
-// Adds kChains short sums, of taps `step` apart.
-template <class T, int kParts, int kRegisters, int kTaps, int kChains, class Tap>
-[[gnu::always_inline]] inline void AddChains(Tap tap, Index k, Index apart, Index step, const T *x,
+// Adds the sum of the short sums from tap k and, if kChains is 2, from tap k + 1 on.
+template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kChains, class Tap,
+          class Signal>
+[[gnu::always_inline]] inline void AddChains(Tap tap, Index k, Signal signal,
                                              Sums<T, kParts, kRegisters> &sums) {
   Register<T> re[kRegisters], im[kRegisters];
-  SumChain<T, kParts, kRegisters, kTaps>(tap, k, apart, x, re, im);
+  SumChain<T, kParts, kRegisters, kTaps, kTapsApart>(tap, k, signal, re, im);
   if constexpr (kChains == 2) {
     Register<T> re2[kRegisters], im2[kRegisters];
-    SumChain<T, kParts, kRegisters, kTaps>(tap, k + step, apart, x + step * kParts, re2, im2);
+    SumChain<T, kParts, kRegisters, kTaps, kTapsApart>(tap, k + 1, signal, re2, im2);
     Unroll<kRegisters>([&](auto r) { re[r] += re2[r], im[r] += im2[r]; });
   }
   Unroll<kRegisters>([&](auto r) {
@@ -100,31 +105,34 @@ template <class T, int kParts, int kRegisters, int kTaps, int kChains, class Tap
   });
 }
 
-// Full groups of taps from k on, then what is left of fewer than a group.
-template <class T, int kParts> constexpr Index kGroup = kChain *kApart<T> / kParts;
+// The taps k to end - 1: groups of kChain times kTapsApart as far as they go, then smaller ones.
+template <class T, int kParts> constexpr int kFullApart = kApart<T> / kParts;
 
-template <class T, int kParts, int kRegisters, class Tap>
-[[gnu::always_inline]] inline void AddGroup(Tap tap, Index k, const T *x, Sums<T, kParts, kRegisters> &sums) {
-  constexpr Index kTapsApart = kApart<T> / kParts;
-  for (Index j = 0; j < kTapsApart; j += 2)
-    AddChains<T, kParts, kRegisters, kChain, 2>(tap, k + j, kTapsApart, 1, x + j * kParts, sums);
-}
-
-template <class T, int kParts, int kRegisters, class Tap>
-[[gnu::always_inline]] inline void AddRest(Tap tap, Index k, Index taps, const T *x,
+template <int kTapsApart, class T, int kParts, int kRegisters, class Tap, class Signal>
+[[gnu::always_inline]] inline void AddTaps(Tap tap, Index k, Index end, Signal signal,
                                            Sums<T, kParts, kRegisters> &sums) {
-  for (; k + 2 * kChain <= taps; k += 2 * kChain, x += 2 * kChain * kParts)
-    AddChains<T, kParts, kRegisters, kChain, 2>(tap, k, 1, kChain, x, sums);
-  for (; k < taps; ++k, x += kParts) AddChains<T, kParts, kRegisters, 1, 1>(tap, k, 1, 1, x, sums);
+  for (; k + kChain * kTapsApart <= end; k += kChain * kTapsApart) {
+    for (Index j = 0; j < kTapsApart; j += 2)
+      AddChains<T, kParts, kRegisters, kChain, kTapsApart, 2>(tap, k + j, signal, sums);
+  }
+  if constexpr (kTapsApart > 2) {
+    AddTaps<kTapsApart / 2>(tap, k, end, signal, sums);
+  } else {
+    if (k + 4 <= end) {
+      AddChains<T, kParts, kRegisters, 2, 2, 2>(tap, k, signal, sums);
+      k += 4;
+    }
+    for (; k < end; ++k) AddChains<T, kParts, kRegisters, 1, 1, 1>(tap, k, signal, sums);
+  }
 }
 
 // Where a group of taps reaches beyond an end of x, and a tap is not finite: a term from outside x must be
 // left out rather than multiplied by zero, since an infinite tap must not reach results to which it does not
 // belong.
-template <class T, int kParts, int kRegisters, class Tap>
+template <class T, int kParts, int kStride, int kRegisters, class Tap>
 [[gnu::noinline]] void AddSparingly(Tap tap, Index k, Index end, const T *x, Index len, Index at,
                                     Sums<T, kParts, kRegisters> &sums) {
-  for (; k < end; ++k, at += kParts) {
+  for (; k < end; ++k, at += kStride) {
     const auto weight = tap(k);
     for (int r = 0; r < kRegisters; ++r) {
       Register<T> re{};
@@ -158,40 +166,9 @@ template <class Tap> inline bool AllFinite(Tap tap, Index k, Index end) {
   return true;
 }
 
-template <class T, int kParts, int kRegisters, class Tap>
-void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *dst) {
-  constexpr int kWidth = kRegisters * kPerRegister<T>;
-  Sums<T, kParts, kRegisters> sums;
-  for (Index k = 0; k < taps;) {
-    const bool whole = taps - k >= kGroup<T, kParts>;
-    const Index end = whole ? k + kGroup<T, kParts> : taps;
-    // What these taps need: `size` scalars from `at` on.
-    const Index at = start + k * kParts, size = (end - k - 1) * kParts + kWidth;
-    const T *values = x + at;
-    T padded[kChain * kApart<T> + kWidth];
-    if (at < 0 || at + size > len) {
-      const Index first = at < 0 ? -at : 0, last = at + size > len ? len - at : size;
-      if (first >= last) {
-        k = end;
-        continue;
-      }
-      if (!AllFinite(tap, k, end)) {
-        AddSparingly<T, kParts, kRegisters>(tap, k, end, x, len, at, sums);
-        k = end;
-        continue;
-      }
-      for (Index i = 0; i < first; ++i) padded[i] = 0;
-      for (Index i = first; i < last; ++i) padded[i] = x[at + i];
-      for (Index i = last; i < size; ++i) padded[i] = 0;
-      values = padded;
-    }
-    if (whole) {
-      AddGroup<T, kParts, kRegisters>(tap, k, values, sums);
-    } else {
-      AddRest<T, kParts, kRegisters>(tap, k, taps, values, sums);
-    }
-    k = end;
-  }
+// Adds up the parts of the results' sums.
+template <class T, int kParts, int kRegisters>
+[[gnu::always_inline]] inline void StoreResults(const Sums<T, kParts, kRegisters> &sums, T *dst) {
   for (int r = 0; r < kRegisters; ++r) {
     Register<T> result = sums.byRe[r].Value();
     if constexpr (kParts == 2) { // conj(tap) x = (re x.re + im x.im, re x.im - im x.re)
@@ -203,6 +180,40 @@ void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *
     }
     Store(dst + r * kPerRegister<T>, result);
   }
+}
+
+template <class T, int kParts, int kStride, int kRegisters, class Tap>
+void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *dst) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  constexpr int kFull = kFullApart<T, kParts>;
+  Sums<T, kParts, kRegisters> sums;
+  for (Index k = 0; k < taps;) {
+    const Index end = taps - k >= kChain * kFull ? k + kChain * kFull : taps;
+    // What these taps need: `size` scalars from `at` on.
+    const Index at = start + k * kStride, size = (end - k - 1) * kStride + kWidth;
+    const T *values = x + at;
+    T padded[kChain * kFull * kStride + kWidth];
+    if (at < 0 || at + size > len) {
+      const Index first = at < 0 ? -at : 0, last = at + size > len ? len - at : size;
+      if (first >= last) {
+        k = end;
+        continue;
+      }
+      if (!AllFinite(tap, k, end)) {
+        AddSparingly<T, kParts, kStride, kRegisters>(tap, k, end, x, len, at, sums);
+        k = end;
+        continue;
+      }
+      for (Index i = 0; i < first; ++i) padded[i] = 0;
+      for (Index i = first; i < last; ++i) padded[i] = x[at + i];
+      for (Index i = last; i < size; ++i) padded[i] = 0;
+      values = padded;
+    }
+    AddTaps<kFull>(
+        tap, k, end, [=](Index i) { return values + (i - k) * kStride; }, sums);
+    k = end;
+  }
+  StoreResults(sums, dst);
 }
 
 // As many registers of results as leave some for the taps and the signal.
@@ -218,13 +229,13 @@ void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, 
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   Index done = 0;
   for (; done + kWidth <= count; done += kWidth) {
-    CorrelateBlock<T, kParts, kRegisters>(tap, taps, x, len, start + done, dst + done);
+    CorrelateBlock<T, kParts, kParts, kRegisters>(tap, taps, x, len, start + done, dst + done);
   }
   if constexpr (kRegisters > 1) {
     Correlate<T, kParts, kRegisters / 2>(tap, taps, x, len, start + done, dst + done, count - done);
   } else if (done < count) {
     T last[kWidth];
-    CorrelateBlock<T, kParts, 1>(tap, taps, x, len, start + done, last);
+    CorrelateBlock<T, kParts, kParts, 1>(tap, taps, x, len, start + done, last);
     __builtin_memcpy(dst + done, last, sizeof(T) * static_cast<std::size_t>(count - done));
   }
 }
@@ -248,6 +259,58 @@ template <class T> void Conv(const T *src1, int len1, const T *src2, int len2, T
   const Index last = len1 - 1;
   const auto tap = [=](Index k) { return src1[last - k]; };
   Correlate<T, 1>(tap, len1, src2, len2, -last, dst, last + len2);
+}
+
+// Filters: dst[n] = sum over k of tap(k) * x[n + k * kStride], all in scalars. The last results come first,
+// so that dst may lie over x, before the end of what its own result needs.
+template <class T, int kParts, int kStride, int kRegisters = kResultRegisters<kParts>, class Tap>
+void CorrelateBackwards(Tap tap, Index taps, const T *x, Index len, T *dst, Index count) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  for (; count >= kWidth; count -= kWidth) {
+    const Index first = count - kWidth;
+    CorrelateBlock<T, kParts, kStride, kRegisters>(tap, taps, x, len, first, dst + first);
+  }
+  if constexpr (kRegisters > 1) {
+    CorrelateBackwards<T, kParts, kStride, kRegisters / 2>(tap, taps, x, len, dst, count);
+  } else if (count > 0) {
+    T last[kWidth];
+    CorrelateBlock<T, kParts, kStride, 1>(tap, taps, x, len, 0, last);
+    __builtin_memcpy(dst, last, sizeof(T) * static_cast<std::size_t>(count));
+  }
+}
+
+template <int kStride> void Fir(const float *taps, Index tapCount, const float *x, float *dst, Index count) {
+  const auto tap = [taps](Index k) { return taps[k]; };
+  CorrelateBackwards<float, 1, kStride>(tap, tapCount, x, kStride * (count + tapCount - 1), dst,
+                                        kStride * count);
+}
+
+void FirCplx(const Cplx32 *taps, Index tapCount, const float *x, float *dst, Index count) {
+  const auto tap = [taps](Index k) { return taps[k]; };
+  CorrelateBackwards<float, 2, 2>(tap, tapCount, x, 2 * (count + tapCount - 1), dst, 2 * count);
+}
+
+// The same with the scalars of tap k at x[offsets[k] + n]: what a filter needs of which not every result is
+// wanted, the signal being laid out so that those wanted are neighbours. From each place on a block of
+// results is read.
+template <class T, int kRegisters = kResultRegisters<1>>
+void CorrelateDown(const T *taps, Index tapCount, const T *x, const Index *offsets, T *dst, Index count) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  const auto block = [&](T *results) {
+    Sums<T, 1, kRegisters> sums;
+    const auto tap = [taps](Index k) { return taps[k]; };
+    AddTaps<kFullApart<T, 1>>(
+        tap, 0, tapCount, [=](Index k) { return x + offsets[k]; }, sums);
+    StoreResults(sums, results);
+  };
+  for (; count >= kWidth; count -= kWidth, x += kWidth, dst += kWidth) block(dst);
+  if constexpr (kRegisters > 1) {
+    CorrelateDown<T, kRegisters / 2>(taps, tapCount, x, offsets, dst, count);
+  } else if (count > 0) {
+    T last[kWidth];
+    block(last);
+    __builtin_memcpy(dst, last, sizeof(T) * static_cast<std::size_t>(count));
+  }
 }
 
 // Around the transforms: blocks of complex doubles, in which a pair of real blocks are the real and the

@@ -1,0 +1,146 @@
+#include "StreamingFir.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "kernels/Levels.h"
+
+namespace QORN {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+using kernels::active;
+
+template <class T> constexpr Index kScalars = sizeof(T) / sizeof(float);
+
+float Conjugate(float x) { return x; }
+Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
+
+const float *Scalars(const Cplx32 *x) { return reinterpret_cast<const float *>(x); }
+float *Scalars(Cplx32 *x) { return reinterpret_cast<float *>(x); }
+
+void Direct(const float *taps, Index count, const float *x, float *dst, Index len) {
+  active->Fir_32f(taps, count, x, dst, len);
+}
+void Direct(const float *taps, Index count, const Cplx32 *x, Cplx32 *dst, Index len) {
+  active->Fir_32f32fc(taps, count, Scalars(x), Scalars(dst), len);
+}
+void Direct(const Cplx32 *taps, Index count, const Cplx32 *x, Cplx32 *dst, Index len) {
+  active->Fir_32fc(taps, count, Scalars(x), Scalars(dst), len);
+}
+
+} // namespace
+
+template <class Tap>
+StreamingFir<Tap>::StreamingFir(const Tap *taps, int count)
+    : m_last(count - 1), m_taps(count * kScalars<Tap>), m_joint(2 * 2 * m_last), m_next(2 * m_last) {
+  Tap *const last = reinterpret_cast<Tap *>(m_taps.Data()) + m_last;
+  for (Index k = 0; k < count; ++k) *(last - k) = Conjugate(taps[k]);
+}
+
+template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in, E *out, Index len) {
+  RunDirectly(in, out, len);
+}
+
+// Only the outputs whose sums reach into the past are computed from a copy of their samples.
+template <class Tap> template <class E> void StreamingFir<Tap>::RunDirectly(const E *in, E *out, Index len) {
+  E *const past = Past<E>();
+  const Index head = std::min(len, m_last);
+  std::copy_n(in, head, past + m_last);
+  if (len <= m_last) {
+    Direct(Taps(), m_last + 1, past, out, len);
+    std::copy_n(past + len, m_last, past);
+    return;
+  }
+  // Before the samples are written over.
+  E *const next = reinterpret_cast<E *>(m_next.Data());
+  std::copy_n(in + (len - m_last), m_last, next);
+  Direct(Taps(), m_last + 1, in, out + m_last, len - m_last);
+  Direct(Taps(), m_last + 1, past, out, head);
+  std::copy_n(next, m_last, past);
+}
+
+template class StreamingFir<float>;
+template class StreamingFir<Cplx32>;
+template void StreamingFir<float>::Run(const float *, float *, Index);
+template void StreamingFir<float>::Run(const Cplx32 *, Cplx32 *, Index);
+template void StreamingFir<Cplx32>::Run(const Cplx32 *, Cplx32 *, Index);
+
+namespace {
+
+// Outputs between two fillings of the streams: so many that filling takes little time, and so few that the
+// streams stay in the nearest cache.
+Index Chunk(Index streams) { return std::clamp(Index{4096} / streams, Index{16}, Index{256}); }
+
+constexpr Index kSlack = 16; // scalars that the kernel reads behind them
+
+// dst[i] = src[i * factor].
+void Sample(const float *src, float *dst, Index count, Index factor) {
+  for (Index i = 0; i < count; ++i) dst[i] = src[i * factor];
+}
+void Sample(const Cplx32 *src, Cplx32 *dst, Index count, Index factor) {
+  for (Index i = 0; i < count; ++i) dst[i] = src[i * factor];
+}
+
+} // namespace
+
+// Output i has x[i * decimation + phase - k] under tap k; so with m_first = phase - (T - 1), the tap in place
+// j of the reversed ones has value i + j / decimation of stream j % decimation, which holds x[m * decimation
+// + m_first + j % decimation], m = 0, 1, ...
+DecimatingFir::DecimatingFir(const float *taps, int count, int decimation, int phase)
+    : m_taps(count), m_decimation(decimation), m_first(phase - (m_taps - 1)),
+      m_streams(std::min(m_taps, m_decimation)), m_overlap((m_taps - 1) / m_decimation),
+      m_chunk(Chunk(m_streams)), m_stride((m_overlap + m_chunk + kSlack) / kSlack * kSlack),
+      m_reversed(m_taps), m_data(2 * (m_streams * m_stride + kSlack)), m_past(2 * m_taps), m_next(2 * m_taps),
+      m_offsets(m_taps), m_cplxOffsets(m_taps) {
+  std::reverse_copy(taps, taps + count, m_reversed.Data());
+  for (Index j = 0; j < m_taps; ++j) {
+    m_offsets.Data()[j] = j % m_decimation * m_stride + j / m_decimation;
+    m_cplxOffsets.Data()[j] = 2 * m_offsets.Data()[j];
+  }
+}
+
+// Values from to from + count - 1 of each stream, written from value `at` of it on. Those that would be
+// beyond the end of the block are not used.
+template <class E> void DecimatingFir::Fill(const E *in, Index len, Index from, Index count, Index at) {
+  E *const data = reinterpret_cast<E *>(m_data.Data());
+  const E *const end = Past<E>() + m_taps; // what stands before in[0]
+  for (Index s = 0; s < m_streams; ++s) {
+    E *const values = data + s * m_stride + at;
+    const Index first = from * m_decimation + m_first + s;
+    const Index all = first >= len ? 0 : std::min(count, (len - first + m_decimation - 1) / m_decimation);
+    const Index old = first >= 0 ? 0 : std::min(all, (-first + m_decimation - 1) / m_decimation);
+    Sample(end + first, values, old, m_decimation);
+    Sample(in + (first + old * m_decimation), values + old, all - old, m_decimation);
+  }
+}
+
+template <class E> void DecimatingFir::Run(const E *in, E *out, Index count) {
+  constexpr Index kParts = kScalars<E>;
+  // Before the samples are written over.
+  E *const past = Past<E>(), *const next = reinterpret_cast<E *>(m_next.Data());
+  const Index len = count * m_decimation, fresh = std::min(len, m_taps);
+  std::copy(past + fresh, past + m_taps, next);
+  std::copy_n(in + (len - fresh), fresh, next + (m_taps - fresh));
+
+  const Index *const offsets = kParts == 1 ? m_offsets.Data() : m_cplxOffsets.Data();
+  E *const data = reinterpret_cast<E *>(m_data.Data());
+  Fill(in, len, 0, m_overlap, 0);
+  for (Index done = 0; done < count; done += m_chunk) {
+    const Index size = std::min(m_chunk, count - done);
+    Fill(in, len, done + m_overlap, size, m_overlap);
+    active->FirDown_32f(m_reversed.Data(), m_taps, m_data.Data(), offsets,
+                        reinterpret_cast<float *>(out + done), kParts * size);
+    for (Index s = 0; s < m_streams; ++s) {
+      E *const values = data + s * m_stride;
+      std::copy_n(values + size, m_overlap, values);
+    }
+  }
+  std::copy_n(next, m_taps, past);
+}
+
+template void DecimatingFir::Run(const float *, float *, Index);
+template void DecimatingFir::Run(const Cplx32 *, Cplx32 *, Index);
+
+} // namespace QORN
