@@ -61,7 +61,7 @@ struct ArbRateResampler::Design {
   Design(double ratio, float window, int nStep, float rollf, float alpha);
 
   kernels::ResampleTable Table() const {
-    return {points.GetPtr(), length, nStep, gain, rows.GetPtr(), wing, stride, lead};
+    return {points.GetPtr(), length, nStep, gain, rows.GetPtr() + zeros, wing, stride, pitch};
   }
 
   void MakePoints(float rollf, float alpha);
@@ -73,18 +73,18 @@ struct ArbRateResampler::Design {
   VecReal32 points; // one more than length, which is zero: the last interval falls to it
   Index wing;
   Index stride;
-  Index lead;
+  Index zeros; // before and behind each row
+  Index pitch;
   VecReal32 rows;
 };
 
 ArbRateResampler::Design::Design(double ratio, float window, int steps, float rollf, float alpha)
     : nStep(steps), length(PointsOf(window, steps)), wing(length > 0 ? (length - 1) / steps + 1 : 0) {
-  constexpr Index kLanes = kernels::kResampleLanes;
-  const bool widens = !(ratio < 1.0);
-  stride = widens ? RoundedUp(2 * wing, kLanes) : 2 * wing + kLanes - 1;
-  lead = widens ? wing : wing + kLanes - 1;
+  stride = RoundedUp(2 * wing, kernels::kResampleLanes);
+  zeros = ratio < 1.0 ? kernels::kResampleZeros : 0;
+  pitch = ratio < 1.0 ? 2 * wing + zeros : stride;
   if (length == 0) return;
-  rows.Resize(Saturated(4 * static_cast<Index>(nStep) * stride + kLanes));
+  rows.Resize(Saturated(4 * static_cast<Index>(nStep) * pitch + 2 * zeros));
   MakePoints(rollf, alpha);
   MakeRows();
 }
@@ -122,7 +122,7 @@ void ArbRateResampler::Design::MakePoints(float rollf, float alpha) {
 void ArbRateResampler::Design::MakeRows() {
   const float *h = points.GetPtr();
   for (int row = 0; row < 2 * nStep; ++row) {
-    float *values = rows.GetPtr() + 2 * row * stride + lead, *slopes = values + stride;
+    float *values = rows.GetPtr() + zeros + 2 * row * pitch + wing, *slopes = values + pitch;
     const int between = row % 2;
     for (Index y = -wing; y < wing; ++y) {
       const Index point = row / 2 + nStep * y, near = point < 0 ? -point : point;
@@ -145,18 +145,19 @@ ArbRateResampler::ArbRateResampler(double ratio, float window, int nStep, float 
     : m_window(window), m_nStep(nStep), m_alpha(alpha), m_rollf(rollf), m_ratio(ratio),
       m_history(HistoryOf(window, ratio)),
       m_design(std::make_unique<Design>(ratio, window, nStep, rollf, alpha)) {
-  if (!(ratio < 1.0)) m_edge.Resize(static_cast<int>(2 * m_design->stride));
+  const Index rows = ratio < 1.0 ? kernels::kResampleRows : 2;
+  m_scratch.Resize(Saturated(2 * m_design->zeros + rows * m_design->pitch));
 }
 
 ArbRateResampler::ArbRateResampler(const ArbRateResampler &other)
     : m_window(other.m_window), m_nStep(other.m_nStep), m_alpha(other.m_alpha), m_rollf(other.m_rollf),
       m_ratio(other.m_ratio), m_history(other.m_history), m_design(std::make_unique<Design>(*other.m_design)),
-      m_edge(other.m_edge), m_useAlternate(other.m_useAlternate) {}
+      m_scratch(other.m_scratch), m_useAlternate(other.m_useAlternate) {}
 
 ArbRateResampler &ArbRateResampler::operator=(const ArbRateResampler &other) {
   // What can fail comes first: it changes nothing but scratch.
   auto design = std::make_unique<Design>(*other.m_design);
-  m_edge = other.m_edge;
+  m_scratch = other.m_scratch;
   m_window = other.m_window;
   m_nStep = other.m_nStep;
   m_alpha = other.m_alpha;
@@ -215,6 +216,7 @@ template <class V> double ArbRateResampler::Run(V &dst, int size, const V &src, 
   const kernels::Table &kernel = *kernels::active;
   const auto *from = src.GetPtr();
   auto *to = dst.GetPtr();
+  float *scratch = m_scratch.GetPtr();
   const int n = src.GetSize();
   if (table.length == 0 || n < 1) {
     dst.SetZero();
@@ -222,17 +224,17 @@ template <class V> double ArbRateResampler::Run(V &dst, int size, const V &src, 
     if (m_useAlternate) {
       kernel.ResampleWide_32f(table, from, n, time, step, to, outputs);
     } else if (m_ratio < 1.0) {
-      kernel.ResampleDown_32f(table, from, n, time, step, m_ratio, to, outputs);
+      kernel.ResampleDown_32f(table, from, n, time, step, m_ratio, to, outputs, scratch);
     } else {
-      kernel.ResampleUp_32f(table, from, n, time, step, to, outputs, m_edge.GetPtr());
+      kernel.ResampleUp_32f(table, from, n, time, step, to, outputs, scratch);
     }
   } else {
     if (m_useAlternate) {
       kernel.ResampleWide_32fc(table, from, n, time, step, to, outputs);
     } else if (m_ratio < 1.0) {
-      kernel.ResampleDown_32fc(table, from, n, time, step, m_ratio, to, outputs);
+      kernel.ResampleDown_32fc(table, from, n, time, step, m_ratio, to, outputs, scratch);
     } else {
-      kernel.ResampleUp_32fc(table, from, n, time, step, to, outputs, m_edge.GetPtr());
+      kernel.ResampleUp_32fc(table, from, n, time, step, to, outputs, scratch);
     }
   }
   return next;

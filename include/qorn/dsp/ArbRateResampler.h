@@ -119,7 +119,7 @@ private:
   double m_ratio;
   int m_history;
   std::unique_ptr<const Design> m_design;
-  VecReal32 m_edge; // samples around an instant near an end of the source
+  VecReal32 m_scratch;
   bool m_useAlternate = false;
 };
 

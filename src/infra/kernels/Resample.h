@@ -21,19 +21,24 @@ struct ResampleTable {
   std::ptrdiff_t length; // points of the wing
   int nStep;
   float gain;
-  const float *rows;   // rows[(2 * row) * stride + lead + y] is a value, stride floats on is its slope
-  std::ptrdiff_t wing; // length / nStep, rounded up
-  std::ptrdiff_t stride;
-  std::ptrdiff_t lead;
+  const float *rows;     // rows[2 * row * pitch + wing + y] is a value, pitch floats on is its slope
+  std::ptrdiff_t wing;   // length / nStep, rounded up
+  std::ptrdiff_t stride; // 2 * wing, rounded up to a multiple of kResampleLanes
+  std::ptrdiff_t pitch;  // stride; for a ratio below 1, 2 * wing + kResampleZeros
 };
 
 /// Places closer than this to a table point count as on it, so that the rounding of a time does not decide
 /// between two points.
 inline constexpr double kOnPoint = 1e-5;
 
-/// Outputs that the narrowing kernel forms side by side: rows have so many zeros less one before and behind
-/// their values. The widening kernel takes rows of a multiple of it.
+/// Taps, and in the narrowing kernel outputs, that are treated side by side.
 inline constexpr int kResampleLanes = 16;
+
+/// Zeros before and behind the 2 * wing elements of each row for the narrowing kernel.
+inline constexpr std::ptrdiff_t kResampleZeros = 34;
+
+/// Rows that the narrowing kernel has scratch memory for, with zeros before, between and behind them.
+inline constexpr std::ptrdiff_t kResampleRows = 16;
 
 /// The instants start + j * step, each rounded once, or nearly so: a sum of steps would drift away over a
 /// long record. The step is split so that its product with an int is exact.

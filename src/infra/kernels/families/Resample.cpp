@@ -25,24 +25,47 @@ inline Index Floor(double x) {
   return static_cast<double>(whole) > x ? whole - 1 : whole;
 }
 
+// What the rounding of a time may leave of a place on a point.
+constexpr double kNoise = 1e-10;
+
 // A place on the filter, given as x >= 0 in units of nStep points.
 struct Place {
   Place(double x, int nStep) : period(static_cast<int>(x)) {
     const double points = (x - period) * nStep;
-    phase = static_cast<int>(points + kOnPoint);
+    const int phase = static_cast<int>(points + kOnPoint);
     between = points - phase;
-    row = 2 * phase + (between > kOnPoint ? 1 : 0);
-    if (phase == nStep) row = phase = 0, ++period; // rounded up to the first point of the next period
+    if (between < kNoise && between > -kNoise) between = 0.0;
+    const bool isNext = phase == nStep; // rounded up to the first point of the next period
+    row = isNext ? 0 : 2 * phase + (between > kOnPoint ? 1 : 0);
+    period += isNext ? 1 : 0;
   }
 
-  int period, phase, row;
+  int period, row;
   double between;
 };
 
+// Places that are found at a time, in a loop of their own.
+constexpr int kPlaces = 256;
+
+struct Places {
+  // Of place(0) to place(count - 1).
+  template <class X> [[gnu::always_inline]] void Find(Index count, int nStep, X x) {
+    for (Index k = 0; k < count; ++k) {
+      const Place place(x(k), nStep);
+      period[k] = place.period;
+      row[k] = place.row;
+      between[k] = static_cast<float>(place.between);
+    }
+  }
+
+  int period[kPlaces], row[kPlaces];
+  float between[kPlaces];
+};
+
 // Whether the wing reaches element y of a row.
-inline bool IsInReach(const ResampleTable &table, const Place &place, Index y) {
-  const Index point = place.phase + table.nStep * y;
-  return point < table.length && point > -table.length - place.row % 2;
+inline bool IsInReach(const ResampleTable &table, int row, Index y) {
+  const Index point = row / 2 + table.nStep * y;
+  return point < table.length && point > -table.length - row % 2;
 }
 
 // Ratio of 1 or more: an output is the product of one row with the samples around its instant.
@@ -69,12 +92,28 @@ template <class V> inline V TwiceHigh(V x) {
 }
 
 // The lanes, added in halves until kParts are left.
-template <int kParts, int kCount> inline void Fold(const float (&lanes)[kCount], float *dst) {
-  if constexpr (kCount == kParts) {
-    for (int part = 0; part < kParts; ++part) dst[part] = lanes[part];
+template <int kParts, class V> [[gnu::always_inline]] inline void Fold(V lanes, float *dst) {
+  constexpr int kCount = sizeof(V) / sizeof(float);
+  using Half = Vec<float, kCount / 2>;
+  if constexpr (kCount > 4) {
+    Half halves[2];
+    __builtin_memcpy(halves, &lanes, sizeof lanes);
+    Fold<kParts>(halves[0] + halves[1], dst);
+  } else if constexpr (kParts == 2) {
+    dst[0] = lanes[0] + lanes[2];
+    dst[1] = lanes[1] + lanes[3];
   } else {
-    float folded[kCount / 2];
-    for (int i = 0; i < kCount / 2; ++i) folded[i] = lanes[i] + lanes[i + kCount / 2];
+    dst[0] = (lanes[0] + lanes[2]) + (lanes[1] + lanes[3]);
+  }
+}
+
+template <int kParts, int kCount>
+[[gnu::always_inline]] inline void Fold(const Floats (&registers)[kCount], float *dst) {
+  if constexpr (kCount == 1) {
+    Fold<kParts>(registers[0], dst);
+  } else {
+    Floats folded[kCount / 2];
+    Unroll<kCount / 2>([&](auto r) { folded[r] = registers[r] + registers[r + kCount / 2]; });
     Fold<kParts>(folded, dst);
   }
 }
@@ -97,24 +136,24 @@ inline void Product(const float *values, const float *slopes, float a, Index cou
       }
     });
   }
-  float lanes[kOutputs * kParts];
-  Unroll<kRegisters * kParts>([&](auto r) { Store(lanes + r * kWidth, sums[r]); });
-  Fold<kParts>(lanes, dst);
+  Fold<kParts>(sums, dst);
 }
 
 // The same without what the wings do not reach.
 template <int kParts>
-void ProductInReach(const ResampleTable &table, const Place &place, const float *values, float a,
-                    const float *src, float *dst) {
+void ProductInReach(const ResampleTable &table, int row, float a, const float *src, float *dst) {
+  const float *values = table.rows + 2 * table.pitch * row;
   float lanes[kOutputs * kParts] = {};
   for (Index i = 0; i < 2 * table.wing; ++i) {
-    if (!IsInReach(table, place, i - table.wing)) continue;
-    const float tap = values[i] + Rounded(a * values[table.stride + i]);
+    if (!IsInReach(table, row, i - table.wing)) continue;
+    const float tap = values[i] + Rounded(a * values[table.pitch + i]);
     for (int part = 0; part < kParts; ++part) {
       lanes[i % kOutputs * kParts + part] += Rounded(tap * src[i * kParts + part]);
     }
   }
-  Fold<kParts>(lanes, dst);
+  Floats registers[kRegisters * kParts];
+  __builtin_memcpy(registers, lanes, sizeof lanes);
+  Fold<kParts>(registers, dst);
 }
 
 template <int kParts> inline bool IsFinite(const float *x) {
@@ -135,137 +174,202 @@ template <int kParts> void CopyInside(const float *src, Index len, Index first, 
   }
 }
 
-// window has room for table.stride elements.
+// scratch has room for table.stride elements.
 template <int kParts>
 void Widen(const ResampleTable &table, const float *src, Index len, double time, double step, float *dst,
-           Index count, float *window) {
+           Index count, float *scratch) {
   const Instants instants(time, step);
-  for (Index j = 0; j < count; ++j, dst += kParts) {
-    const double t = instants[j];
-    const Index i = Floor(t);
-    // The sample after the instant lies `1 - fraction` behind it: the place of the row's element 0.
-    const Place place(1.0 - (t - static_cast<double>(i)), table.nStep);
-    const auto a = static_cast<float>(place.between);
-    const float *values = table.rows + 2 * table.stride * place.row;
-    const Index first = i + 1 - place.period - table.wing;
-    const float *samples = window;
-    if (first >= 0 && first <= len - table.stride) {
-      samples = src + first * kParts;
-    } else {
-      CopyInside<kParts>(src, len, first, table.stride, window);
+  Places places;
+  for (Index done = 0; done < count; done += kPlaces) {
+    const Index outputs = count - done < kPlaces ? count - done : kPlaces;
+    double t[kPlaces];
+    for (Index j = 0; j < outputs; ++j) t[j] = instants[done + j];
+    // The sample behind an instant lies `1 - fraction` after it: the place of the row's element 0.
+    Index before[kPlaces];
+    for (Index j = 0; j < outputs; ++j) before[j] = Floor(t[j]);
+    places.Find(outputs, table.nStep, [&](Index j) { return 1.0 - (t[j] - static_cast<double>(before[j])); });
+    for (Index j = 0; j < outputs; ++j, dst += kParts) {
+      const float a = places.between[j];
+      const float *values = table.rows + 2 * table.pitch * places.row[j];
+      const Index first = before[j] + 1 - places.period[j] - table.wing;
+      const float *samples = scratch;
+      if (first >= 0 && first <= len - table.stride) {
+        samples = src + first * kParts;
+      } else {
+        CopyInside<kParts>(src, len, first, table.stride, scratch);
+      }
+      Product<kParts>(values, values + table.pitch, a, table.stride, samples, dst);
+      if (!IsFinite<kParts>(dst)) ProductInReach<kParts>(table, places.row[j], a, samples, dst);
     }
-    Product<kParts>(values, values + table.stride, a, table.stride, samples, dst);
-    if (!IsFinite<kParts>(dst)) ProductInReach<kParts>(table, place, values, a, samples, dst);
   }
 }
 
 // Ratio below 1: the filter's points stand step / nStep input samples apart, so that outputs are exactly
 // nStep points apart. One sample therefore meets all outputs at one phase: it adds the multiples of a single
-// row to consecutive outputs.
+// row to consecutive outputs. Outputs are taken a group at a time, also where the wings end: zeros stand
+// before and behind each row.
 
-constexpr int kPart = 512; // outputs that are kept at a time, a multiple of kOutputs
-constexpr int kTile = 128; // samples whose places are kept at a time, and whose sum is formed apart: long
-                           // sums in pieces round less
+// As many outputs as leave registers for the taps and the samples.
+constexpr int kGroup = kRegisters > 2 ? kOutputs : 2 * kOutputs;
+constexpr int kGroupRegisters = kGroup / kWidth;
+constexpr int kPart = 512; // outputs that are kept at a time
+static_assert(kPart % kGroup == 0 && kResampleZeros > kGroup + 1);
 
-// Adds samples 0 to count - 1, whose rows begin at rows + at[k] and take the fractions a[k].
-template <int kParts>
-inline void AddSamples(const float *rows, Index stride, const Index *at, const float *a, const float *src,
-                       Index count, float (&sums)[kParts][kPart], int first) {
-  Floats total[kParts * kRegisters] = {};
+// Adds the products of samples 0 to count - 1 with the rows at values[k] to the outputs of a group; if
+// kSloped, with values[k] + a[k] * the slopes that stand pitch behind them. A long sum in pieces, of a tile
+// each, rounds less.
+template <int kParts, bool kSloped>
+inline void AddSamples(const float *const *values, [[maybe_unused]] Index pitch,
+                       [[maybe_unused]] const float *a, Index first, const float *src, Index count,
+                       float (&sums)[kParts][kPart]) {
+  Floats total[kParts][kGroupRegisters] = {};
   for (Index k = 0; k < count; ++k) {
-    const float *values = rows + at[k];
-    const auto fraction = Broadcast<Floats>(a[k]);
-    Unroll<kRegisters>([&](auto r) {
-      const Floats tap =
-          Load<Floats>(values + r * kWidth) + fraction * Load<Floats>(values + stride + r * kWidth);
-      Unroll<kParts>([&](auto part) {
-        total[part * kRegisters + r] += tap * Broadcast<Floats>(src[k * kParts + part]);
-      });
+    const float *row = values[k] + first;
+    Floats taps[kGroupRegisters];
+    Unroll<kGroupRegisters>([&](auto r) {
+      taps[r] = Load<Floats>(row + r * kWidth);
+      if constexpr (kSloped) taps[r] += Broadcast<Floats>(a[k]) * Load<Floats>(row + pitch + r * kWidth);
+    });
+    Unroll<kParts>([&](auto part) {
+      const auto sample = Broadcast<Floats>(src[k * kParts + part]);
+      Unroll<kGroupRegisters>([&](auto r) { total[part][r] += taps[r] * sample; });
     });
   }
-  Unroll<kParts * kRegisters>([&](auto r) {
-    float *sum = &sums[r / kRegisters][first + r % kRegisters * kWidth];
-    Store(sum, Load<Floats>(sum) + total[r]);
+  Unroll<kParts>([&](auto part) {
+    Unroll<kGroupRegisters>([&](auto r) {
+      float *sum = &sums[part][first + r * kWidth];
+      Store(sum, Load<Floats>(sum) + total[part][r]);
+    });
   });
 }
 
-// Adds to outputs first to first + kOutputs - 1 what a sample at the given place of output 0 adds within the
-// wings' reach.
+// Adds to a group what a sample adds within the wings' reach, if it meets output 0 in the given period of a
+// row.
 template <int kParts>
-void AddInReach(const ResampleTable &table, const Place &place, Index period, const float *src,
-                float (&sums)[kParts][kPart], int first) {
-  const float *values = table.rows + 2 * table.stride * place.row + table.lead;
-  for (int lane = first; lane < first + kOutputs; ++lane) {
+void AddInReach(const ResampleTable &table, int row, Index period, float a, const float *src, Index first,
+                float (&sums)[kParts][kPart]) {
+  const float *values = table.rows + 2 * table.pitch * row + table.wing;
+  for (Index lane = first; lane < first + kGroup; ++lane) {
     const Index y = period + lane;
-    if (!IsInReach(table, place, y)) continue;
-    const float tap = values[y] + Rounded(static_cast<float>(place.between) * values[table.stride + y]);
+    if (!IsInReach(table, row, y)) continue;
+    const float tap = values[y] + Rounded(a * values[table.pitch + y]);
     for (int part = 0; part < kParts; ++part) sums[part][lane] += Rounded(tap * src[part]);
   }
 }
 
-// Outputs 0 to count - 1 <= kPart at start + j / ratio, without gain.
+// dst = the row at a place of fraction a.
+inline void Interpolate(const ResampleTable &table, int row, float a, float *dst) {
+  const float *values = table.rows + 2 * table.pitch * row;
+  const auto fraction = Broadcast<Floats>(a);
+  for (Index i = 0; i < table.stride; i += kWidth) {
+    Store(dst + i, Load<Floats>(values + i) + fraction * Load<Floats>(values + table.pitch + i));
+  }
+}
+
+// x truncated, within 0 to limit.
+inline Index Within(double x, Index limit) {
+  const auto most = static_cast<double>(limit);
+  return x > 0.0 ? static_cast<Index>(x < most ? x : most) : 0;
+}
+
+// Outputs 0 to count - 1 <= kPart at start + j / ratio, without gain. Places on the filter repeat after
+// `repeat` samples if that is not 0; their rows are then interpolated once a tile.
 template <int kParts, bool kInReach>
 void NarrowPart(const ResampleTable &table, const float *src, Index len, double start, double step,
-                double ratio, float (&sums)[kParts][kPart], int count) {
+                double ratio, int count, float *scratch, Index repeat, float (&sums)[kParts][kPart]) {
   for (auto &part : sums) {
-    for (int j = 0; j < count; j += kOutputs) __builtin_memset(&part[j], 0, kOutputs * sizeof(float));
+    for (int j = 0; j < count; j += kWidth) Store(&part[j], Floats{});
   }
   const Index whole = Floor(start);
   const double fraction = start - static_cast<double>(whole);
   // Samples beyond these are out of reach; the sums are formed in double, since they may be huge.
-  const double reach = static_cast<double>(table.wing) + 1.0;
-  const double lowest = start - reach * step - 1.0, highest = start + (count + reach) * step + 1.0;
-  const auto length = static_cast<double>(len);
-  const Index begin = lowest > 0.0 ? static_cast<Index>(lowest < length ? lowest : length) : 0;
-  const Index end = highest > 0.0 ? static_cast<Index>(highest < length ? highest : length) : 0;
-  // Added to a place to make it positive.
-  const Index shift = count + table.wing + 8;
+  const auto wing = static_cast<double>(table.wing);
+  const Index begin = Within(start - (wing + 1.0) * step - 1.0, len);
+  const Index end = Within(start + (count + wing + 1.0) * step + 1.0, len);
+  const Index shift = count + table.wing + 8; // makes places positive
+  const Index pitch = table.pitch;
+  const Index advance = Floor(static_cast<double>(repeat) * ratio + 0.5);
 
-  Index at[kTile], periods[kTile];
-  float a[kTile];
-  for (Index tile = begin; tile < end; tile += kTile) {
-    const Index samples = end - tile < kTile ? end - tile : kTile;
-    for (Index k = 0; k < samples; ++k) {
-      const double distance = fraction + static_cast<double>(whole - tile - k);
-      const Place place(distance * ratio + static_cast<double>(shift), table.nStep);
-      periods[k] = place.period - shift;
-      at[k] = 2 * table.stride * place.row + table.lead + periods[k];
-      a[k] = static_cast<float>(place.between);
+  Places places;
+  const float *values[kPlaces];
+  for (Index tile = begin; tile < end; tile += kPlaces) {
+    const Index samples = end - tile < kPlaces ? end - tile : kPlaces;
+    // Sample k stands `origin - k` in front of output 0.
+    const double origin = fraction + static_cast<double>(whole - tile);
+    const Index found = repeat > 0 && repeat < samples ? repeat : samples;
+    places.Find(found, table.nStep, [&](Index k) {
+      return (origin - static_cast<double>(k)) * ratio + static_cast<double>(shift);
+    });
+    for (Index k = 0; k < found; ++k) {
+      const float *row = table.rows + 2 * pitch * places.row[k];
+      if (repeat > 0) {
+        Interpolate(table, places.row[k], places.between[k], scratch + k * pitch);
+        row = scratch + k * pitch;
+      }
+      values[k] = row + (places.period[k] + table.wing - shift);
     }
-    // Of a block of outputs some are in reach of the samples from `low` to `high`.
-    Index low = 0, high = 0;
-    for (int first = 0; first < count; first += kOutputs) {
-      while (low < samples && periods[low] + first > table.wing - 1) ++low;
-      while (high < samples && periods[high] + first > -table.wing - kOutputs) ++high;
+    for (Index turn = found, back = advance; turn < samples; turn += found, back += advance) {
+      const Index rest = samples - turn < found ? samples - turn : found;
+      for (Index k = 0; k < rest; ++k) values[turn + k] = values[k] - back;
+    }
+    for (int first = 0; first < count; first += kGroup) {
+      // The samples that reach the group, and perhaps one more at either end.
+      const Index low = Within((origin * ratio + first - wing) * step, samples);
+      const Index high = Within((origin * ratio + first + kGroup + wing) * step + 1.0, samples);
+      const float *from = src + (tile + low) * kParts;
       if constexpr (kInReach) {
-        for (Index k = low; k < high; ++k) {
-          const double distance = fraction + static_cast<double>(whole - tile - k);
-          const Place place(distance * ratio + static_cast<double>(shift), table.nStep);
-          AddInReach<kParts>(table, place, periods[k], src + (tile + k) * kParts, sums, first);
+        for (Index k = low; k < high; ++k, from += kParts) {
+          const Index at = k % found, period = places.period[at] - shift - k / found * advance;
+          AddInReach<kParts>(table, places.row[at], period, places.between[at], from, first, sums);
         }
+      } else if (low < high && repeat > 0) {
+        AddSamples<kParts, false>(values + low, pitch, nullptr, first, from, high - low, sums);
       } else if (low < high) {
-        AddSamples<kParts>(table.rows + first, table.stride, at + low, a + low, src + (tile + low) * kParts,
-                           high - low, sums, first);
+        AddSamples<kParts, true>(values + low, pitch, places.between + low, first, from, high - low, sums);
       }
     }
   }
 }
 
+// The least number of samples, up to the limit, that is a whole number of outputs; 0 if there is none.
+inline Index RepeatOf(double ratio, Index limit) {
+  for (Index samples = 1; samples <= limit; ++samples) {
+    const double outputs = static_cast<double>(samples) * ratio;
+    const double off = outputs - static_cast<double>(Floor(outputs + 0.5));
+    if (off < 1e-13 && off > -1e-13) return samples;
+  }
+  return 0;
+}
+
+// scratch has room for kResampleRows rows with zeros before, between and behind them.
 template <int kParts>
 void Narrow(const ResampleTable &table, const float *src, Index len, double time, double step, double ratio,
-            float *dst, Index count) {
+            float *dst, Index count, float *scratch) {
+  const Index repeat = RepeatOf(ratio, kResampleRows);
+  __builtin_memset(scratch, 0,
+                   static_cast<std::size_t>(2 * kResampleZeros + repeat * table.pitch) * sizeof(float));
+  scratch += kResampleZeros;
+
   const Instants instants(time, step);
   const auto gain = static_cast<float>(ratio * static_cast<double>(table.gain));
   float sums[kParts][kPart];
   for (Index done = 0; done < count; done += kPart) {
     const int outputs = static_cast<int>(count - done < kPart ? count - done : kPart);
-    NarrowPart<kParts, false>(table, src, len, instants[done], step, ratio, sums, outputs);
-    bool finite = true;
-    for (int j = 0; j < outputs; ++j) {
-      for (int part = 0; part < kParts; ++part) finite &= IsFinite<1>(&sums[part][j]);
+    const double start = instants[done];
+    NarrowPart<kParts, false>(table, src, len, start, step, ratio, outputs, scratch, repeat, sums);
+    // What is not finite makes its difference with itself not-a-number.
+    Floats differences = {};
+    for (int part = 0; part < kParts; ++part) {
+      for (int j = 0; j < outputs; j += kWidth) {
+        const auto some = Load<Floats>(&sums[part][j]);
+        differences += some - some;
+      }
     }
+    float difference;
+    Fold<1>(differences, &difference);
+    const bool finite = difference == 0.0F;
     if (!finite) {
-      NarrowPart<kParts, true>(table, src, len, instants[done], step, ratio, sums, outputs);
+      NarrowPart<kParts, true>(table, src, len, start, step, ratio, outputs, scratch, repeat, sums);
     }
     for (int j = 0; j < outputs; ++j) {
       for (int part = 0; part < kParts; ++part) dst[(done + j) * kParts + part] = gain * sums[part][j];
