@@ -559,4 +559,54 @@ TEST(ArbRateResampler, Apply_KeptDestination_AllocatesNothing) {
   }
 }
 
+// The figures of the documentation, over ratios from 0.01 to 100.
+struct QualityRow {
+  DesignCase design;
+  double band;            // tones up to this part of half the lower rate ...
+  double lowest, highest; // ... have a gain between these, in decibels,
+  double images;          // and images below this
+  double alias;           // what is left of tones from 2 - band on
+};
+
+const QualityRow kQuality[] = {{{"default", 90.0F, 16, 0.9F, 6.1422F}, 0.8, -0.021, 0.005, -57.0, -59.0},
+                               {{"sequential", 10.0F, 200, 0.95F, 6.865F}, 0.5, -0.001, 0.015, -62.0, -62.0},
+                               {{"OFDM", 16.0F, 50, 0.625F, 6.1422F}, 0.4, -0.038, 0.007, -72.0, -72.0},
+                               {{"fine", 90.0F, 512, 0.9F, 10.0F}, 0.8, -0.0002, 0.0002, -104.0, -105.0}};
+
+TEST(ArbRateResampler, Apply_Tones_HaveTheQualityOfTheDocumentation) {
+  for (const QualityRow &row : kQuality) {
+    double lowest = 400.0, highest = -400.0, images = -400.0, alias = -400.0;
+    for (const double ratio : {100.0, 31.41592653589793, 3.0, std::numbers::e, 2.0, 1.5, 1.2345, 1.0000001,
+                               1.0, 0.99, 0.7123, 0.5, 1.0 / 3.0, 0.1234567, 0.01}) {
+      auto resampler = Make(row.design, ratio);
+      const int history = resampler.GetHistory();
+      const int samples = 2 * history + 2 + static_cast<int>(400.0 / std::min(ratio, 1.0));
+      const double half = 0.5 * std::min(ratio, 1.0);
+      VecCplx32 out;
+      for (int i = 0; i <= 12; ++i) {
+        const double frequency = row.band * i / 12 * half;
+        resampler.Apply(out, CplxTone(samples, frequency));
+        const ToneFit fit(out, frequency, history, 1.0 / ratio);
+        lowest = std::min(lowest, Decibels(fit.gain.real()));
+        highest = std::max(highest, Decibels(fit.gain.real()));
+        EXPECT_NEAR(fit.gain.imag(), 0.0, 2e-4); // the instants are those of the tone
+        images = std::max(images, Decibels(fit.rest));
+      }
+      for (double part = 2.0 - row.band; part * half <= 0.5 && part < 3.0; part += 0.05) {
+        resampler.Apply(out, CplxTone(samples, part * half));
+        const ToneFit fit(out, part * half, history, 1.0 / ratio);
+        alias = std::max(alias, Decibels(std::hypot(std::abs(fit.gain), fit.rest)));
+      }
+    }
+    // Not worse than the figures, and none of these is far too modest.
+    SCOPED_TRACE(row.design.name);
+    EXPECT_GE(lowest, row.lowest);
+    EXPECT_LE(highest, row.highest);
+    EXPECT_LE(images, row.images);
+    EXPECT_GE(images, row.images - 2.0);
+    EXPECT_LE(alias, row.alias);
+    EXPECT_GE(alias, row.alias - 2.0);
+  }
+}
+
 } // namespace

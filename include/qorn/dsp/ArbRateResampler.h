@@ -33,11 +33,26 @@ class VecCplx32;
 /// The two kernels. The primary one takes the filter as it is for a ratio of 1 or more. Below 1 it stretches
 /// it by 1 / ratio, and scales by ratio, so that the cut-off is rollf times half the output rate and nothing
 /// aliases. It works in float: a result differs from exact arithmetic on the same table by less than 1e-6
-/// times the largest magnitude in the input. The alternate kernel, for ratios below 1 only, takes
-/// the filter as it is at any ratio: it is cheaper for an input that is already limited to the output's band,
-/// and aliases otherwise. It works in double and rounds once. The bits of both are the same on every
-/// processor. An infinity or not-a-number in the input reaches the outputs whose filter covers it and no
-/// other.
+/// times the largest magnitude in the input. The alternate kernel, for ratios below 1 only, takes the filter
+/// as it is at any ratio: it keeps the whole band of the input, which must be limited to that of the output
+/// already, and aliases otherwise. It works in double and rounds once, at several times the cost. At a given
+/// instant of a given run both give the same bits on every processor, and either part of a complex record
+/// those of a real one. An infinity or not-a-number in the input reaches the outputs whose filter covers it
+/// and no other.
+///
+/// Quality. Of the primary kernel, measured with tones at ratios from 0.01 to 100, frequencies as parts of
+/// half the lower of the two rates: the gain in a pass band, in decibels, the images of tones in that band,
+/// and what is left of tones that would alias into it, in decibels of the tone.
+///
+/// | window, nStep, rollf, alpha | band | gain            | images | aliases        |
+/// |-----------------------------|------|-----------------|--------|----------------|
+/// | 90, 16, 0.9, 6.1422         | 0.8  | -0.021 to 0.005 | -57    | -59, from 1.2  |
+/// | 10, 200, 0.95, 6.865        | 0.5  | -0.001 to 0.015 | -62    | -62, from 1.5  |
+/// | 16, 50, 0.625, 6.1422       | 0.4  | -0.038 to 0.007 | -72    | -72, from 1.6  |
+/// | 90, 512, 0.9, 10            | 0.8  | within 0.0002   | -104   | -105, from 1.2 |
+///
+/// The first row is the default. Images there come from the interpolation between only 16 points: nStep sets
+/// their level, and alpha that of the aliases. The last row shows what the two can do.
 ///
 /// Instants. A run starts at its time t0 and writes outputs at t0, t0 + 1 / ratio and so on while they lie
 /// before trunc(t0) + len. In the primary kernel instant j is t0 + j / ratio, rounded once, so that a long
@@ -48,8 +63,8 @@ class VecCplx32;
 /// zero and finite.
 ///
 /// A window or nStep of zero or less gives a filter without points: all outputs are zero. The constructors
-/// throw QORNException 11001 if there is no memory for the table, of about 8 * window * nStep floats. A
-/// not-a-number for rollf or alpha makes the outputs not-a-number.
+/// throw QORNException 11001 if there is no memory for the table, of about 4 * (window + 34) * nStep floats.
+/// A not-a-number for rollf or alpha makes the outputs not-a-number.
 ///
 /// A copy is an object of its own. One object serves one thread at a time.
 class QORN_API ArbRateResampler {
