@@ -380,37 +380,87 @@ void Narrow(const ResampleTable &table, const float *src, Index len, double time
 // The filter as it stands, whatever the ratio, and every step in double: the instants are sums of steps, a
 // result the sum of the left wing outwards, then of the right one.
 
-// Adds the products of a wing that begins x table points from the centre with src[from], src[from + way]
-// and so on.
-template <int kParts>
-inline void AddWing(const ResampleTable &table, double x, const float *src, Index len, Index from, int way,
-                    double (&sum)[kParts]) {
-  const auto k = static_cast<Index>(x + kOnPoint);
-  const double a = x - static_cast<double>(k), b = 1.0 - a;
-  const Index before = way < 0 ? from - (len - 1) : -from; // samples of the wing that lie before the source
-  Index m = before > 0 ? before : 0;
-  const Index inside = way < 0 ? from + 1 : len - from;
-  for (Index j = k + m * table.nStep; m < inside && j < table.length; ++m, j += table.nStep) {
-    const double tap =
-        Rounded(static_cast<double>(table.h[j]) * b) + Rounded(static_cast<double>(table.h[j + 1]) * a);
-    const float *sample = src + (from + way * m) * kParts;
-    for (int part = 0; part < kParts; ++part) {
-      sum[part] += Rounded(tap * static_cast<double>(sample[part]));
-    }
+using Pair = Vec<double, 2>;
+
+inline Pair Widened(const float *x) { return Pair{static_cast<double>(x[0]), static_cast<double>(x[1])}; }
+
+// One wing of an output: the products of taps, nStep points apart, with samples, one after the other.
+template <int kParts> struct Wing {
+  // The wing begins x points from the centre and meets src[from], src[from + way] and so on.
+  Wing(const ResampleTable &table, double x, const float *src, Index len, Index from, int way) {
+    auto point = static_cast<Index>(x + kOnPoint);
+    const double a = x - static_cast<double>(point);
+    weights = Pair{1.0 - a, a};
+    // Samples that lie before the source, and those up to its other end.
+    const Index before = way < 0 ? from - (len - 1) : -from, all = way < 0 ? from + 1 : len - from;
+    const Index skipped = before > 0 ? before : 0;
+    point += skipped * table.nStep;
+    if (point >= table.length || skipped >= all) return;
+    const Index reach = (table.length - point + table.nStep - 1) / table.nStep;
+    count = reach < all - skipped ? reach : all - skipped;
+    points = table.h + point;
+    samples = src + (from + way * skipped) * kParts;
+    stride = way * kParts;
   }
+
+  Pair weights;
+  Index count = 0;
+  const float *points = nullptr, *samples = nullptr;
+  Index stride = 0;
+};
+
+// Adds product m of a wing to the sum, whose lanes are the parts.
+template <int kParts>
+[[gnu::always_inline]] inline void AddProduct(const Wing<kParts> &wing, Index nStep, Index m, Pair &sum) {
+  const Pair weighted = Widened(wing.points + m * nStep) * wing.weights;
+  const Pair tap = weighted + __builtin_shufflevector(weighted, weighted, 1, 0);
+  const float *sample = wing.samples + m * wing.stride;
+  if constexpr (kParts == 2) {
+    sum += tap * Widened(sample);
+  } else {
+    sum[0] += Rounded(tap[0] * static_cast<double>(sample[0]));
+  }
+}
+
+// Outputs that are formed side by side, since each sum waits for itself.
+constexpr int kSums = 4;
+
+template <int kParts>
+inline void AddWings(const Wing<kParts> (&wings)[kSums], Index nStep, Pair (&sums)[kSums]) {
+  Index common = wings[0].count;
+  for (const auto &wing : wings) common = wing.count < common ? wing.count : common;
+  for (Index m = 0; m < common; ++m) {
+    Unroll<kSums>([&](auto i) { AddProduct(wings[i], nStep, m, sums[i]); });
+  }
+  Unroll<kSums>([&](auto i) {
+    for (Index m = common; m < wings[i].count; ++m) AddProduct(wings[i], nStep, m, sums[i]);
+  });
 }
 
 template <int kParts>
 void InDouble(const ResampleTable &table, const float *src, Index len, double time, double step, float *dst,
               Index count) {
   const auto gain = static_cast<double>(table.gain);
-  for (Index n = 0; n < count; ++n, time += step, dst += kParts) {
-    const Index i = Floor(time);
-    const double f = time - static_cast<double>(i);
-    double sum[kParts] = {};
-    AddWing<kParts>(table, f * table.nStep, src, len, i, -1, sum);
-    AddWing<kParts>(table, (1.0 - f) * table.nStep, src, len, i + 1, 1, sum);
-    for (int part = 0; part < kParts; ++part) dst[part] = static_cast<float>(sum[part] * gain);
+  const auto left = [&](double t) {
+    const Index i = Floor(t);
+    return Wing<kParts>(table, (t - static_cast<double>(i)) * table.nStep, src, len, i, -1);
+  };
+  const auto right = [&](double t) {
+    const Index i = Floor(t);
+    return Wing<kParts>(table, (1.0 - (t - static_cast<double>(i))) * table.nStep, src, len, i + 1, 1);
+  };
+  for (Index done = 0; done < count; done += kSums) {
+    double t[kSums]; // the first one again where there are no more outputs
+    for (Index n = 0; n < kSums; ++n) {
+      t[n] = done + n < count ? time : t[0];
+      if (done + n < count) time += step;
+    }
+    Pair sums[kSums] = {};
+    AddWings<kParts>({left(t[0]), left(t[1]), left(t[2]), left(t[3])}, table.nStep, sums);
+    AddWings<kParts>({right(t[0]), right(t[1]), right(t[2]), right(t[3])}, table.nStep, sums);
+    for (Index n = 0; n < kSums && done + n < count; ++n, dst += kParts) {
+      for (int part = 0; part < kParts; ++part) dst[part] = static_cast<float>(sums[n][part] * gain);
+    }
   }
 }
 
