@@ -110,6 +110,7 @@ template <class Peer> [[maybe_unused]] std::unique_ptr<Resampler> Make(double ra
 std::vector<NamedResampler> Resamplers() {
   std::vector<NamedResampler> resamplers;
 #if defined(QORN_PEER_SOXR)
+  resamplers.push_back({"soxrLQ", MakeSoxr<SOXR_LQ>});
   resamplers.push_back({"soxrHQ", MakeSoxr<SOXR_HQ>});
   resamplers.push_back({"soxrVHQ", MakeSoxr<SOXR_VHQ>});
 #endif

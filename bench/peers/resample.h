@@ -25,8 +25,8 @@ struct NamedResampler {
   std::unique_ptr<Resampler> (*make)(double ratio);
 };
 
-/// What is installed: soxr at 20 bits ("HQ") and 28 ("VHQ"), libsamplerate's medium sinc converter, and the
-/// polyphase resampler of liquid-dsp with filters of 90 input samples and 256 phases.
+/// What is installed: soxr at 16 bits ("LQ"), 20 ("HQ") and 28 ("VHQ"), libsamplerate's medium sinc
+/// converter, and the polyphase resampler of liquid-dsp with filters of 90 input samples and 256 phases.
 std::vector<NamedResampler> Resamplers();
 
 } // namespace peers
