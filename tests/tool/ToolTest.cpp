@@ -117,8 +117,9 @@ TEST_F(Tool, Spectrum_Units_AreOfOneLevel) {
 TEST_F(Tool, Spectrum_NoiseOfKnownPower_GivesItsFloor) {
   std::mt19937 engine(1);
   std::normal_distribution<double> normal(0.0, kFullScale * std::pow(10.0, -40.0 / 20.0) / std::sqrt(2.0));
-  const std::string path =
-      Save(Recording(1 << 17, [&](int) { return std::complex<double>(normal(engine), normal(engine)); }));
+  const std::string path = Save(Recording(1 << 17, [&](int) {
+    return std::complex<double>{normal(engine), normal(engine)};
+  }));
   for (const Shape &shape : Shapes()) {
     for (const char *points : {"256", "2048", "65536"}) {
       const json report = Measure({path, "--points", points, "--window", shape.name});
@@ -139,7 +140,7 @@ TEST_F(Tool, Spectrum_WeakToneBesideAStrongOne_IsFound) {
   std::mt19937 engine(1);
   std::normal_distribution<double> normal(0.0, 10.0);
   const std::string path = Save(Recording(1 << 15, [&](int i) {
-    return strong(i) + weak(i) + std::complex<double>(normal(engine), normal(engine));
+    return strong(i) + weak(i) + std::complex<double>{normal(engine), normal(engine)};
   }));
   const json peaks = Measure({path, "--points", "1024"})["peaks"];
   ASSERT_EQ(peaks.size(), 2U);

@@ -51,7 +51,8 @@ Signal ToneAt(double dBm, double offset) { return QORN::test::Tone(dBm, offset /
 Signal Noise(double dBm) {
   const auto engine = std::make_shared<std::mt19937>(1);
   std::normal_distribution<double> normal(0.0, kFullScale * std::pow(10.0, dBm / 20.0) / std::sqrt(2.0));
-  return [=](int) mutable { return std::complex<double>(normal(*engine), normal(*engine)); };
+  // In braces, the order of the draws is the same with all compilers.
+  return [=](int) mutable { return std::complex<double>{normal(*engine), normal(*engine)}; };
 }
 
 Signal Sum(const std::vector<Signal> &signals) {
@@ -158,12 +159,13 @@ TEST_F(Zoom, PowerInSpan_IsThatOfTheSignalsInIt) {
 }
 
 TEST_F(Zoom, NoiseOfKnownPower_GivesItsFloor) {
-  const std::string path = Save(Recording(1 << 17, Noise(-40.0)));
+  // A tenth of 2^19 samples, unevenly weighted by the window: four standard deviations are up to 0.2 dB.
+  const std::string path = Save(Recording(1 << 19, Noise(-40.0)));
   for (const char *window : {"rectangle", "hann", "flat-top"})
     for (const char *points : {"201", "1001"}) {
       const json report = Look(path, "99.8e6", "100e3", {"--points", points, "--window", window});
-      EXPECT_NEAR(report["power_in_span"].get<double>(), -50.0, 0.1) << window << points;
-      EXPECT_NEAR(report["noise_density_per_hz"].get<double>(), -100.0, 0.15) << window << points;
+      EXPECT_NEAR(report["power_in_span"].get<double>(), -50.0, 0.2) << window << points;
+      EXPECT_NEAR(report["noise_density_per_hz"].get<double>(), -100.0, 0.2) << window << points;
       EXPECT_EQ(report["peaks"].size(), 0U) << report;
     }
 }
