@@ -61,7 +61,8 @@ struct ArbRateResampler::Design {
   Design(double ratio, float window, int nStep, float rollf, float alpha);
 
   kernels::ResampleTable Table() const {
-    return {points.GetPtr(), length, nStep, gain, rows.GetPtr() + zeros, wing, stride, pitch};
+    return {points.GetPtr(), length, nStep, gain, length > 0 ? rows.GetPtr() + zeros : nullptr, wing,
+            stride,          pitch};
   }
 
   void MakePoints(float rollf, float alpha);

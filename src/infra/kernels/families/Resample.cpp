@@ -215,16 +215,16 @@ constexpr int kGroupRegisters = kGroup / kWidth;
 constexpr int kPart = 512; // outputs that are kept at a time
 static_assert(kPart % kGroup == 0 && kResampleZeros > kGroup + 1);
 
-// Adds the products of samples 0 to count - 1 with the rows at values[k] to the outputs of a group; if
-// kSloped, with values[k] + a[k] * the slopes that stand pitch behind them. A long sum in pieces, of a tile
+// Adds the products of samples 0 to count - 1 with the rows from rows[at[k]] on to the outputs of a group; if
+// kSloped, of those values + a[k] * the slopes that stand pitch behind them. A long sum in pieces, of a tile
 // each, rounds less.
 template <int kParts, bool kSloped>
-inline void AddSamples(const float *const *values, [[maybe_unused]] Index pitch,
+inline void AddSamples(const float *rows, const Index *at, [[maybe_unused]] Index pitch,
                        [[maybe_unused]] const float *a, Index first, const float *src, Index count,
                        float (&sums)[kParts][kPart]) {
   Floats total[kParts][kGroupRegisters] = {};
   for (Index k = 0; k < count; ++k) {
-    const float *row = values[k] + first;
+    const float *row = rows + (at[k] + first);
     Floats taps[kGroupRegisters];
     Unroll<kGroupRegisters>([&](auto r) {
       taps[r] = Load<Floats>(row + r * kWidth);
@@ -278,7 +278,9 @@ template <int kParts, bool kInReach>
 void NarrowPart(const ResampleTable &table, const float *src, Index len, double start, double step,
                 double ratio, int count, float *scratch, Index repeat, float (&sums)[kParts][kPart]) {
   for (auto &part : sums) {
-    for (int j = 0; j < count; j += kWidth) Store(&part[j], Floats{});
+    for (int j = 0; j < count; j += kGroup) {
+      Unroll<kGroupRegisters>([&](auto r) { Store(&part[j + r * kWidth], Floats{}); });
+    }
   }
   const Index whole = Floor(start);
   const double fraction = start - static_cast<double>(whole);
@@ -291,7 +293,7 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
   const Index advance = Floor(static_cast<double>(repeat) * ratio + 0.5);
 
   Places places;
-  const float *values[kPlaces];
+  Index at[kPlaces];
   for (Index tile = begin; tile < end; tile += kPlaces) {
     const Index samples = end - tile < kPlaces ? end - tile : kPlaces;
     // Sample k stands `origin - k` in front of output 0.
@@ -301,16 +303,16 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
       return (origin - static_cast<double>(k)) * ratio + static_cast<double>(shift);
     });
     for (Index k = 0; k < found; ++k) {
-      const float *row = table.rows + 2 * pitch * places.row[k];
+      Index row = 2 * places.row[k];
       if (repeat > 0) {
         Interpolate(table, places.row[k], places.between[k], scratch + k * pitch);
-        row = scratch + k * pitch;
+        row = k;
       }
-      values[k] = row + (places.period[k] + table.wing - shift);
+      at[k] = row * pitch + (places.period[k] + table.wing - shift);
     }
     for (Index turn = found, back = advance; turn < samples; turn += found, back += advance) {
       const Index rest = samples - turn < found ? samples - turn : found;
-      for (Index k = 0; k < rest; ++k) values[turn + k] = values[k] - back;
+      for (Index k = 0; k < rest; ++k) at[turn + k] = at[k] - back;
     }
     for (int first = 0; first < count; first += kGroup) {
       // The samples that reach the group, and perhaps one more at either end.
@@ -319,13 +321,14 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
       const float *from = src + (tile + low) * kParts;
       if constexpr (kInReach) {
         for (Index k = low; k < high; ++k, from += kParts) {
-          const Index at = k % found, period = places.period[at] - shift - k / found * advance;
-          AddInReach<kParts>(table, places.row[at], period, places.between[at], from, first, sums);
+          const Index same = k % found, period = places.period[same] - shift - k / found * advance;
+          AddInReach<kParts>(table, places.row[same], period, places.between[same], from, first, sums);
         }
       } else if (low < high && repeat > 0) {
-        AddSamples<kParts, false>(values + low, pitch, nullptr, first, from, high - low, sums);
+        AddSamples<kParts, false>(scratch, at + low, pitch, nullptr, first, from, high - low, sums);
       } else if (low < high) {
-        AddSamples<kParts, true>(values + low, pitch, places.between + low, first, from, high - low, sums);
+        AddSamples<kParts, true>(table.rows, at + low, pitch, places.between + low, first, from, high - low,
+                                 sums);
       }
     }
   }
