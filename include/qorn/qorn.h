@@ -31,6 +31,7 @@
 #include "qorn/math/VecUtils.h"
 
 #include "qorn/dsp/ArbRateResampler.h"
+#include "qorn/dsp/BasebandSigGen.h"
 #include "qorn/dsp/ChirpZ.h"
 #include "qorn/dsp/ClassicFilters.h"
 #include "qorn/dsp/DFT.h"
