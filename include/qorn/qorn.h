@@ -25,6 +25,7 @@
 #include "qorn/infra/VecUInt8.h"
 #include "qorn/infra/VectorConversion.h"
 #include "qorn/infra/VectorOps.h"
+#include "qorn/infra/VectorStorage.h"
 
 #include "qorn/math/MathUtils.h"
 #include "qorn/math/UnitConversion.h"

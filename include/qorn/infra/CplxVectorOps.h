@@ -2,7 +2,7 @@
 #define QORN_INFRA_CPLXVECTOROPS_H
 
 #include "qorn/Export.h"
-#include "qorn/infra/VectorOps.h"
+#include "qorn/infra/VectorStorage.h"
 
 namespace QORN {
 
@@ -14,7 +14,7 @@ namespace QORN {
 /// length; no operation changes the length. Of a longer operand only the first GetSize() elements are read; a
 /// shorter one is read beyond its end, which a build with QORN_CHECKED asserts. The operand may be this
 /// vector itself.
-template <class V, class T, class S, class R> class QORN_API CplxVectorOps : public VectorOps<V, T> {
+template <class V, class T, class S, class R> class QORN_API CplxVectorOps : public VectorStorage<V, T> {
 public:
   /// this[i] = this[i] + arg[i]. The operators return this vector, the named forms nothing.
   ///@{
@@ -146,7 +146,7 @@ public:
 
 protected:
   CplxVectorOps() = default;
-  using VectorOps<V, T>::VectorOps;
+  using VectorStorage<V, T>::VectorStorage;
 };
 
 } // namespace QORN

@@ -2,7 +2,7 @@
 #define QORN_INFRA_REALVECTOROPS_H
 
 #include "qorn/Export.h"
-#include "qorn/infra/VectorOps.h"
+#include "qorn/infra/VectorStorage.h"
 
 namespace QORN {
 
@@ -12,7 +12,7 @@ namespace QORN {
 /// Arithmetic changes this vector in place over its own length, one rounding per element; no operation
 /// changes the length. Of a longer operand only the first GetSize() elements are read; a shorter one is read
 /// beyond its end, which a build with QORN_CHECKED asserts. The operand may be this vector itself.
-template <class V, class T> class QORN_API RealVectorOps : public VectorOps<V, T> {
+template <class V, class T> class QORN_API RealVectorOps : public VectorStorage<V, T> {
 public:
   /// Element i = i * slope + offset for 0 <= i < n, one rounding for each of the two steps, of a vector
   /// resized to n.
@@ -138,7 +138,7 @@ public:
 
 protected:
   RealVectorOps() = default;
-  using VectorOps<V, T>::VectorOps;
+  using VectorStorage<V, T>::VectorStorage;
 
   /// True if |this[i] - arg[i]| <= tol for 0 <= i < GetSize(). Else prints a message about the first element
   /// that fails.

@@ -9,9 +9,9 @@ namespace QORN {
 
 class VecCplx32;
 
-/// A vector of IQ samples in double. Storage and view: BaseVector; copies and filling: VectorOps; arithmetic,
-/// statistics, import and export: CplxVectorOps. This class adds what has no counterpart in VecCplx32 or
-/// differs from it.
+/// A vector of IQ samples in double. Storage and view: BaseVector; copies and filling: VectorOps; files:
+/// VectorStorage; arithmetic, statistics, import and export: CplxVectorOps. This class adds what has no
+/// counterpart in VecCplx32 or differs from it.
 class QORN_API VecCplx64 : public CplxVectorOps<VecCplx64, Cplx64, double, VecReal64> {
 public:
   /// An empty vector.
@@ -42,6 +42,7 @@ public:
 };
 
 extern template class VectorOps<VecCplx64, Cplx64>;
+extern template class VectorStorage<VecCplx64, Cplx64>;
 extern template class CplxVectorOps<VecCplx64, Cplx64, double, VecReal64>;
 
 } // namespace QORN

@@ -9,8 +9,9 @@ namespace QORN {
 class VecInt32;
 class VecReal64;
 
-/// A vector of float samples. Storage and view: BaseVector; copies and filling: VectorOps; arithmetic and
-/// statistics: RealVectorOps. This class adds what has no counterpart in VecReal64 or differs from it.
+/// A vector of float samples. Storage and view: BaseVector; copies and filling: VectorOps; files:
+/// VectorStorage; arithmetic and statistics: RealVectorOps. This class adds what has no counterpart in
+/// VecReal64 or differs from it.
 class QORN_API VecReal32 : public RealVectorOps<VecReal32, float> {
 public:
   /// An empty vector.
@@ -51,6 +52,7 @@ public:
 };
 
 extern template class VectorOps<VecReal32, float>;
+extern template class VectorStorage<VecReal32, float>;
 extern template class RealVectorOps<VecReal32, float>;
 
 } // namespace QORN

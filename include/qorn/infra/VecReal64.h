@@ -9,8 +9,9 @@ namespace QORN {
 class VecInt32;
 class VecReal32;
 
-/// A vector of double samples. Storage and view: BaseVector; copies and filling: VectorOps; arithmetic and
-/// statistics: RealVectorOps. This class adds what has no counterpart in VecReal32 or differs from it.
+/// A vector of double samples. Storage and view: BaseVector; copies and filling: VectorOps; files:
+/// VectorStorage; arithmetic and statistics: RealVectorOps. This class adds what has no counterpart in
+/// VecReal32 or differs from it.
 class QORN_API VecReal64 : public RealVectorOps<VecReal64, double> {
 public:
   /// An empty vector.
@@ -43,6 +44,7 @@ public:
 };
 
 extern template class VectorOps<VecReal64, double>;
+extern template class VectorStorage<VecReal64, double>;
 extern template class RealVectorOps<VecReal64, double>;
 
 } // namespace QORN

@@ -1,0 +1,82 @@
+#include "BinaryFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Errors.h"
+
+namespace QORN {
+
+static_assert(sizeof(off_t) == 8, "files are larger than 2 GiB");
+
+namespace {
+
+// Moves `bytes` bytes by as many calls of transfer(done, rest) as it takes, and returns how far it came.
+template <class Transfer> std::size_t Repeat(std::size_t bytes, Transfer transfer) {
+  std::size_t done = 0;
+  while (done < bytes) {
+    const ssize_t now = transfer(done, bytes - done);
+    if (now < 0 && errno == EINTR) continue;
+    if (now <= 0) break;
+    done += static_cast<std::size_t>(now);
+  }
+  return done;
+}
+
+} // namespace
+
+BinaryFile::BinaryFile(const char *path, Mode mode, const char *module, long line) : m_descriptor(-1) {
+  const int flags = mode == Mode::kRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+  if (path != nullptr) {
+    do m_descriptor = open(path, flags | O_CLOEXEC, 0666);
+    while (m_descriptor < 0 && errno == EINTR);
+  }
+  struct stat status;
+  if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+    Close();
+    Throw(errors::kFileOpen, module, line);
+  }
+  m_regular = S_ISREG(status.st_mode);
+  m_size = status.st_size;
+}
+
+BinaryFile::BinaryFile(const BinaryFile &other, const char *module, long line)
+    : m_descriptor(fcntl(other.m_descriptor, F_DUPFD_CLOEXEC, 0)), m_regular(other.m_regular),
+      m_size(other.m_size) {
+  if (m_descriptor < 0) Throw(errors::kFileOpen, module, line);
+}
+
+BinaryFile::~BinaryFile() { Close(); }
+
+std::size_t BinaryFile::Read(void *dst, std::size_t bytes) const {
+  return Repeat(bytes, [&](std::size_t done, std::size_t rest) {
+    return read(m_descriptor, static_cast<char *>(dst) + done, rest);
+  });
+}
+
+std::size_t BinaryFile::ReadAt(std::int64_t position, void *dst, std::size_t bytes) const {
+  return Repeat(bytes, [&](std::size_t done, std::size_t rest) {
+    return pread(m_descriptor, static_cast<char *>(dst) + done, rest, position + static_cast<off_t>(done));
+  });
+}
+
+bool BinaryFile::Skip(std::int64_t bytes) const { return lseek(m_descriptor, bytes, SEEK_CUR) >= 0; }
+
+bool BinaryFile::Write(const void *src, std::size_t bytes) const {
+  return bytes == Repeat(bytes, [&](std::size_t done, std::size_t rest) {
+           return write(m_descriptor, static_cast<const char *>(src) + done, rest);
+         });
+}
+
+bool BinaryFile::Close() {
+  if (m_descriptor < 0) return true;
+  const int result = close(m_descriptor);
+  m_descriptor = -1;
+  // An interrupted close has closed the file.
+  return result == 0 || errno == EINTR;
+}
+
+} // namespace QORN

@@ -1,0 +1,57 @@
+// Files of bytes, without the buffer that a stream would allocate and copy through.
+#ifndef QORN_SRC_INFRA_BINARYFILE_H
+#define QORN_SRC_INFRA_BINARYFILE_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace QORN {
+
+/// A file that is open for reading or writing, closed with the object. Interrupted and partial transfers are
+/// carried on.
+class BinaryFile {
+public:
+  enum class Mode { kRead, kReplace };
+
+  /// Opens the file; throws 13001 of the module whose path literal is given if that fails or path is null or
+  /// a folder.
+  BinaryFile(const char *path, Mode mode, const char *module, long line = __builtin_LINE());
+
+  /// Another handle on the file that other has open; throws 13001 of the module if there is none left.
+  BinaryFile(const BinaryFile &other, const char *module, long line = __builtin_LINE());
+
+  ~BinaryFile();
+  BinaryFile(const BinaryFile &) = delete;
+  BinaryFile &operator=(const BinaryFile &) = delete;
+
+  /// True for a file of the disk, which has a size and can be read at any place.
+  bool IsRegular() const { return m_regular; }
+
+  /// Bytes of a regular file, when it was opened.
+  std::int64_t Size() const { return m_size; }
+
+  /// Reads up to `bytes` bytes from where the last call ended and returns how many there were.
+  std::size_t Read(void *dst, std::size_t bytes) const;
+
+  /// Reads up to `bytes` bytes from `position` on and returns how many there were. Any number of threads may
+  /// do so at once.
+  std::size_t ReadAt(std::int64_t position, void *dst, std::size_t bytes) const;
+
+  /// Moves the place of the next Read; false if the file allows no such place.
+  bool Skip(std::int64_t bytes) const;
+
+  /// True if all bytes were taken.
+  bool Write(const void *src, std::size_t bytes) const;
+
+  /// Closes the file; false if something that was written is lost.
+  bool Close();
+
+private:
+  int m_descriptor;
+  bool m_regular = false;
+  std::int64_t m_size = 0;
+};
+
+} // namespace QORN
+
+#endif
