@@ -223,19 +223,19 @@ template <class V> double ArbRateResampler::Run(V &dst, int size, const V &src, 
     dst.SetZero();
   } else if constexpr (std::is_same_v<V, VecReal32>) {
     if (m_useAlternate) {
-      kernel.ResampleWide_32f(table, from, n, time, step, to, outputs);
+      kernel.ResampleInDouble_32f(table, from, n, time, step, to, outputs);
     } else if (m_ratio < 1.0) {
-      kernel.ResampleDown_32f(table, from, n, time, step, m_ratio, to, outputs, scratch);
+      kernel.ResampleNarrow_32f(table, from, n, time, step, m_ratio, to, outputs, scratch);
     } else {
-      kernel.ResampleUp_32f(table, from, n, time, step, to, outputs, scratch);
+      kernel.ResampleWiden_32f(table, from, n, time, step, to, outputs, scratch);
     }
   } else {
     if (m_useAlternate) {
-      kernel.ResampleWide_32fc(table, from, n, time, step, to, outputs);
+      kernel.ResampleInDouble_32fc(table, from, n, time, step, to, outputs);
     } else if (m_ratio < 1.0) {
-      kernel.ResampleDown_32fc(table, from, n, time, step, m_ratio, to, outputs, scratch);
+      kernel.ResampleNarrow_32fc(table, from, n, time, step, m_ratio, to, outputs, scratch);
     } else {
-      kernel.ResampleUp_32fc(table, from, n, time, step, to, outputs, scratch);
+      kernel.ResampleWiden_32fc(table, from, n, time, step, to, outputs, scratch);
     }
   }
   return next;

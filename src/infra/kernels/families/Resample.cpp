@@ -272,11 +272,23 @@ inline Index Within(double x, Index limit) {
   return x > 0.0 ? static_cast<Index>(x < most ? x : most) : 0;
 }
 
-// Outputs 0 to count - 1 <= kPart at start + j / ratio, without gain. Places on the filter repeat after
-// `repeat` samples if that is not 0; their rows are then interpolated once a tile.
+// What the parts of a run have in common. Places on the filter repeat after `repeat` samples if that is not
+// 0; their rows are then interpolated once a tile, into scratch memory.
+struct Narrowing {
+  const ResampleTable &table;
+  const float *src;
+  Index len;
+  double step, ratio;
+  Index repeat;
+  float *scratch;
+};
+
+// Outputs 0 to count - 1 <= kPart at start + j / ratio, without gain.
 template <int kParts, bool kInReach>
-void NarrowPart(const ResampleTable &table, const float *src, Index len, double start, double step,
-                double ratio, int count, float *scratch, Index repeat, float (&sums)[kParts][kPart]) {
+void NarrowPart(const Narrowing &run, double start, int count, float (&sums)[kParts][kPart]) {
+  const ResampleTable &table = run.table;
+  const double step = run.step, ratio = run.ratio;
+  const Index repeat = run.repeat;
   for (auto &part : sums) {
     for (int j = 0; j < count; j += kGroup) {
       Unroll<kGroupRegisters>([&](auto r) { Store(&part[j + r * kWidth], Floats{}); });
@@ -286,8 +298,8 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
   const double fraction = start - static_cast<double>(whole);
   // Samples beyond these are out of reach; the sums are formed in double, since they may be huge.
   const auto wing = static_cast<double>(table.wing);
-  const Index begin = Within(start - (wing + 1.0) * step - 1.0, len);
-  const Index end = Within(start + (count + wing + 1.0) * step + 1.0, len);
+  const Index begin = Within(start - (wing + 1.0) * step - 1.0, run.len);
+  const Index end = Within(start + (count + wing + 1.0) * step + 1.0, run.len);
   const Index shift = count + table.wing + 8; // makes places positive
   const Index pitch = table.pitch;
   const Index advance = Floor(static_cast<double>(repeat) * ratio + 0.5);
@@ -305,7 +317,7 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
     for (Index k = 0; k < found; ++k) {
       Index row = 2 * places.row[k];
       if (repeat > 0) {
-        Interpolate(table, places.row[k], places.between[k], scratch + k * pitch);
+        Interpolate(table, places.row[k], places.between[k], run.scratch + k * pitch);
         row = k;
       }
       at[k] = row * pitch + (places.period[k] + table.wing - shift);
@@ -318,14 +330,14 @@ void NarrowPart(const ResampleTable &table, const float *src, Index len, double 
       // The samples that reach the group, and perhaps one more at either end.
       const Index low = Within((origin * ratio + first - wing) * step, samples);
       const Index high = Within((origin * ratio + first + kGroup + wing) * step + 1.0, samples);
-      const float *from = src + (tile + low) * kParts;
+      const float *from = run.src + (tile + low) * kParts;
       if constexpr (kInReach) {
         for (Index k = low; k < high; ++k, from += kParts) {
           const Index same = k % found, period = places.period[same] - shift - k / found * advance;
           AddInReach<kParts>(table, places.row[same], period, places.between[same], from, first, sums);
         }
       } else if (low < high && repeat > 0) {
-        AddSamples<kParts, false>(scratch, at + low, pitch, nullptr, first, from, high - low, sums);
+        AddSamples<kParts, false>(run.scratch, at + low, pitch, nullptr, first, from, high - low, sums);
       } else if (low < high) {
         AddSamples<kParts, true>(table.rows, at + low, pitch, places.between + low, first, from, high - low,
                                  sums);
@@ -349,17 +361,16 @@ template <int kParts>
 void Narrow(const ResampleTable &table, const float *src, Index len, double time, double step, double ratio,
             float *dst, Index count, float *scratch) {
   const Index repeat = RepeatOf(ratio, kResampleRows);
-  __builtin_memset(scratch, 0,
-                   static_cast<std::size_t>(2 * kResampleZeros + repeat * table.pitch) * sizeof(float));
-  scratch += kResampleZeros;
+  const Index zeroed = 2 * kResampleZeros + repeat * table.pitch;
+  __builtin_memset(scratch, 0, static_cast<std::size_t>(zeroed) * sizeof(float));
+  const Narrowing run{table, src, len, step, ratio, repeat, scratch + kResampleZeros};
 
   const Instants instants(time, step);
   const auto gain = static_cast<float>(ratio * static_cast<double>(table.gain));
   float sums[kParts][kPart];
   for (Index done = 0; done < count; done += kPart) {
     const int outputs = static_cast<int>(count - done < kPart ? count - done : kPart);
-    const double start = instants[done];
-    NarrowPart<kParts, false>(table, src, len, start, step, ratio, outputs, scratch, repeat, sums);
+    NarrowPart<kParts, false>(run, instants[done], outputs, sums);
     // What is not finite makes its difference with itself not-a-number.
     Floats differences = {};
     for (int part = 0; part < kParts; ++part) {
@@ -370,10 +381,7 @@ void Narrow(const ResampleTable &table, const float *src, Index len, double time
     }
     float difference;
     Fold<1>(differences, &difference);
-    const bool finite = difference == 0.0F;
-    if (!finite) {
-      NarrowPart<kParts, true>(table, src, len, start, step, ratio, outputs, scratch, repeat, sums);
-    }
+    if (!(difference == 0.0F)) NarrowPart<kParts, true>(run, instants[done], outputs, sums);
     for (int j = 0; j < outputs; ++j) {
       for (int part = 0; part < kParts; ++part) dst[(done + j) * kParts + part] = gain * sums[part][j];
     }
