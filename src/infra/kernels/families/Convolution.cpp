@@ -11,10 +11,18 @@ using Doubles = Register<double>;
 template <int kFirst, class E, int... I> [[gnu::always_inline]] inline auto Lanes(E a, E b, Seq<I...>) {
   return __builtin_shufflevector(a, b, (kFirst + I)...);
 }
-// The lower or the upper half of a register in double, and back.
+// The lower or the upper half of a register in double, and back. GCC splits the conversion of a generic
+// vector into narrower ones; and it warns of what the form without a mask leaves undefined.
 template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<float> x) {
   constexpr int kHalf = kPerRegister<double>;
-  return __builtin_convertvector(Lanes<kUpper * kHalf>(x, x, MakeSeq<kHalf>{}), Doubles);
+  const auto half = Lanes<kUpper * kHalf>(x, x, MakeSeq<kHalf>{});
+#if defined(__AVX512F__)
+  return _mm512_maskz_cvtps_pd(0xff, half);
+#elif defined(__AVX2__)
+  return _mm256_cvtps_pd(half);
+#else
+  return __builtin_convertvector(half, Doubles);
+#endif
 }
 [[gnu::always_inline]] inline Register<float> Narrowed(Doubles low, Doubles high) {
   using Half = Vec<float, kPerRegister<double>>;
@@ -22,13 +30,22 @@ template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<flo
                   MakeSeq<kPerRegister<float>>{});
 }
 
+// x in a register, where the compiler would rather load it for each use. A load that crosses a cache line
+// takes the time of two multiplications.
+template <class E> [[gnu::always_inline]] inline E Held(E x) {
+#if defined(__AVX__)
+  asm("" : "+v"(x));
+#endif
+  return x;
+}
+
 // Direct sums: dst[n] = sum over k of tap(k) * x[n + lag + k], x taken as zero outside 0 to len - 1.
 //
 // Eight products are summed in the elements' own precision, as two sums of four, and these sums in a wider
 // one; so the error of a result does not grow with the number of its terms. Which products make a short sum
 // depends on the number of taps alone, not on the place of the result. A block of results stays in registers
-// while all taps run over it. In full groups of taps the four lie a cache line apart, so that what is loaded
-// for one serves its neighbours; the taps that are left make smaller groups, in which the four lie closer.
+// while all taps run over it. In full groups of taps the four lie so far apart that what is loaded for one
+// serves its neighbours; the taps that are left make smaller groups, in which the four lie closer.
 //
 // Complex signals are taken as the scalars that they are. With real taps, their parts are two real signals
 // whose values lie kStride = 2 scalars apart, and every part has the bits that it would have alone. Complex
@@ -37,8 +54,23 @@ template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<flo
 
 constexpr int kChain = 4;
 
-// The scalars between the products of a short sum, in full groups of taps.
-template <class T> constexpr int kApart = 64 / static_cast<int>(sizeof(T));
+// The taps between the products of a short sum, in full groups.
+#if defined(__AVX512F__)
+template <class T> constexpr int kApart = kPerRegister<T>;
+#else
+template <class T> constexpr int kApart = kPerRegister<T> / 2;
+#endif
+
+// Where the scalars of tap k are: those of neighbouring taps kStride apart, or each where a list has it.
+template <class T, int kStride> struct Line {
+  const T *x;
+  [[gnu::always_inline]] const T *operator()(Index k) const { return x + k * kStride; }
+};
+template <class T> struct Listed {
+  const T *x;
+  const Index *offsets;
+  [[gnu::always_inline]] const T *operator()(Index k) const { return x + offsets[k]; }
+};
 
 // Sums of more than T's digits: of floats in double, of doubles with the errors of the additions beside them
 // (Knuth's two-sum).
@@ -66,24 +98,69 @@ template <class T, int kParts, int kRegisters> struct Sums {
   Wide<T> byRe[kRegisters], byIm[kParts == 2 ? kRegisters : 1];
 };
 
+// re and im += the products of tap k with R registers of scalars; the first products of a sum make it.
+template <bool kFirst, class W, class E>
+[[gnu::always_inline]] inline void AddProduct(W weight, E x, E &re, E &im) {
+  if constexpr (requires { weight.re; }) {
+    re = kFirst ? weight.re * x : MulAdd(weight.re, x, re);
+    im = kFirst ? weight.im * x : MulAdd(weight.im, x, im);
+  } else {
+    re = kFirst ? weight * x : MulAdd(weight, x, re);
+  }
+}
+
+template <class E> struct CplxWeight { E re, im; };
+template <class E, class W> [[gnu::always_inline]] inline auto Weight(W weight) {
+  if constexpr (requires { weight.re; })
+    return CplxWeight<E>{Broadcast<E>(weight.re), Broadcast<E>(weight.im)};
+  else
+    return Broadcast<E>(weight);
+}
+
 // re and im = kTaps products: of taps k, k + kApart, ..., where signal(k) are the scalars that belong to
 // tap k, from the one of the block's first result on.
-template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, class Tap, class Signal>
-[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Signal signal, Register<T> *re,
+template <class T, int kRegisters, int kTaps, int kTapsApart, class Tap>
+[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Listed<T> signal, Register<T> *re,
                                             Register<T> *im) {
-  Unroll<kRegisters>([&](auto r) { re[r] = im[r] = Register<T>{}; });
   Unroll<kTaps>([&](auto p) {
-    const auto weight = tap(k + p * kTapsApart);
+    const auto weight = Weight<Register<T>>(tap(k + p * kTapsApart));
     const T *const x = signal(k + p * kTapsApart);
     Unroll<kRegisters>([&](auto r) {
-      const auto values = Load<Register<T>>(x + r * kPerRegister<T>);
-      if constexpr (kParts == 1) {
-        re[r] = MulAdd(Broadcast<Register<T>>(weight), values, re[r]);
-      } else {
-        re[r] = MulAdd(Broadcast<Register<T>>(weight.re), values, re[r]);
-        im[r] = MulAdd(Broadcast<Register<T>>(weight.im), values, im[r]);
-      }
+      AddProduct<p == 0>(weight, Load<Register<T>>(x + r * kPerRegister<T>), re[r], im[r]);
     });
+  });
+}
+
+// Whether one of the taps has a register of scalars at place u.
+constexpr bool Needed(int u, int taps, int perTap, int registers, int perResult) {
+  for (int p = 0; p < taps; ++p) {
+    const int rest = u - p * perTap;
+    if (rest >= 0 && rest % perResult == 0 && rest / perResult < registers) return true;
+  }
+  return false;
+}
+
+// What several taps need of a line is loaded once.
+template <class T, int kRegisters, int kTaps, int kTapsApart, class Tap, int kStride>
+[[gnu::always_inline]] inline void SumChain(Tap tap, Index k, Line<T, kStride> signal, Register<T> *re,
+                                            Register<T> *im) {
+  constexpr int kScalars = kTapsApart * kStride, kWidth = kPerRegister<T>;
+  constexpr int kUnit = kScalars < kWidth ? kScalars : kWidth;
+  constexpr int kPerTap = kScalars / kUnit, kPerResult = kWidth / kUnit;
+  static_assert(kScalars % kUnit == 0 && kWidth % kUnit == 0);
+  decltype(Weight<Register<T>>(tap(k))) weights[kTaps];
+  Unroll<kTaps>([&](auto p) { weights[p] = Weight<Register<T>>(tap(k + p * kTapsApart)); });
+  const T *const x = signal(k);
+  Unroll<(kTaps - 1) * kPerTap + (kRegisters - 1) * kPerResult + 1>([&](auto u) {
+    if constexpr (Needed(u, kTaps, kPerTap, kRegisters, kPerResult)) {
+      const auto values = Held(Load<Register<T>>(x + u * kUnit));
+      Unroll<kTaps>([&](auto p) {
+        Unroll<kRegisters>([&](auto r) {
+          if constexpr (p * kPerTap + r * kPerResult == u)
+            AddProduct<p == 0>(weights[p], values, re[r], im[r]);
+        });
+      });
+    }
   });
 }
 
@@ -93,10 +170,10 @@ template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kC
 [[gnu::always_inline]] inline void AddChains(Tap tap, Index k, Signal signal,
                                              Sums<T, kParts, kRegisters> &sums) {
   Register<T> re[kRegisters], im[kRegisters];
-  SumChain<T, kParts, kRegisters, kTaps, kTapsApart>(tap, k, signal, re, im);
+  SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k, signal, re, im);
   if constexpr (kChains == 2) {
     Register<T> re2[kRegisters], im2[kRegisters];
-    SumChain<T, kParts, kRegisters, kTaps, kTapsApart>(tap, k + 1, signal, re2, im2);
+    SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k + 1, signal, re2, im2);
     Unroll<kRegisters>([&](auto r) { re[r] += re2[r], im[r] += im2[r]; });
   }
   Unroll<kRegisters>([&](auto r) {
@@ -106,7 +183,7 @@ template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kC
 }
 
 // The taps k to end - 1: groups of kChain times kTapsApart as far as they go, then smaller ones.
-template <class T, int kParts> constexpr int kFullApart = kApart<T> / kParts;
+template <class T, int kParts> constexpr int kFullApart = kParts < kApart<T> ? kApart<T> / kParts : 1;
 
 template <int kTapsApart, class T, int kParts, int kRegisters, class Tap, class Signal>
 [[gnu::always_inline]] inline void AddTaps(Tap tap, Index k, Index end, Signal signal,
@@ -166,24 +243,32 @@ template <class Tap> inline bool AllFinite(Tap tap, Index k, Index end) {
   return true;
 }
 
+// Each pair of lanes exchanged; even lanes of a, odd lanes of b.
+struct Swapped {
+  static constexpr int At(int i) { return i ^ 1; }
+};
+template <int V> struct Alternating {
+  static constexpr int At(int i) { return i % 2 == 0 ? i : V + i; }
+};
+
 // Adds up the parts of the results' sums.
 template <class T, int kParts, int kRegisters>
 [[gnu::always_inline]] inline void StoreResults(const Sums<T, kParts, kRegisters> &sums, T *dst) {
-  for (int r = 0; r < kRegisters; ++r) {
+  Unroll<kRegisters>([&](auto r) {
     Register<T> result = sums.byRe[r].Value();
     if constexpr (kParts == 2) { // conj(tap) x = (re x.re + im x.im, re x.im - im x.re)
       const Register<T> im = sums.byIm[r].Value();
-      for (int lane = 0; lane < kPerRegister<T>; lane += 2) {
-        result[lane] += im[lane + 1];
-        result[lane + 1] -= im[lane];
-      }
+      const Register<T> swapped = Shuffle<Swapped, kPerRegister<T>>(im, im);
+      result = Shuffle<Alternating<kPerRegister<T>>, kPerRegister<T>>(result + swapped, result - swapped);
     }
     Store(dst + r * kPerRegister<T>, result);
-  }
+  });
 }
 
+// A block of results that needs what is before or behind x.
 template <class T, int kParts, int kStride, int kRegisters, class Tap>
-void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *dst) {
+[[gnu::noinline, gnu::flatten]] void CorrelateEdge(Tap tap, Index taps, const T *x, Index len, Index start,
+                                                   T *dst) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   constexpr int kFull = kFullApart<T, kParts>;
   Sums<T, kParts, kRegisters> sums;
@@ -209,18 +294,28 @@ void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *
       for (Index i = last; i < size; ++i) padded[i] = 0;
       values = padded;
     }
-    AddTaps<kFull>(
-        tap, k, end, [=](Index i) { return values + (i - k) * kStride; }, sums);
+    AddTaps<kFull>(tap, k, end, Line<T, kStride>{values - k * kStride}, sums);
     k = end;
   }
   StoreResults(sums, dst);
 }
 
+template <class T, int kParts, int kStride, int kRegisters, class Tap>
+[[gnu::flatten]] void CorrelateBlock(Tap tap, Index taps, const T *x, Index len, Index start, T *dst) {
+  constexpr int kWidth = kRegisters * kPerRegister<T>;
+  if (start < 0 || start + (taps - 1) * kStride + kWidth > len) {
+    return CorrelateEdge<T, kParts, kStride, kRegisters>(tap, taps, x, len, start, dst);
+  }
+  Sums<T, kParts, kRegisters> sums;
+  AddTaps<kFullApart<T, kParts>>(tap, 0, taps, Line<T, kStride>{x + start}, sums);
+  StoreResults(sums, dst);
+}
+
 // As many registers of results as leave some for the taps and the signal.
 #if defined(__AVX512F__) || defined(__aarch64__)
-template <int kParts> constexpr int kResultRegisters = 4 / kParts;
+template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 6 : 2;
 #else
-template <int kParts> constexpr int kResultRegisters = 2 / kParts;
+template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 3 : 1;
 #endif
 
 // Blocks of kRegisters as far as they go, then smaller ones.
@@ -294,13 +389,13 @@ void FirCplx(const Cplx32 *taps, Index tapCount, const float *x, float *dst, Ind
 // wanted, the signal being laid out so that those wanted are neighbours. From each place on a block of
 // results is read.
 template <class T, int kRegisters = kResultRegisters<1>>
-void CorrelateDown(const T *taps, Index tapCount, const T *x, const Index *offsets, T *dst, Index count) {
+[[gnu::flatten]] void CorrelateDown(const T *taps, Index tapCount, const T *x, const Index *offsets, T *dst,
+                                    Index count) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   const auto block = [&](T *results) {
     Sums<T, 1, kRegisters> sums;
     const auto tap = [taps](Index k) { return taps[k]; };
-    AddTaps<kFullApart<T, 1>>(
-        tap, 0, tapCount, [=](Index k) { return x + offsets[k]; }, sums);
+    AddTaps<kFullApart<T, 1>>(tap, 0, tapCount, Listed<T>{x, offsets}, sums);
     StoreResults(sums, results);
   };
   for (; count >= kWidth; count -= kWidth, x += kWidth, dst += kWidth) block(dst);
