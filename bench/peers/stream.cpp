@@ -22,16 +22,19 @@ using QORN::Cplx32;
 
 #if defined(QORN_PEER_VOLK)
 DotProducts::DotProducts(const std::vector<float> &taps, int block, int decimation)
-    : m_taps(taps.rbegin(), taps.rend()), m_block(block), m_decimation(decimation),
-      m_line(taps.size() - 1 + static_cast<std::size_t>(block)) {}
+    : m_taps(static_cast<float *>(volk_malloc(sizeof(float) * taps.size(), volk_get_alignment())), volk_free),
+      m_tapCount(static_cast<int>(taps.size())), m_block(block), m_decimation(decimation),
+      m_line(taps.size() - 1 + static_cast<std::size_t>(block)) {
+  std::reverse_copy(taps.begin(), taps.end(), m_taps.get());
+}
 
 void DotProducts::Run(const Cplx32 *src, Cplx32 *dst) {
-  const auto past = static_cast<std::ptrdiff_t>(m_taps.size()) - 1;
+  const auto past = std::ptrdiff_t{m_tapCount} - 1;
   std::copy_n(src, m_block, m_line.begin() + past);
   for (int n = 0; n < m_block; n += m_decimation) {
-    volk_32fc_32f_dot_prod_32fc_u(reinterpret_cast<lv_32fc_t *>(dst++),
-                                reinterpret_cast<const lv_32fc_t *>(m_line.data() + n), m_taps.data(),
-                                static_cast<unsigned>(m_taps.size()));
+    volk_32fc_32f_dot_prod_32fc(reinterpret_cast<lv_32fc_t *>(dst++),
+                                reinterpret_cast<const lv_32fc_t *>(m_line.data() + n), m_taps.get(),
+                                static_cast<unsigned>(m_tapCount));
   }
   std::copy_n(m_line.begin() + m_block, past, m_line.begin());
 }

@@ -18,8 +18,8 @@ public:
   void Run(const QORN::Cplx32 *src, QORN::Cplx32 *dst);
 
 private:
-  std::vector<float> m_taps; // reversed
-  int m_block, m_decimation;
+  std::unique_ptr<float[], void (*)(void *)> m_taps; // reversed and aligned
+  int m_tapCount, m_block, m_decimation;
   std::vector<QORN::Cplx32> m_line;
 };
 #endif

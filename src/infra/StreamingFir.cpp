@@ -34,13 +34,41 @@ void Direct(const Cplx32 *taps, Index count, const Cplx32 *x, Cplx32 *dst, Index
 
 template <class Tap>
 StreamingFir<Tap>::StreamingFir(const Tap *taps, int count)
-    : m_last(count - 1), m_taps(count * kScalars<Tap>), m_joint(2 * 2 * m_last), m_next(2 * m_last) {
+    : m_last(count - 1), m_taps(count * kScalars<Tap>), m_next(2 * m_last) {
   Tap *const last = reinterpret_cast<Tap *>(m_taps.Data()) + m_last;
   for (Index k = 0; k < count; ++k) *(last - k) = Conjugate(taps[k]);
+  const int length = fourier::StreamLength<Tap>(count);
+  if (length > 0) m_transforms.emplace(Taps(), count, length, true);
+  m_joint = fourier::WorkArray<float>(std::max<Index>(4 * m_last, 2 * length));
 }
 
 template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in, E *out, Index len) {
-  RunDirectly(in, out, len);
+  constexpr Index kProducts = kScalars<E> / kScalars<Tap>; // of an output with a tap
+  while (m_transforms) {
+    const Index most = m_transforms->Step() / kProducts, count = std::min(len, most);
+    const double terms = static_cast<double>(kProducts * count) * static_cast<double>(m_last + 1);
+    if (!fourier::IsWorthARun<Tap>(m_transforms->Length(), terms)) break;
+    E *const past = Past<E>();
+    std::copy_n(in, count, past + m_last);
+    RunTransforms(out, count);
+    std::copy_n(past + count, m_last, past);
+    in += count;
+    out += count;
+    len -= count;
+  }
+  if (len > 0) RunDirectly(in, out, len);
+}
+
+// Of the samples that stand behind the past.
+template <class Tap> template <class E> void StreamingFir<Tap>::RunTransforms(E *out, Index count) {
+  E *const past = Past<E>();
+  if constexpr (std::is_same_v<E, Tap>) {
+    const auto taps = static_cast<int>(m_last + 1), samples = static_cast<int>(m_last + count);
+    m_transforms->Run({Taps(), taps, past, samples, m_last, count, out});
+  } else {
+    std::fill(past + m_last + count, past + m_transforms->Length(), E{});
+    m_transforms->RunParts(Taps(), past, count, out);
+  }
 }
 
 // Only the outputs whose sums reach into the past are computed from a copy of their samples.
@@ -95,6 +123,7 @@ DecimatingFir::DecimatingFir(const float *taps, int count, int decimation, int p
       m_reversed(m_taps), m_data(2 * (m_streams * m_stride + kSlack)), m_past(2 * m_taps), m_next(2 * m_taps),
       m_offsets(m_taps), m_cplxOffsets(m_taps) {
   std::reverse_copy(taps, taps + count, m_reversed.Data());
+  std::fill_n(m_data.Data(), 2 * (m_streams * m_stride + kSlack), 0.0F); // some is read before it is written
   for (Index j = 0; j < m_taps; ++j) {
     m_offsets.Data()[j] = j % m_decimation * m_stride + j / m_decimation;
     m_cplxOffsets.Data()[j] = 2 * m_offsets.Data()[j];

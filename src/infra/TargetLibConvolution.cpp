@@ -24,6 +24,10 @@ template <class T> void Reverse(const T *src, int len, T *dst) {
                  [](const T &x) { return Conjugate(x); });
 }
 
+template <class T> void Run(const fourier::Correlation<T> &job, int length) {
+  fourier::Correlator<T>(job.taps, job.tapCount, length, false).Run(job);
+}
+
 template <class T>
 void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1, int len1, const T *src2,
               int len2, T *dst) {
@@ -33,11 +37,11 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
     std::swap(len1, len2);
   }
   const Index outputs = static_cast<Index>(len1) + len2 - 1;
-  const int log2Length = fourier::BlockLog2<T>(len1, outputs, static_cast<double>(len1) * len2);
-  if (log2Length == 0) return direct(src1, len1, src2, len2, dst);
+  const int length = fourier::BlockLength<T>(len1, outputs, static_cast<double>(len1) * len2);
+  if (length == 0) return direct(src1, len1, src2, len2, dst);
   const fourier::WorkArray<T> taps(len1);
   Reverse(src1, len1, taps.Data());
-  fourier::Correlate<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, log2Length);
+  Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, length);
 }
 
 template <class T>
@@ -49,22 +53,22 @@ void Correlate(void (*direct)(const T *, int, const T *, int, T *, int, int), co
   const Index first = std::clamp(place, Index{0}, whole), end = std::clamp(place + dstLen, Index{0}, whole);
   const int shorter = std::min(len1, len2);
   const double terms = std::min(static_cast<double>(len1) * len2, static_cast<double>(end - first) * shorter);
-  const int log2Length = first == end ? 0 : fourier::BlockLog2<T>(shorter, end - first, terms);
-  if (log2Length == 0) return direct(src1, len1, src2, len2, dst, dstLen, lowLag);
+  const int length = first == end ? 0 : fourier::BlockLength<T>(shorter, end - first, terms);
+  if (length == 0) return direct(src1, len1, src2, len2, dst, dstLen, lowLag);
 
   std::fill_n(dst, first - place, T{});
   std::fill(dst + (end - place), dst + dstLen, T{});
   T *const results = dst + (first - place);
   constexpr Index kScalars = sizeof(T) / sizeof(float);
   if (len1 <= len2) {
-    fourier::Correlate<T>({src1, len1, src2, len2, first, end - first, results}, log2Length);
+    Run<T>({src1, len1, src2, len2, first, end - first, results}, length);
   } else {
     const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
     Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
     Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
-    fourier::Correlate<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()),
-                           len1, first, end - first, results},
-                          log2Length);
+    Run<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()), len1, first,
+            end - first, results},
+           length);
   }
 }
 

@@ -124,8 +124,9 @@ template <class Tap, class E> void CheckPieces(int tapCount, int length, int lon
   }
 }
 
-TEST(SFIRFilter, Apply_AnyPiecesAndFewTaps_HaveTheBitsOfOnePiece) {
+TEST(SFIRFilter, Apply_AnyPiecesAndFewerThan64Taps_HaveTheBitsOfOnePiece) {
   for (const int taps : kTapCounts) {
+    if (taps >= 64) break;
     CheckPieces<float, float>(taps, 900, 300);
     CheckPieces<float, Cplx32>(taps, 900, 300);
     CheckPieces<Cplx32, Cplx32>(taps, 900, 300);
@@ -169,6 +170,83 @@ TEST(SFIRFilter, Apply_FromTheBeginning_HasTheBitsOfAShortConvolution) {
   TargetLib::Conv_32f(taps.GetPtr(), 29, in.GetPtr(), 400, whole.GetPtr());
   whole.Trim(0, 399);
   EXPECT_TRUE(SameBits(Whole(SFIRFilter(taps), in), whole));
+}
+
+// From even signals, whose outputs are all of a size, to those where loud samples stand beside quiet ones.
+enum class Shape { kNoise, kBursts, kQuietAfterLoud, kImpulse, kRealOnly, kSilence };
+constexpr Shape kShapes[] = {Shape::kNoise,   Shape::kBursts,   Shape::kQuietAfterLoud,
+                             Shape::kImpulse, Shape::kRealOnly, Shape::kSilence};
+
+template <class V> V Signal(Shape shape, int length) {
+  V in = NoiseVector<V>(length, 21);
+  for (int i = 0; i < length; ++i) {
+    float gain = 1;
+    if (shape == Shape::kBursts) gain = i / 1500 % 2 == 0 ? 1.0F : 0.0F;
+    if (shape == Shape::kQuietAfterLoud) gain = i % 4000 < 100 ? 1e6F : 1e-7F;
+    if (shape == Shape::kImpulse) gain = i == length / 2 ? 1.0F : 0.0F;
+    if (shape == Shape::kSilence) gain = 0;
+    if constexpr (std::is_same_v<ElementOf<V>, float>) {
+      in[i] *= gain;
+    } else {
+      in[i] = {in[i].re * gain, shape == Shape::kRealOnly ? 0 : in[i].im * gain};
+    }
+  }
+  return in;
+}
+
+// Long taps in long pieces, where transforms come in: within the bound wherever the signal is cut, and in
+// place.
+template <class Tap, class E> void CheckLong(int tapCount, Shape shape) {
+  constexpr int kLength = 16000;
+  const auto taps = NoiseVector<VectorOf<Tap>>(tapCount, 22);
+  const auto in = Signal<VectorOf<E>>(shape, kLength);
+  VectorOf<E> inPlace(in);
+  SFIRFilter filter(taps), pieces(taps);
+  filter.Apply(inPlace, false);
+  const VectorOf<E> outs[] = {Whole(SFIRFilter(taps), in),
+                              InPieces(pieces, in, Pieces(kLength, 6000, static_cast<unsigned>(tapCount))),
+                              inPlace};
+  EXPECT_TRUE(SameBits(outs[0], outs[2]));
+  ReferenceFir<Tap, E> reference(List(taps));
+  for (int n = 0; n < kLength; ++n) {
+    reference.Step(in[n]);
+    if (n % 97 != 0 && n % 4000 > 20 && n != kLength / 2) continue;
+    for (const auto &out : outs) {
+      ASSERT_TRUE(reference.Gives(out[n]))
+          << "taps " << tapCount << ", shape " << static_cast<int>(shape) << ", output " << n;
+    }
+  }
+}
+
+TEST(SFIRFilter, Apply_LongTapsInLongPieces_KeepsTheBound) {
+  for (const Shape shape : kShapes) {
+    for (const int taps : {300, 900, 2500}) {
+      CheckLong<float, float>(taps, shape);
+      CheckLong<float, Cplx32>(taps, shape);
+      CheckLong<Cplx32, Cplx32>(taps, shape);
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(SFIRFilter, Apply_LongTapsInLongPieces_KeepsTheBoundAtEveryLevel) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    CheckLong<float, float>(1100, Shape::kNoise);
+    CheckLong<float, Cplx32>(1100, Shape::kQuietAfterLoud);
+    CheckLong<Cplx32, Cplx32>(1100, Shape::kNoise);
+  }
+}
+
+// That the tests above are about transforms: direct sums would have the same bits.
+TEST(SFIRFilter, Apply_LongTapsInLongPieces_GoesThroughTransforms) {
+  const auto taps = NoiseVector<VecReal32>(1000);
+  const auto complex = NoiseVector<VecCplx32>(9000);
+  const auto real = NoiseVector<VecReal32>(9000);
+  const std::vector<int> singles(9000, 1);
+  SFIRFilter filter(taps), other(taps);
+  EXPECT_FALSE(SameBits(InPieces(filter, complex, singles), Whole(SFIRFilter(taps), complex)));
+  EXPECT_FALSE(SameBits(InPieces(other, real, singles), Whole(SFIRFilter(taps), real)));
 }
 
 TEST(SFIRFilter, Flush_ThenTheSameBlock_GivesTheSame) {
@@ -262,7 +340,7 @@ template <class TapVector, class V> void CheckInPlace(int tapCount, int length) 
 
 TEST(SFIRFilter, Apply_InPlace_GivesTheSame) {
   for (const int taps : {1, 2, 10, 64, 200}) {
-    for (const int length : {1, 9, 10, 11, 150, 1000}) {
+    for (const int length : {1, 9, 10, 11, 150, 700}) {
       CheckInPlace<VecReal32, VecReal32>(taps, length);
       CheckInPlace<VecReal32, VecCplx32>(taps, length);
       CheckInPlace<VecCplx32, VecCplx32>(taps, length);
@@ -397,10 +475,13 @@ TEST(SFIRFilter, Copy_OfARunningFilter_GoesOnByItself) {
 template <class TapVector, class V> void CheckAllocations(int tapCount, int longest) {
   SFIRFilter filter(NoiseVector<TapVector>(tapCount));
   V in = NoiseVector<V>(longest), out(longest), data(longest);
+  // Quiet outputs beside loud ones take more work, but no more memory.
+  for (int i = longest / 3; i < longest; ++i) in[i] = {};
+  in[0] = test::Element<ElementOf<V>>(1000000);
   const AllocationLimit none(0);
   const long before = AllocationCount();
   for (int call = 0; call < 100; ++call) {
-    in.Resize(1 + call * 37 % longest);
+    in.Resize(1 + call * 3701 % longest);
     filter.Apply(out, in, call % 2 == 0);
     data.Resize(longest);
     filter.Apply(data, true);
@@ -411,10 +492,10 @@ template <class TapVector, class V> void CheckAllocations(int tapCount, int long
 
 // From the first call on, and whatever the lengths of the pieces: so the filter cannot grow with the signal.
 TEST(SFIRFilter, Apply_AnyPieces_AllocatesNothing) {
-  for (const int taps : {1, 30, 300}) {
-    CheckAllocations<VecReal32, VecReal32>(taps, 1500);
-    CheckAllocations<VecReal32, VecCplx32>(taps, 1500);
-    CheckAllocations<VecCplx32, VecCplx32>(taps, 1500);
+  for (const int taps : {1, 30, 1000}) {
+    CheckAllocations<VecReal32, VecReal32>(taps, 9000);
+    CheckAllocations<VecReal32, VecCplx32>(taps, 9000);
+    CheckAllocations<VecCplx32, VecCplx32>(taps, 9000);
   }
 }
 
@@ -438,14 +519,14 @@ TEST(SFIRFilter, SetTaps_NoMemory_ThrowsAndLeavesNoTaps) {
 TEST(SFIRFilter, Apply_NotFinite_ShowsOnlyUnderTheTaps) {
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  for (const int tapCount : {1, 5, 64, 100}) {
+  for (const int tapCount : {1, 5, 64, 100, 2000}) {
     for (const float value : {kInfinity, -kInfinity, kNaN}) {
       VecReal32 taps = NoiseVector<VecReal32>(tapCount);
-      auto in = NoiseVector<VecCplx32>(600);
+      auto in = NoiseVector<VecCplx32>(9600);
       in[250].im = value;
       SFIRFilter filter(taps);
-      const auto out = InPieces(filter, in, {200, 70, 330});
-      for (int n = 0; n < 600; ++n) {
+      const auto out = InPieces(filter, in, {200, 70, 9330});
+      for (int n = 0; n < 9600; ++n) {
         ASSERT_TRUE(std::isfinite(out[n].re)) << n;
         ASSERT_EQ(std::isfinite(out[n].im), n < 250 || n >= 250 + tapCount) << tapCount << ' ' << n;
       }

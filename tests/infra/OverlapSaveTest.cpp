@@ -53,7 +53,7 @@ void CheckStream(OverlapSave<double> &filter, const std::vector<double> &h, cons
 
 TEST(OverlapSave, Run_ComplexTapsAndSignal_IsTheLinearConvolution) {
   for (const int taps : {1, 2, 33, 64}) {
-    OverlapSave<double> filter(6, taps);
+    OverlapSave<double> filter(64, taps);
     EXPECT_EQ(filter.Length(), 64);
     EXPECT_EQ(filter.Step(), 65 - taps);
     const auto h = Noise(2 * taps, 1);
@@ -63,7 +63,7 @@ TEST(OverlapSave, Run_ComplexTapsAndSignal_IsTheLinearConvolution) {
 }
 
 TEST(OverlapSave, SetTaps_Again_ReplacesThem) {
-  OverlapSave<double> filter(7, 20);
+  OverlapSave<double> filter(128, 20);
   filter.SetTaps(Noise(40, 3).data());
   const auto h = Noise(40, 4);
   filter.SetTaps(h.data());
@@ -72,7 +72,7 @@ TEST(OverlapSave, SetTaps_Again_ReplacesThem) {
 
 TEST(OverlapSave, Copy_OfAFilter_IsAClone) {
   const auto h = Noise(20, 6);
-  std::optional<OverlapSave<double>> filter(std::in_place, 6, 10);
+  std::optional<OverlapSave<double>> filter(std::in_place, 96, 10);
   filter->SetTaps(h.data());
   OverlapSave<double> copy(*filter);
   filter->SetTaps(Noise(20, 7).data());
@@ -81,7 +81,7 @@ TEST(OverlapSave, Copy_OfAFilter_IsAClone) {
 }
 
 TEST(OverlapSave, Run_InSteadyState_AllocatesNothing) {
-  OverlapSave<float> filter(10, 100);
+  OverlapSave<float> filter(1024, 100);
   const std::vector<float> h(200, 0.5F);
   const long before = AllocationCount();
   for (int i = 0; i < 3; ++i) {
@@ -94,7 +94,7 @@ TEST(OverlapSave, Run_InSteadyState_AllocatesNothing) {
 TEST(SharedPlan, ManyThreads_GetOnePlan) {
   std::vector<const ComplexPlan<float> *> plans(8);
   std::vector<std::thread> threads;
-  for (auto &plan : plans) threads.emplace_back([&plan] { plan = &SharedPlan<float>(13); });
+  for (auto &plan : plans) threads.emplace_back([&plan] { plan = &SharedPlan<float>(8192); });
   for (auto &thread : threads) thread.join();
   for (const auto *plan : plans) EXPECT_EQ(plan, plans[0]);
   EXPECT_EQ(plans[0]->Length(), 8192);

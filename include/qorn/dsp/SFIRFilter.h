@@ -19,12 +19,21 @@ template <class Tap> class StreamingFir;
 /// cut into pieces of any lengths, down to a sample, and gives the outputs that it would give in one piece.
 ///
 /// The error of each output, or of each part of a complex one, is at most 4 eps times its own sum of |h[k]|
-/// |x[n - k]|, eps = 2^-23, as that of TargetLib::Conv_32f. Outputs are direct sums, whose bits depend on
-/// their own operands alone. What is not finite shows in the outputs that it belongs to and nowhere else.
+/// |x[n - k]| (of real taps: of that part's samples), eps = 2^-23, as that of TargetLib::Conv_32f, and
+/// however the signal is cut. There are two methods, and T and the length of a piece alone choose between
+/// them:
+/// - direct sums for fewer than 64 taps, for short pieces, and for what is left of a long piece. The bits of
+///   an output depend on its own operands alone, so they do not depend on the cut either.
+/// - transforms in double (overlap-save), where these are estimated to take less time: of pieces of thousands
+///   of samples from about 120 real taps or 64 complex ones on. Outputs that the
+///   rounding errors of loud samples nearby could have spoiled are told by bounds and computed again. The
+///   last bits of an output may depend on the cut.
+/// Either way outputs without a nonzero product are exactly 0, what is not finite shows in the outputs that
+/// it belongs to and nowhere else, and the state is the same samples, so the methods may take turns.
 ///
-/// Real taps on a complex signal are two real filters: each part of each output has the bits that it would
-/// have alone. The two parts have a delay line each, and a real signal uses that of the real part; so an
-/// object that has to change from real signals to complex ones or back is flushed in between.
+/// Real taps on a complex signal are two real filters: each part of each output by direct sums has the bits
+/// that it would have alone. The two parts have a delay line each, and a real signal uses that of the real
+/// part; so an object that has to change from real signals to complex ones or back is flushed in between.
 ///
 /// An object is for one signal and one thread at a time. A copy goes on by itself from the state that it was
 /// copied with.

@@ -15,9 +15,10 @@ class DecimatingFir;
 ///
 ///   y[i] = sum over k of h[k] x[i D + p - k],   0 <= k < T,   with the phase 0 <= p < D
 ///
-/// Only these outputs are computed, and each has the bits that it would have in a direct sum of SFIRFilter,
-/// with its error bound. x goes on from call to call, T samples of it being kept, as long as the pieces have
-/// lengths divisible by D: the last L modulo D samples of a piece are dropped, as if they had never been.
+/// Only these outputs are computed, by direct sums, and each has the bits that it has where SFIRFilter takes
+/// direct sums, with their error bound. x goes on from call to call, T samples of it being kept, as long as
+/// the pieces have lengths divisible by D: the last L modulo D samples of a piece are dropped, as if they had
+/// never been.
 ///
 /// The parts of a complex signal are filtered as two real ones, with a delay line each. A real signal uses
 /// that of the real part; so an object that has to change from real signals to complex ones or back is

@@ -78,13 +78,15 @@ double Energy(const double *x, Index len) { return active->ConvEnergy_64f(x, len
 // same at the others.
 
 // A product of a direct sum.
-template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.019 : 0.036;
-template <> constexpr double kPerTerm<Cplx32> = 0.105;
+template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.011 : 0.036;
+template <> constexpr double kPerTerm<Cplx32> = 0.046;
 
 // A pair of real blocks, or a complex one, there and back. The taps take half of it.
-template <class T> double RunCost(int log2Length) {
-  const double perPoint = (1 + 0.13 * log2Length) * (log2Length < 14 ? 1 : 1.6); // beyond the nearer caches
-  return (std::is_same_v<T, double> ? 3 : 1) * std::ldexp(perPoint, log2Length);
+template <class T> double RunCost(double length) {
+  const double outside = length < 16384 ? 1 : 1.6;         // of the nearer caches
+  const double nine = std::fmod(length, 9) == 0 ? 1.1 : 1; // its passes take longer
+  const double perPoint = (0.6 + 0.135 * std::log2(length)) * outside * nine;
+  return (std::is_same_v<T, double> ? 3 : 1) * perPoint * length;
 }
 
 // To get and to free the memory.
@@ -92,7 +94,12 @@ constexpr double kPerCall = 1000;
 
 constexpr int kLargestLog2 = 26;
 
-template <class T> class Job {
+// The outputs of a call for which streams are laid out.
+constexpr Index kUsualBlock = 4096;
+
+} // namespace
+
+template <class T> class Correlator<T>::Job {
   using Part = typename Element<T>::Part;
   static constexpr int kParts = Element<T>::kParts;
   static constexpr bool kSplit = std::is_same_v<T, double>;
@@ -103,27 +110,28 @@ template <class T> class Job {
   static constexpr int kTapSteps = 18;
   static constexpr int kDeepest = 3;
   static constexpr Index kMany = 8; // outputs of which one is in doubt are many
+  static constexpr Index kFew = 64; // and so many leave few in doubt
 
 public:
-  Job(const Correlation<T> &job, int log2Length)
-      : m_job(job), m_log2(log2Length), m_last(job.tapCount - 1), m_engine(log2Length, job.tapCount),
-        m_error(4 * log2Length * kUnit) {
+  Job(const T *taps, int tapCount, int length, bool lasting)
+      : m_job{taps, tapCount, nullptr, 0, 0, 0, nullptr}, m_last(tapCount - 1), m_engine(length, tapCount),
+        m_error(PerTwo(length) * std::ceil(std::log2(length)) * kUnit) {
     // Doubles have two spectra more and a second block; then come the windows, which take two blocks of
     // reals.
     const Index n = m_engine.Length(), extra = kSplit ? 6 * n : 0;
     m_work = WorkArray<double>(extra + 2 * n);
-    double *const work = m_work.Data();
-    if constexpr (kSplit) {
-      m_low = work;
-      m_fineSpectrum = work + 2 * n;
-      m_allSpectrum = work + 4 * n;
-    }
-    m_windows[0] = reinterpret_cast<Part *>(work + extra);
-    m_windows[1] = m_windows[0] + (kParts == 1 ? n : 0);
+    m_usable = SetTaps();
+    if (!lasting) return;
+    SetSizes();
+    if constexpr (std::is_same_v<T, float>) m_apart = WorkArray<float>(4 * n);
   }
 
-  void Run() {
-    if (!SetTaps()) return Directly({m_job.first, m_job.count});
+  Index Step() const { return m_engine.Step() * kPairs; }
+  int Length() const { return m_engine.Length(); }
+
+  void Run(const Correlation<T> &job) {
+    m_job = job;
+    if (!m_usable) return Directly({m_job.first, m_job.count});
     const Index end = m_job.first + m_job.count, step = m_engine.Step();
     for (Index at = m_job.first; at < end; at += step * kPairs) {
       Outputs pair[2] = {};
@@ -132,6 +140,31 @@ public:
         pair[i] = {first, std::min(step, end - first)};
       }
       Process(pair, 0);
+    }
+  }
+
+  // Both parts of complex inputs at once, by transforms of the values as they lie in memory. Where that does
+  // not do, the parts are set one behind the other, as a real signal, and are two blocks of it.
+  void RunParts(const float *taps, const float *window, Index count, float *dst) {
+    if constexpr (std::is_same_v<T, float>) {
+      if (RunPartsAtOnce(taps, window, count, dst)) return;
+      const Index size = m_last + count;
+      float *const x = m_apart.Data(), *const results = x + 2 * m_engine.Length();
+      for (Index i = 0; i < size; ++i) {
+        x[i] = window[2 * i];
+        x[size + i] = window[2 * i + 1];
+      }
+      m_job = {taps, m_job.tapCount, x, static_cast<int>(2 * size), m_last, size + count, results};
+      Outputs parts[2] = {{m_last, count}, {size + m_last, count}};
+      if (m_usable) {
+        Process(parts, 0);
+      } else {
+        for (const Outputs &outputs : parts) Directly(outputs);
+      }
+      for (Index i = 0; i < count; ++i) {
+        dst[2 * i] = results[i];
+        dst[2 * i + 1] = results[size + i];
+      }
     }
   }
 
@@ -148,6 +181,42 @@ private:
     // As many as an int can count, and so many that their places can be told.
     Direct(m_job.taps, m_job.tapCount, m_job.x, m_job.len, Target(outputs.first),
            static_cast<int>(outputs.count), static_cast<int>(outputs.first - m_last));
+  }
+
+  // False if the values are not finite or many outputs in doubt. A few are summed directly.
+  bool RunPartsAtOnce(const float *taps, const float *window, Index count, float *dst) {
+    const Index n = m_engine.Length();
+    if (!m_usable) return false;
+    const double energy = active->ConvWiden_32f(window, m_engine.Block(), 2 * n);
+    if (!std::isfinite(energy)) return false;
+    if (energy == 0) {
+      std::fill_n(dst, 2 * count, 0.0F);
+      return true;
+    }
+    m_engine.Run();
+    const double *const valid = m_engine.Block() + 2 * m_last;
+    const double least = Bound(std::sqrt(energy) * (1 + 1e-6), m_norm, m_gain) / kShare;
+    const Index below = active->ConvNarrow_32f(valid, dst, 2 * count, least);
+    if (below * kFew > count) return false;
+    for (Index i = 0, left = below; left > 0; ++i) {
+      const bool re = std::fabs(valid[2 * i]) < least, im = std::fabs(valid[2 * i + 1]) < least;
+      if (!re && !im) continue;
+      active->Fir_32f32fc(taps, m_last + 1, window + 2 * i, dst + 2 * i, 1);
+      left -= re + im;
+    }
+    return true;
+  }
+
+  // Of the transforms' errors in units of log2 N u. For radices that are not powers of two the published
+  // bound has larger constants.
+  static double PerTwo(int length) { return (length & (length - 1)) == 0 ? 4 : 8; }
+
+  double *Low() const { return m_work.Data(); }
+  double *FineSpectrum() const { return m_work.Data() + 2 * static_cast<Index>(m_engine.Length()); }
+  double *AllSpectrum() const { return m_work.Data() + 4 * static_cast<Index>(m_engine.Length()); }
+  Part *WindowMemory(Index which) const {
+    const Index n = m_engine.Length();
+    return reinterpret_cast<Part *>(m_work.Data() + (kSplit ? 6 * n : 0)) + which * n;
   }
 
   // The bound of the errors, given the norms of a block and of the taps.
@@ -188,7 +257,7 @@ private:
     if constexpr (kSplit) {
       m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
       const double magic = 0x1.8p52 * m_tapStep;
-      double *const fine = m_fineSpectrum, *const all = m_allSpectrum;
+      double *const fine = FineSpectrum(), *const all = AllSpectrum();
       double fineEnergy = 0;
       for (Index i = 0; i < taps; ++i) {
         const double tap = TapAt(i), coarse = (tap + magic) - magic;
@@ -221,7 +290,7 @@ private:
     const Index n = m_engine.Length(), from = outputs.first - m_last, size = outputs.count + m_last;
     const Part *const x = reinterpret_cast<const Part *>(m_job.x);
     if (outputs.count == m_engine.Step() && from >= 0 && from + n <= m_job.len) return x + from * kParts;
-    Part *const window = m_windows[which];
+    Part *const window = WindowMemory(which);
     const Index begin = std::max(from, Index{0});
     const Index end = outputs.count == 0 ? begin : std::max(begin, std::min<Index>(from + size, m_job.len));
     const Index before = outputs.count == 0 ? 0 : (begin - from) * kParts;
@@ -234,7 +303,7 @@ private:
 
   // The same without what is not finite.
   const Part *Cleaned(Index which, const Part *from) {
-    Part *const window = m_windows[which];
+    Part *const window = WindowMemory(which);
     std::transform(from, from + m_engine.Length() * kParts, window,
                    [](Part x) { return std::isfinite(x) ? x : Part{0}; });
     return window;
@@ -296,7 +365,7 @@ private:
     double *const block = m_engine.Block(), *const valid = block + 2 * m_last;
     double least = 0;
     if constexpr (kSplit) {
-      double *const low = m_low;
+      double *const low = Low();
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
       double gain = std::min(m_gain, 4 * m_norm), error = 0, magic = 0;
@@ -310,7 +379,7 @@ private:
             std::sqrt(active->ConvSplit_64f(windows[0], windows[1], block, low, n, magic)) * (1 + 1e-6);
         m_engine.Forward(block, block);
         m_engine.Forward(low, low);
-        active->ConvSumOfProducts_64f(block, m_fineSpectrum, low, m_allSpectrum, low, n);
+        active->ConvSumOfProducts_64f(block, FineSpectrum(), low, AllSpectrum(), low, n);
         active->FourierProduct_64f(block, m_engine.Spectrum(), block, n, false, false);
         m_engine.Inverse(block, block);
         m_engine.Inverse(low, low);
@@ -385,21 +454,24 @@ private:
     double scale, error;
   };
 
+  void SetSizes() {
+    if (!m_usable || m_large[0].size == 0) return;
+    m_sizes.emplace(m_engine.Length(), m_job.tapCount);
+    float *const h = m_sizes->Block();
+    for (Index i = 0; i <= m_last; ++i) {
+      const double size = Size(TapAt(i)) / m_large[0].size;
+      m_sizeGain += size;
+      h[2 * i] = static_cast<float>(size);
+      h[2 * i + 1] = 0;
+    }
+    m_sizes->SetTaps(h);
+  }
+
   // By a transform of floats between 0 and 1.
   SizeSums SumSizes(const Part *const (&windows)[2], double norm) {
     const Index n = m_engine.Length();
     const double largestTap = m_large[0].size;
-    if (!m_sizes) {
-      m_sizes.emplace(m_log2, m_job.tapCount);
-      float *const h = m_sizes->Block();
-      for (Index i = 0; i <= m_last; ++i) {
-        const double size = Size(TapAt(i)) / largestTap;
-        m_sizeGain += size;
-        h[2 * i] = static_cast<float>(size);
-        h[2 * i + 1] = 0;
-      }
-      m_sizes->SetTaps(h);
-    }
+    if (!m_sizes) SetSizes();
     double largest = 0;
     const auto elements = [&](Index i) { return reinterpret_cast<const T *>(windows[i]); };
     for (Index i = 0; i < kPairs; ++i) {
@@ -476,7 +548,7 @@ private:
     for (int i = 0; i < stretches.count; ++i) {
       const Outputs &outputs = stretches.all[i];
       const double terms = static_cast<double>(outputs.count) * m_job.tapCount;
-      if (depth < kDeepest && !dirty && terms * kPerTerm < T >> RunCost<T>(m_log2)) {
+      if (depth < kDeepest && !dirty && terms * kPerTerm < T >> RunCost<T>(m_engine.Length())) {
         Outputs pair[2] = {outputs, {outputs.first, 0}};
         Process(pair, depth + 1);
       } else {
@@ -492,27 +564,39 @@ private:
       return {};
   }
 
-  const Correlation<T> m_job;
-  const int m_log2;
-  const Index m_last;           // the place of the last tap
+  Correlation<T> m_job;
+  Index m_last;                 // the place of the last tap
   OverlapSave<double> m_engine; // with the taps, or their coarse part
-  const double m_error;         // of a transform, relative
+  double m_error;               // of a transform, relative
   double m_norm = 0, m_gain = 0;
   Operand m_large[kLarge]; // the largest taps
   int m_largeCount = 0;
   WorkArray<double> m_work;
-  Part *m_windows[2];
+  bool m_usable = false;                     // for finite taps
+  WorkArray<float> m_apart;                  // the parts of a complex signal and their outputs
   std::optional<OverlapSave<float>> m_sizes; // with the magnitudes of the taps
   double m_sizeGain = 0;
 
   // Of doubles.
   double m_tapStep = 0, m_fineNorm = 0, m_fineGain = 0;
-  double *m_low = nullptr, *m_fineSpectrum = nullptr, *m_allSpectrum = nullptr;
 };
 
-} // namespace
+template <class T>
+Correlator<T>::Correlator(const T *taps, int tapCount, int length, bool lasting)
+    : m_job(std::make_unique<Job>(taps, tapCount, length, lasting)) {}
+template <class T>
+Correlator<T>::Correlator(const Correlator &other) : m_job(std::make_unique<Job>(*other.m_job)) {}
+template <class T> Correlator<T>::~Correlator() = default;
 
-template <class T> int BlockLog2(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
+template <class T> int Correlator<T>::Length() const { return m_job->Length(); }
+template <class T> std::ptrdiff_t Correlator<T>::Step() const { return m_job->Step(); }
+template <class T> void Correlator<T>::Run(const Correlation<T> &job) { m_job->Run(job); }
+template <class T>
+void Correlator<T>::RunParts(const float *taps, const Cplx32 *window, std::ptrdiff_t count, Cplx32 *dst) {
+  m_job->RunParts(taps, &window->re, count, &dst->re);
+}
+
+template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
   if (taps < 32) return 0;
   double least = terms * kPerTerm<T>;
   int best = 0;
@@ -521,25 +605,49 @@ template <class T> int BlockLog2(std::ptrdiff_t taps, std::ptrdiff_t outputs, do
     if (step < 1) continue;
     const Index blocks = (outputs + step - 1) / step;
     const Index runs = Element<T>::kParts == 1 ? (blocks + 1) / 2 : blocks;
-    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(k) + kPerCall;
+    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(std::ldexp(1.0, k)) + kPerCall;
     if (cost < least) {
       least = cost;
-      best = k;
+      best = 1 << k;
     }
     if (runs == 1) break;
   }
   return best;
 }
 
-template <class T> void Correlate(const Correlation<T> &job, int log2Length) {
-  Job<T>(job, log2Length).Run();
+template <class T> int StreamLength(std::ptrdiff_t taps) {
+  if (taps < 64) return 0;
+  const Index outputs = std::max(kUsualBlock, taps);
+  double least = std::numeric_limits<double>::infinity();
+  int best = 0;
+  for (Index power = 64; power <= Index{1} << (kLargestLog2 - 3); power *= 2) {
+    for (const Index odd : {8, 9, 10, 12}) {
+      const Index length = power / 8 * odd, step = length - taps + 1;
+      if (step < 1) continue;
+      const double cost =
+          static_cast<double>((outputs + step - 1) / step) * RunCost<T>(static_cast<double>(length));
+      if (cost < least) {
+        least = cost;
+        best = static_cast<int>(length);
+      }
+    }
+  }
+  return best;
 }
 
-template int BlockLog2<float>(std::ptrdiff_t, std::ptrdiff_t, double);
-template int BlockLog2<double>(std::ptrdiff_t, std::ptrdiff_t, double);
-template int BlockLog2<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
-template void Correlate(const Correlation<float> &, int);
-template void Correlate(const Correlation<double> &, int);
-template void Correlate(const Correlation<Cplx32> &, int);
+template <class T> bool IsWorthARun(int length, double terms) {
+  return terms * kPerTerm<T> > RunCost<T>(length);
+}
+
+template class Correlator<float>;
+template class Correlator<double>;
+template class Correlator<Cplx32>;
+template int BlockLength<float>(std::ptrdiff_t, std::ptrdiff_t, double);
+template int BlockLength<double>(std::ptrdiff_t, std::ptrdiff_t, double);
+template int BlockLength<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
+template int StreamLength<float>(std::ptrdiff_t);
+template int StreamLength<Cplx32>(std::ptrdiff_t);
+template bool IsWorthARun<float>(int, double);
+template bool IsWorthARun<Cplx32>(int, double);
 
 } // namespace QORN::fourier

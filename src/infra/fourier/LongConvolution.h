@@ -3,6 +3,9 @@
 #define QORN_SRC_INFRA_FOURIER_LONGCONVOLUTION_H
 
 #include <cstddef>
+#include <memory>
+
+#include "qorn/infra/Cplx.h"
 
 namespace QORN::fourier {
 
@@ -19,13 +22,45 @@ template <class T> struct Correlation {
   T *dst; ///< output n goes to dst[n - first]
 };
 
-/// The length of the transforms, as a power of two, that serve the correlation of M taps with L outputs at
-/// the least estimated work; 0 if direct sums are estimated to take less. `terms` is the number of products.
-/// Depends on its arguments alone.
-template <class T> int BlockLog2(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
+/// Correlations with one set of taps, by transforms of one length. Copies are clones. Throws QORNException
+/// 11001 if there is no memory.
+template <class T> class Correlator {
+public:
+  /// `length` is 2^k times 1, 3, 5 or 9, and at least tapCount. With `lasting`, all memory is taken at once;
+  /// else what few signals need is left until then, and RunParts is not to be called.
+  Correlator(const T *taps, int tapCount, int length, bool lasting);
+  Correlator(const Correlator &other);
+  Correlator &operator=(const Correlator &) = delete;
+  ~Correlator();
 
-/// By transforms of 2^log2Length >= tapCount points. Throws QORNException 11001 if there is no memory.
-template <class T> void Correlate(const Correlation<T> &job, int log2Length);
+  int Length() const;
+
+  /// The outputs that one run of the transforms gives; of RunParts half of them.
+  std::ptrdiff_t Step() const;
+
+  /// The job's taps are the constructor's.
+  void Run(const Correlation<T> &job);
+
+  /// For T = float: a complex signal's parts, each as a real one, with the constructor's taps. `window` has
+  /// Length() values: from the first one under the taps of the first output on, and zeros behind the last.
+  void RunParts(const float *taps, const Cplx32 *window, std::ptrdiff_t count, Cplx32 *dst);
+
+private:
+  class Job;
+  std::unique_ptr<Job> m_job;
+};
+
+/// The length of the transforms, a power of two, that serve the correlation of M taps with L outputs at the
+/// least estimated work; 0 if direct sums are estimated to take less. `terms` is the number of products.
+/// Depends on its arguments alone.
+template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
+
+/// The length of the transforms for an endless complex signal, 2^k times 1, 3, 5 or 9, that comes in blocks
+/// of 4096 values or, if that is more, of as many as there are taps; 0 if it is only for direct sums.
+template <class T> int StreamLength(std::ptrdiff_t taps);
+
+/// Whether a run of transforms is estimated to take less than direct sums of so many products.
+template <class T> bool IsWorthARun(int length, double terms);
 
 } // namespace QORN::fourier
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <climits>
 #include <memory>
 
@@ -16,14 +17,16 @@ constexpr const char *kModule = "infra\\TargetLib_ipp";
 
 // The plans of the process. The slots are constant-initialised and trivially destroyed, so that they serve
 // other objects' constructors and destructors; what is made after the end of this object's life is not freed.
-template <class T> std::atomic<const ComplexPlan<T> *> slots[31];
+template <class T> std::atomic<const ComplexPlan<T> *> slots[5][31];
 
 template <class T> struct FreeAtExit {
   FreeAtExit() = default;
   FreeAtExit(const FreeAtExit &) = delete;
   FreeAtExit &operator=(const FreeAtExit &) = delete;
   ~FreeAtExit() {
-    for (auto &slot : slots<T>) const std::unique_ptr<const ComplexPlan<T>> plan(slot.exchange(nullptr));
+    for (auto &powers : slots<T>) {
+      for (auto &slot : powers) const std::unique_ptr<const ComplexPlan<T>> plan(slot.exchange(nullptr));
+    }
   }
 };
 const FreeAtExit<float> freeFloats;
@@ -40,10 +43,11 @@ template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count) {
   m_bytes = Bytes(static_cast<int>(count) * static_cast<int>(sizeof(T)));
 }
 
-template <class T> const ComplexPlan<T> &SharedPlan(int log2Length) {
-  auto &slot = slots<T>[log2Length];
+template <class T> const ComplexPlan<T> &SharedPlan(int length) {
+  const int power = std::countr_zero(static_cast<unsigned>(length));
+  auto &slot = slots<T>[(length >> power) / 2][power];
   if (const ComplexPlan<T> *plan = slot.load(std::memory_order_acquire)) return *plan;
-  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(1 << log2Length);
+  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(length);
   if (made == nullptr) Throw(errors::kMemoryAllocation, kModule);
   const ComplexPlan<T> *present = nullptr;
   // Of two threads that make the same plan, the later one drops its own.
@@ -52,10 +56,9 @@ template <class T> const ComplexPlan<T> &SharedPlan(int log2Length) {
 }
 
 template <class T>
-OverlapSave<T>::OverlapSave(int log2Length, int taps)
-    : m_plan(&SharedPlan<T>(log2Length)), m_taps(taps),
-      m_work((std::ptrdiff_t{4} << log2Length) +
-             static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
+OverlapSave<T>::OverlapSave(int length, int taps)
+    : m_plan(&SharedPlan<T>(length)), m_taps(taps),
+      m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
 
 template <class T> void OverlapSave<T>::SetTaps(const T *h) {
   T *const spectrum = m_work.Data();

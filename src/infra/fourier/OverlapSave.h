@@ -25,11 +25,12 @@ private:
   Bytes m_bytes;
 };
 
-/// The complex plan of 2^log2Length points. It is made at the first call, belongs to the process and is freed
-/// at its end; any thread may call. Throws QORNException 11001 if there is no memory for it.
-template <class T> const ComplexPlan<T> &SharedPlan(int log2Length);
+/// The complex plan of a length that is 2^k times 1, 3, 5 or 9. It is made at the first call, belongs to the
+/// process and is freed at its end; any thread may call. Throws QORNException 11001 if there is no memory for
+/// it.
+template <class T> const ComplexPlan<T> &SharedPlan(int length);
 
-/// N = 2^log2Length complex values at a time are convolved with M <= N taps:
+/// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
 ///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.
 /// From n = M - 1 on nothing is wrapped around: these Step() = N - M + 1 values are outputs of the filter,
 /// and the first M - 1 inputs of a block are the last ones of the block before. With real taps, the real and
@@ -38,7 +39,7 @@ template <class T> const ComplexPlan<T> &SharedPlan(int log2Length);
 template <class T> class OverlapSave {
 public:
   /// Throws QORNException 11001 if there is no memory.
-  OverlapSave(int log2Length, int taps);
+  OverlapSave(int length, int taps);
 
   int Length() const { return m_plan->Length(); }
   int Taps() const { return m_taps; }

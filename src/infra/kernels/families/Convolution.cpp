@@ -183,7 +183,7 @@ template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kC
 }
 
 // The taps k to end - 1: groups of kChain times kTapsApart as far as they go, then smaller ones.
-template <class T, int kParts> constexpr int kFullApart = kParts < kApart<T> ? kApart<T> / kParts : 1;
+template <class T, int kParts> constexpr int kFullApart = kApart<T> / kParts > 2 ? kApart<T> / kParts : 2;
 
 template <int kTapsApart, class T, int kParts, int kRegisters, class Tap, class Signal>
 [[gnu::always_inline]] inline void AddTaps(Tap tap, Index k, Index end, Signal signal,
@@ -442,8 +442,26 @@ void ConvPack(const float *x0, const float *x1, double *z, Index len) {
     StoreComplex<double, 1>(z + 2 * i, static_cast<double>(x0[i]), static_cast<double>(x1[i]));
 }
 
-void ConvWiden(const float *x, double *z, Index len) {
-  for (Index i = 0; i < len; ++i) z[i] = static_cast<double>(x[i]);
+// z[i] = x[i]; returns the sum of squares, as ConvEnergy does.
+double ConvWiden(const float *x, double *z, Index len) {
+  constexpr int V = kPerRegister<double>;
+  Doubles sums[4] = {};
+  Index i = 0;
+  for (; i + 4 * V <= len; i += 4 * V) {
+    for (int r = 0; r < 4; ++r) {
+      const auto values = __builtin_convertvector((Load<Vec<float, V>>(x + i + r * V)), Doubles);
+      Store(z + i + r * V, values);
+      sums[r] = MulAdd(values, values, sums[r]);
+    }
+  }
+  for (; i < len; ++i) {
+    z[i] = static_cast<double>(x[i]);
+    sums[0][0] += z[i] * z[i];
+  }
+  const Doubles sum = (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  double total = 0;
+  for (int lane = 0; lane < V; ++lane) total += sum[lane];
+  return total;
 }
 
 // high[i] + low[i] = x0[i] + j x1[i] without an error, where high has whole multiples of a step: adding and
@@ -520,6 +538,24 @@ Index ConvNarrow(const double *z, float *dst, Index len, double least) {
     dst[2 * i] = static_cast<float>(z[2 * i]);
     dst[2 * i + 1] = static_cast<float>(z[2 * i + 1]);
     below += __builtin_fabs(z[2 * i]) < least && __builtin_fabs(z[2 * i + 1]) < least;
+  }
+  return below;
+}
+
+// The same of len real values, each by itself.
+Index ConvNarrowEach(const double *z, float *dst, Index len, double least) {
+  constexpr int V = kPerRegister<double>;
+  auto counts = Doubles{} != Doubles{};
+  Index i = 0;
+  for (; i + V <= len; i += V) {
+    const auto x = Load<Doubles>(z + i);
+    Store(dst + i, __builtin_convertvector(x, Vec<float, V>));
+    counts += Magnitude(x) < least;
+  }
+  Index below = Total(counts);
+  for (; i < len; ++i) {
+    dst[i] = static_cast<float>(z[i]);
+    below += __builtin_fabs(z[i]) < least;
   }
   return below;
 }
