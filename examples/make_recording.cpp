@@ -5,12 +5,13 @@
 // 0 dBm are a tone of 32768 steps: the volts of a step follow from the three levels of the header.
 #include <cmath>
 #include <complex>
-#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <random>
 #include <string>
+
+#include "../tool/IqfWriter.h"
 
 struct Tone {
   double hertz, dBm; // from the centre
@@ -32,27 +33,18 @@ int main(int argc, char **argv) {
       "FFTPoints=1024\r\nBins=800\r\nCenterFrequency=2440M\r\nSpan=8M\r\nFrameLength=100u\r\n"
       "UnitPeriod=97.65625n\r\nValidFrames=1000\r\nBlockSize=100\r\nMultiFrames=1\r\n"
       "MaxInputLevel=0\r\nGainOffset=-90.308998699\r\nLevelOffset=0\r\nIOffset=0\r\nQOffset=0\r\n";
-  file << std::to_string(header.size()).size() << header.size() << header;
+  tool::IqfWriter writer(file, header, points);
 
   std::mt19937 engine(1);
   std::normal_distribution<double> normal(0, 32768 * std::pow(10, noise / 20) / std::sqrt(2));
-  const auto put = [&file](double value) {
-    const auto word = static_cast<std::uint16_t>(std::lround(value));
-    file.put(static_cast<char>(word & 0xFF)).put(static_cast<char>(word >> 8));
-  };
-  const auto putFrameHeader = [&file] {
-    file.write("\0\0\0\0\0\0\xFF\xFF\xFF\xFF\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 24);
-  };
+  const auto step = [](double value) { return static_cast<int>(std::lround(value)); };
   for (int i = 0; i < frames * points; ++i) {
-    if (i % points == 0) putFrameHeader();
     std::complex<double> sample(normal(engine), normal(engine));
     for (const Tone &tone : tones)
       sample +=
           std::polar(32768 * std::pow(10, tone.dBm / 20), 2 * M_PI * std::fmod(tone.hertz / rate * i, 1.0));
-    put(sample.imag());
-    put(sample.real());
+    writer.Put(step(sample.real()), step(sample.imag()));
   }
-  putFrameHeader(); // of the flatness record: no correction
-  for (int i = 0; i < 2 * points; ++i) put(0);
+  writer.End(); // no correction of the flatness
   return file.flush() ? 0 : 1;
 }

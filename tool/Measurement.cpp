@@ -4,8 +4,6 @@
 #include <cmath>
 
 #include "BlockTransform.h"
-#include "Failure.h"
-#include "Text.h"
 
 namespace tool {
 
@@ -84,9 +82,7 @@ Measurement Measure(const Recording &recording, const Setup &setup,
 
   double sum = result.totalPower;
   for (int k = 0; k < points; ++k) sum += result.mean[k] + result.hold[k];
-  if (!std::isfinite(sum))
-    throw DataError("recording " + Quoted(recording.Path()) +
-                    " has no finite samples: its levels, IOffset or QOffset are out of range");
+  recording.CheckFinite(sum);
 
   // In a narrower span, a single tone fills more than half of the points.
   const double least = 10.0 * result.noiseBandwidth;

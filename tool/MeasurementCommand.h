@@ -3,21 +3,18 @@
 #define QORN_TOOL_MEASUREMENTCOMMAND_H
 
 #include <CLI/CLI.hpp>
-#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
+#include "Extent.h"
 #include "Measurement.h"
 #include "Recording.h"
 
 namespace tool {
 
-struct MeasurementOptions {
+struct MeasurementOptions : ExtentOptions {
   std::string recording;
   std::string window = "blackman-harris";
-  std::int64_t start = 0;
-  std::optional<std::int64_t> count;
   std::string unit = "dBm";
   std::string svg;
   std::string csv;

@@ -83,23 +83,28 @@ void OutputFile::Commit() {
   m_temporary.clear();
 }
 
-OutputFiles::OutputFiles(const std::string &svg, const std::string &csv, const std::string &recording) {
-  if (!svg.empty()) m_svg = std::make_unique<OutputFile>("--svg", svg, recording);
-  if (!csv.empty()) m_csv = std::make_unique<OutputFile>("--csv", csv, recording);
-  if (m_svg && m_csv && m_svg->Place().lexically_normal() == m_csv->Place().lexically_normal())
-    throw UsageError("--csv: " + Quoted(csv) + " is the file of --svg");
+OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::string &recording) {
+  for (const Request &request : requests) {
+    m_files.push_back(nullptr);
+    if (request.path.empty()) continue;
+    auto file = std::make_unique<OutputFile>(request.option, request.path, recording);
+    for (const std::unique_ptr<OutputFile> &other : m_files)
+      if (other && other->Place().lexically_normal() == file->Place().lexically_normal())
+        throw UsageError(file->Option() + ": " + Quoted(request.path) + " is the file of " + other->Option());
+    m_files.back() = std::move(file);
+  }
 }
 
-void OutputFiles::Write(const Writer &svg, const Writer &csv) {
-  const auto write = [](const std::unique_ptr<OutputFile> &file, const Writer &writer) {
-    if (!file) return;
-    writer(file->Stream());
+void OutputFiles::Write(std::initializer_list<Writer> writers) {
+  auto writer = writers.begin();
+  for (const std::unique_ptr<OutputFile> &file : m_files) {
+    const Writer &write = *writer++;
+    if (!file) continue;
+    write(file->Stream());
     file->Finish();
-  };
-  write(m_svg, svg);
-  write(m_csv, csv);
-  for (const std::unique_ptr<OutputFile> *file : {&m_svg, &m_csv})
-    if (*file) (*file)->Commit();
+  }
+  for (const std::unique_ptr<OutputFile> &file : m_files)
+    if (file) file->Commit();
 }
 
 } // namespace tool

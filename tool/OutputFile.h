@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tool {
 
@@ -30,6 +32,7 @@ public:
   /// Puts the file in its place.
   void Commit();
 
+  const std::string &Option() const { return m_option; }
   const std::filesystem::path &Place() const { return m_place; }
 
 private:
@@ -43,20 +46,23 @@ private:
   std::ofstream m_stream;
 };
 
-/// The files of --svg and --csv, as far as they are asked for: an empty path is none.
+/// The files of several options, as far as they are asked for: an empty path is none.
 class OutputFiles {
 public:
+  struct Request {
+    const char *option;
+    const std::string &path;
+  };
   using Writer = std::function<void(std::ostream &)>;
 
-  /// Throws as OutputFile, and UsageError if both are one file.
-  OutputFiles(const std::string &svg, const std::string &csv, const std::string &recording = "");
+  /// Throws as OutputFile, and UsageError if two are one file.
+  OutputFiles(std::initializer_list<Request> requests, const std::string &recording = "");
 
-  /// Writes both in full before the first takes its place.
-  void Write(const Writer &svg, const Writer &csv);
+  /// Writes all in full, each by its writer, before the first takes its place.
+  void Write(std::initializer_list<Writer> writers);
 
 private:
-  std::unique_ptr<OutputFile> m_svg;
-  std::unique_ptr<OutputFile> m_csv;
+  std::vector<std::unique_ptr<OutputFile>> m_files; ///< one for each request; null if there is none
 };
 
 } // namespace tool

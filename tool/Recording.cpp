@@ -108,6 +108,11 @@ void Recording::CheckSignal() const {
            "has no usable level: the sum of MaxInputLevel, LevelOffset and GainOffset is out of range");
 }
 
+void Recording::CheckFinite(double sum) const {
+  if (!std::isfinite(sum))
+    Refuse(m_path, "has no finite samples: its levels, IOffset or QOffset are out of range");
+}
+
 BlockStream::BlockStream(const QORN::IQFReader &reader, std::int64_t start, std::int64_t count, int points)
     : m_reader(reader), m_points(points), m_left(count) {
   const int perFrame = reader.GetFFTPoints();

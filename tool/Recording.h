@@ -29,6 +29,9 @@ public:
   /// frames, rate or level.
   void CheckSignal() const;
 
+  /// Throws DataError if a sum of what was computed from the samples is not finite.
+  void CheckFinite(double sum) const;
+
 private:
   std::string m_path;
   QORN::IQFReader m_reader;

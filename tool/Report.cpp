@@ -1,7 +1,6 @@
 #include "Report.h"
 
 #include <cmath>
-#include <iomanip>
 #include <nlohmann/json.hpp>
 
 #include "Text.h"
@@ -9,10 +8,6 @@
 namespace tool {
 
 namespace {
-
-void Line(std::ostream &out, const char *name, const std::string &value) {
-  out << std::left << std::setw(22) << name << value << '\n';
-}
 
 std::string DensityText(const Measurement &m, Unit unit) {
   const double level = LevelOf(unit, m.noiseFloor / m.noiseBandwidth);
@@ -67,7 +62,7 @@ void WriteText(std::ostream &out, const Recording &recording, const Measurement 
       const double offset = frequency - m.centre;
       place += "  (" + std::string(offset < 0.0 ? "" : "+") + Frequency(offset, m.spacing) + ")";
     }
-    Line(out, ("Peak " + std::to_string(i + 1)).c_str(), LevelText(unit, m.peaks[i].power) + " at " + place);
+    Line(out, "Peak " + std::to_string(i + 1), LevelText(unit, m.peaks[i].power) + " at " + place);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iomanip>
 
 namespace tool {
 
@@ -86,6 +87,13 @@ std::string Lower(std::string text) {
   return text;
 }
 
+std::string PlainName(const std::string &name) {
+  std::string plain;
+  for (const char c : Lower(name))
+    if (c != '-' && c != '_') plain += c;
+  return plain;
+}
+
 std::string Joined(const std::vector<std::string> &names) {
   std::string text;
   for (const std::string &name : names) text += (text.empty() ? "" : ", ") + name;
@@ -101,6 +109,10 @@ std::string Printable(const std::string &text) {
 
 std::string Quoted(const std::string &text) {
   return std::string(1, '\'').append(Printable(text)).append(1, '\'');
+}
+
+void Line(std::ostream &out, const std::string &name, const std::string &value) {
+  out << std::left << std::setw(22) << name << value << '\n';
 }
 
 } // namespace tool

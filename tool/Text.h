@@ -3,6 +3,7 @@
 #define QORN_TOOL_TEXT_H
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,9 @@ std::string Significant(double value, int digits);
 /// text with the capital letters of the English alphabet as small ones.
 std::string Lower(std::string text);
 
+/// A name as it is compared: in small letters, without hyphens and underscores.
+std::string PlainName(const std::string &name);
+
 /// "one, two, three".
 std::string Joined(const std::vector<std::string> &names);
 
@@ -53,6 +57,9 @@ std::string Printable(const std::string &text);
 
 /// text for a message: printable and in single quotes.
 std::string Quoted(const std::string &text);
+
+/// A line of a report: the name, and the value in a column of its own.
+void Line(std::ostream &out, const std::string &name, const std::string &value);
 
 } // namespace tool
 

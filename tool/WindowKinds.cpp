@@ -4,17 +4,6 @@
 
 namespace tool {
 
-namespace {
-
-std::string Plain(const std::string &name) {
-  std::string plain;
-  for (const char c : Lower(name))
-    if (c != '-' && c != '_') plain += c;
-  return plain;
-}
-
-} // namespace
-
 std::string WindowKind::Title() const {
   if (*symbol == '\0') return name;
   return std::string(name) + ", " + symbol + " " + Significant(static_cast<double>(parameter), 6);
@@ -50,7 +39,7 @@ std::string WindowNames() {
 
 const WindowKind *FindWindow(const std::string &name) {
   for (const WindowKind &kind : Windows())
-    if (Plain(kind.name) == Plain(name)) return &kind;
+    if (PlainName(kind.name) == PlainName(name)) return &kind;
   return nullptr;
 }
 

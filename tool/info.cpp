@@ -3,7 +3,6 @@
 #include <qorn/qorn.h>
 
 #include <cmath>
-#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -18,7 +17,8 @@ namespace tool {
 namespace {
 
 void Line(const char *name, const std::string &value) {
-  std::cout << "  " << std::left << std::setw(22) << name << value << '\n';
+  std::cout << "  ";
+  tool::Line(std::cout, name, value);
 }
 
 void Run(const std::string &path) {

@@ -23,13 +23,14 @@ int Fail(int status, std::string message) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App app("Measures recorded IQ files, and knows windows and units.", "qorn");
+  CLI::App app("Measures and filters recorded IQ files, and knows filters, windows and units.", "qorn");
   app.set_version_flag("--version", "qorn " QORN_VERSION_STRING);
   app.require_subcommand(1);
   app.get_formatter()->column_width(24);
   tool::AddInfo(app);
   tool::AddSpectrum(app);
   tool::AddZoom(app);
+  tool::AddFilter(app);
   tool::AddWindows(app);
   tool::AddUnits(app);
   std::vector<std::string> commands;

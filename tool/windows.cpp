@@ -37,11 +37,11 @@ std::vector<const WindowKind *> Chosen(const std::vector<std::string> &names) {
 }
 
 void Run(const Options &options) {
-  OutputFiles files(options.svg, options.csv);
+  OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}});
   std::vector<WindowFigures> figures;
   for (const WindowKind *kind : Chosen(options.names)) figures.push_back(FiguresOf(*kind, options.points));
-  files.Write([&](std::ostream &out) { WriteSvg(out, figures, options.points); },
-              [&](std::ostream &out) { WriteCsv(out, figures); });
+  files.Write({[&](std::ostream &out) { WriteSvg(out, figures, options.points); },
+               [&](std::ostream &out) { WriteCsv(out, figures); }});
   if (options.json)
     WriteJson(std::cout, figures, options.points);
   else
