@@ -132,16 +132,30 @@ private:
   int m_direction;
 };
 
+std::string EdgeText(double hertz, double resolution) {
+  return hertz == 0.0 ? "0 Hz" : Frequency(hertz, resolution);
+}
+
 std::string BandText(const Band &band, double resolution) {
-  return Quantity(band.Width(), "Hz") + ", from " + Frequency(band.low, resolution) + " to " +
-         Frequency(band.high, resolution);
+  return Quantity(band.Width(), "Hz") + ", from " + EdgeText(band.low, resolution) + " to " +
+         EdgeText(band.high, resolution);
+}
+
+// A frequency that was given, without the digits of its rounding.
+std::string GivenText(double hertz) {
+  const Prefix prefix = PrefixFor(hertz);
+  return Significant(hertz / prefix.factor, 9) + " " + prefix.letter + "Hz";
 }
 
 std::string TapText(const std::complex<double> &tap) {
-  std::string text = Significant(tap.real(), 6);
-  if (tap.imag() != 0.0)
-    text += (tap.imag() < 0.0 ? " - " : " + ") + Significant(std::fabs(tap.imag()), 6) + "j";
-  return text;
+  // Exponents without a zero in front.
+  const auto text = [](double part) {
+    std::string number = Significant(part, 6);
+    const std::size_t zero = number.find("e-0");
+    return zero == std::string::npos ? number : number.erase(zero + 2, 1);
+  };
+  if (tap.imag() == 0.0) return text(tap.real());
+  return text(tap.real()) + (tap.imag() < 0.0 ? " - " : " + ") + text(std::fabs(tap.imag())) + "j";
 }
 
 std::size_t LargestTap(const Taps &taps) {
@@ -210,14 +224,13 @@ FigureTable TableOf(const FilterFigures &f) {
   FigureTable table;
   const auto add = [&](const char *name, const std::string &value) { table.emplace_back(name, value); };
   const auto seconds = [&](double samples) { return Quantity(samples / p.rate, "s"); };
-  add("Sampling rate", FrequencyInFull(p.rate, resolution));
+  add("Sampling rate", GivenText(p.rate));
   if (kind.Takes(kSymbolRate) || kind.symbolRate > 0.0)
-    add("Symbol rate", FrequencyInFull(p.frequency, resolution) + ", " +
-                           Significant(design.SamplesPerSymbol(), 6) + " samples per symbol");
-  if (kind.Takes(kBandwidth)) add("Bandwidth", FrequencyInFull(p.frequency, resolution) + " in all");
-  if (kind.Takes(kCutoff)) add("Cutoff", FrequencyInFull(p.frequency, resolution));
-  if (kind.Takes(kEdges))
-    add("Cutoffs", FrequencyInFull(p.frequency, resolution) + " and " + FrequencyInFull(p.shape, resolution));
+    add("Symbol rate", GivenText(p.frequency) + ", " + Significant(design.SamplesPerSymbol(), 6) +
+                           (design.SamplesPerSymbol() == 1.0 ? " sample" : " samples") + " per symbol");
+  if (kind.Takes(kBandwidth)) add("Bandwidth", GivenText(p.frequency) + " in all");
+  if (kind.Takes(kCutoff)) add("Cutoff", GivenText(p.frequency));
+  if (kind.Takes(kEdges)) add("Cutoffs", GivenText(p.frequency) + " and " + GivenText(p.shape));
   const int count = static_cast<int>(design.taps.size());
   add("Taps", Grouped(count) + (design.recommended > 0 && design.recommended != count
                                     ? " (" + Grouped(design.recommended) + " recommended)"
@@ -225,9 +238,12 @@ FigureTable TableOf(const FilterFigures &f) {
   const std::size_t largest = LargestTap(design.taps);
   add("First tap", TapText(design.taps.front()));
   add("Largest tap", TapText(design.taps[largest]) + " at " + Grouped(static_cast<int>(largest)));
-  add("Sum of taps", TapText(SumOf(design.taps)));
+  if (kind.isStep)
+    add("Last tap", TapText(design.taps.back()));
+  else
+    add("Sum of taps", TapText(SumOf(design.taps)));
   add("Delay", Significant(design.delay, 9) + " samples, " + seconds(design.delay));
-  add("Gain at 0 Hz", DecibelText(f.gainAtZero, 3));
+  add(kind.isStep ? "Pulse gain at 0 Hz" : "Gain at 0 Hz", DecibelText(f.gainAtZero, 3));
   if (f.passFrequency != 0.0)
     add("Gain in pass band", DecibelText(f.passGain, 3) + " at " + Frequency(f.passFrequency, resolution));
   add("3 dB bandwidth", BandText(f.width3dB, resolution));
@@ -236,8 +252,10 @@ FigureTable TableOf(const FilterFigures &f) {
   for (const std::optional<double> &null : {f.nullLow, f.nullHigh})
     if (null) nulls += (nulls.empty() ? "" : " and ") + Frequency(*null, resolution);
   add("First null", nulls.empty() ? "none" : nulls);
-  if (f.stopGain) add("Stop band", DecibelText(*f.stopGain / f.passGain, 1) + " at most");
-  add("Group delay ripple", Fixed(f.delays.Width(), 3) + " samples, " + seconds(f.delays.Width()));
+  if (f.stopGain) add("Stop band", DecibelText(*f.stopGain / f.passGain, 1) + " relative to the pass band");
+  const double ripple = f.delays.Width();
+  add("Group delay ripple",
+      Fixed(ripple, 3) + " samples" + (ripple < 5e-4 ? "" : ", " + seconds(ripple)) + " in the 3 dB band");
   return table;
 }
 

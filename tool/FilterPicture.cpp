@@ -14,11 +14,11 @@ namespace {
 
 constexpr double kWidth = 1000.0;
 constexpr double kMargin = 24.0;
-constexpr Box kTaps = {76.0, 88.0, 484.0, 308.0};
-constexpr Box kResponse = {566.0, 88.0, 974.0, 308.0};
-constexpr Box kPassBand = {76.0, 388.0, 484.0, 608.0};
-constexpr Box kDelay = {566.0, 388.0, 974.0, 608.0};
-constexpr double kTable = 684.0; // the baseline of its first row
+constexpr Box kTaps = {76.0, 100.0, 484.0, 320.0};
+constexpr Box kResponse = {566.0, 100.0, 974.0, 320.0};
+constexpr Box kPassBand = {76.0, 400.0, 484.0, 620.0};
+constexpr Box kDelay = {566.0, 400.0, 974.0, 620.0};
+constexpr double kTable = 696.0; // the baseline of its first row
 constexpr double kRow = 20.0;
 constexpr double kColumn = 490.0; // from one column of the table to the next
 constexpr double kName = 150.0;   // from a name to its value
@@ -41,13 +41,17 @@ constexpr char kStyles[] =
 class Sheet {
 public:
   Sheet(std::ostream &out, const FilterFigures &figures)
-      : f(figures), table(TableOf(figures)), title(TitleOf(*f.design.kind, f.design.parameters)),
+      : f(figures), table(TableOf(figures)), title("Filter " + TitleOf(*f.design.kind, f.design.parameters)),
         svg(out, kWidth, kTable + static_cast<double>((table.size() + 1) / 2) * kRow, title, kStyles) {
     ChooseFrequencies();
   }
 
   void Draw() {
-    svg.Text(kMargin, 34, "class=\"title\"", title);
+    svg.Text(kMargin, 32, "class=\"title\"", title);
+    svg.Text(
+        kMargin, 54, "class=\"quiet\"",
+        "Dashed: the highest gain in the stop band; half the power and half the amplitude in the pass band. "
+        "Dotted: the edges of the 3 dB band.");
     DrawTaps();
     DrawResponse();
     DrawPassBand();
@@ -73,7 +77,7 @@ private:
   }
 
   void DrawGrid(const Box &box, const char *heading, const Scale &x, double xUnit, const std::string &xLabel,
-                const Scale &y, double yStep, const std::string &yLabel) {
+                const Scale &y, double yStep, const std::string &yLabel, double yUnit = 1.0) {
     svg.Text(box.left, box.top - 10, "class=\"name\"", heading);
     svg.Text(box.right, box.top - 10, "class=\"quiet tick\" text-anchor=\"end\"", yLabel);
     for (const Tick &tick : Ticks(x.low, x.high, RoundStep(x.high - x.low, 7), xUnit)) {
@@ -81,7 +85,7 @@ private:
       svg.Text(x(tick.value), box.bottom + 15, "class=\"tick\" text-anchor=\"middle\"", tick.label);
     }
     svg.Text(0.5 * (box.left + box.right), box.bottom + 32, "class=\"quiet\" text-anchor=\"middle\"", xLabel);
-    for (const Tick &tick : Ticks(y.low, y.high, yStep, 1.0)) {
+    for (const Tick &tick : Ticks(y.low, y.high, yStep, yUnit)) {
       svg.Line("grid", box.left, y(tick.value), box.right, y(tick.value));
       svg.Text(box.left - 6, y(tick.value) + 4, "class=\"tick\" text-anchor=\"end\"", tick.label);
     }
@@ -103,12 +107,18 @@ private:
       most = std::max({most, tap.real(), tap.imag()});
     }
     const double margin = 0.06 * (most - least);
+    // Small taps are told in units of a power of ten.
+    const double largest = std::max(most, -least);
+    const int power =
+        largest < 0.01 || largest >= 1000.0 ? static_cast<int>(std::floor(std::log10(largest))) : 0;
+    const std::string unit = power == 0 ? "" : "in units of 1e" + std::to_string(power);
     const double last = static_cast<double>(taps.size()) - 1.0;
     const Scale x = {-0.5, last + 0.5, kTaps.left, kTaps.right};
     const Scale y = {least < 0.0 ? least - margin : 0.0, most > 0.0 ? most + margin : 0.0, kTaps.bottom,
                      kTaps.top};
     DrawGrid(kTaps, f.design.kind->isStep ? "Taps: the step response" : "Taps: the impulse response", x, 1.0,
-             "Tap", y, RoundStep(y.high - y.low, 6), f.design.isComplex ? "real blue, imaginary orange" : "");
+             "Tap", y, RoundStep(y.high - y.low, 6),
+             (f.design.isComplex ? "real blue, imaginary orange " : "") + unit, std::pow(10.0, power));
     svg.Line("zero", kTaps.left, y(0.0), kTaps.right, y(0.0));
     if (f.design.isComplex)
       DrawPart(x, y, "imaginary ", [](const std::complex<double> &tap) { return tap.imag(); });
@@ -139,10 +149,10 @@ private:
     const double stop = f.stopGain ? Level(*f.stopGain) : LowestShown(top);
     const double floor = 20.0 * std::floor((std::max(stop, top - 140.0) - 30.0) / 20.0);
     const double step = RoundStep(top - floor, 6);
-    const Scale y = {floor, step * std::ceil((top + 3.0) / step), kResponse.bottom, kResponse.top};
+    const Scale y = {floor, top + 0.06 * (top - floor), kResponse.bottom, kResponse.top};
     DrawFrequencyGrid(kResponse, f.design.kind->isStep ? "Gain of the pulse" : "Gain", x, y, step, "dB");
     svg.BeginClip(kResponse);
-    DrawCurve(x, y, [&](std::size_t i) { return std::max(Level(f.gain[i]), floor - 10.0); });
+    DrawCurve(x, y, Shown(x), [&](std::size_t i) { return std::max(Level(f.gain[i]), floor - 10.0); });
     if (f.stopGain) {
       const double level = y(Level(*f.stopGain));
       const double left = f.nullLow && !f.nullHigh ? x(low) : f.nullHigh ? x(*f.nullHigh) : x(low);
@@ -162,10 +172,16 @@ private:
     return std::max(Level(*std::min_element(f.gain.begin(), f.gain.end())), top - 100.0);
   }
 
-  template <class Value> void DrawCurve(const Scale &x, const Scale &y, const Value &value) {
-    const std::size_t n = f.gain.size();
-    const auto from = static_cast<std::size_t>(std::max(std::floor((x.low - f.first) / f.spacing), 0.0));
-    const auto to = std::min(n - 1, static_cast<std::size_t>(std::ceil((x.high - f.first) / f.spacing)));
+  // The points of the response that show, and one to either side.
+  std::pair<std::size_t, std::size_t> Shown(const Scale &x) const {
+    return {static_cast<std::size_t>(std::max(std::floor((x.low - f.first) / f.spacing), 0.0)),
+            std::min(f.gain.size() - 1, static_cast<std::size_t>(std::ceil((x.high - f.first) / f.spacing)))};
+  }
+
+  template <class Value>
+  void DrawCurve(const Scale &x, const Scale &y, const std::pair<std::size_t, std::size_t> &range,
+                 const Value &value) {
+    const auto [from, to] = range;
     // Where several points share half a pixel, the lowest and the highest of them are enough.
     const auto group = std::max<std::size_t>(1, (to - from) / 800);
     std::vector<Point> points;
@@ -191,7 +207,7 @@ private:
     const Scale y = {-10.0, std::max(1.0, std::ceil(top + 0.3)), kPassBand.bottom, kPassBand.top};
     DrawFrequencyGrid(kPassBand, "Pass band", x, y, 1.0, "dB");
     svg.BeginClip(kPassBand);
-    DrawCurve(x, y, [&](std::size_t i) { return std::max(Level(f.gain[i] / f.passGain), -12.0); });
+    DrawCurve(x, y, Shown(x), [&](std::size_t i) { return std::max(Level(f.gain[i] / f.passGain), -12.0); });
     svg.EndClip();
     DrawEdges(x, kPassBand);
     for (const double share : {std::sqrt(0.5), 0.5}) {
@@ -214,8 +230,17 @@ private:
     const double half = std::max(0.75 * f.delays.Width(), 1.0);
     const Scale y = {middle - half, middle + half, kDelay.bottom, kDelay.top};
     DrawFrequencyGrid(kDelay, "Group delay", x, y, RoundStep(2.0 * half, 8), "samples");
+    // Around nulls of the gain, the delay of what is not there would only distract.
+    auto [from, to] = Shown(x);
+    const auto middlePoint = static_cast<std::size_t>(std::lround((f.passFrequency - f.first) / f.spacing));
+    const double least = 0.1 * f.passGain;
+    for (std::size_t i = middlePoint; i > from; --i)
+      if (f.gain[i] < least) from = i;
+    for (std::size_t i = middlePoint; i < to; ++i)
+      if (f.gain[i] < least) to = i;
     svg.BeginClip(kDelay);
-    DrawCurve(x, y, [&](std::size_t i) { return std::clamp(f.delay[i], y.low - half, y.high + half); });
+    DrawCurve(x, y, {from, to},
+              [&](std::size_t i) { return std::clamp(f.delay[i], y.low - half, y.high + half); });
     svg.EndClip();
     DrawEdges(x, kDelay);
     svg.Rectangle("frame", kDelay);

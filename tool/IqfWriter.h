@@ -22,15 +22,15 @@ public:
   /// The next sample, in steps.
   void Put(int i, int q) {
     PutPair(q, i);
-    if (m_put == m_points) WriteFrame('\xFF');
+    if (m_put == m_points) WriteFrame();
   }
 
   /// Ends the last frame, with zeros where it is not full, and writes the flatness record: amplitude and
   /// phase correction in the steps of the format, at most 1024 pairs.
   void End(const std::vector<std::pair<int, int>> &flatness = {}) {
-    if (m_put > 0) WriteFrame('\xFF');
+    if (m_put > 0) WriteFrame();
     for (const auto &[amplitude, phase] : flatness) PutPair(amplitude, phase);
-    WriteFrame('\0');
+    WriteFrame();
   }
 
 private:
@@ -43,9 +43,8 @@ private:
     }
   }
 
-  // mark: '\xFF' if Q and I follow.
-  void WriteFrame(char mark) {
-    for (int i = 6; i < 10; ++i) m_frame[i] = mark;
+  void WriteFrame() {
+    for (int i = 6; i < 10; ++i) m_frame[i] = '\xFF'; // Q and I follow
     m_out.write(m_frame, sizeof m_frame);
     for (char &byte : m_frame) byte = 0;
     m_put = 0;

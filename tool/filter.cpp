@@ -243,7 +243,17 @@ void AddFilter(CLI::App &app) {
   text("--csv", options->csv, "FILE", "write the taps as a table");
   command->add_flag("--json", options->json, "report as JSON instead of text");
   text("--gallery", options->gallery, "DIR", "write a picture of every filter, and nothing else");
-  command->footer("Filters: " + Wrapped(FilterNames(), 9) + ".\n");
+  command->footer("Filters: " + Wrapped(FilterNames(), 9) +
+                  ".\n"
+                  "Each type takes the options that design it, and names them if one is missing or\n"
+                  "too many; is95, c4fm and hdqpsk filters know their symbol rates. Bandwidths and\n"
+                  "nulls are those of the taps; of the integral types, those of the pulse whose\n"
+                  "running sum the taps are. user takes the taps of the file in reverse order.\n"
+                  "\n"
+                  "A recording is filtered at its own sampling rate. Half the taps are taken off as\n"
+                  "delay, so each sample stays at its time; an even number of taps leaves it half a\n"
+                  "sample early. As many samples come out as went in, the first and last of them\n"
+                  "from zeros beyond the ends. The scale is such that the largest value just fits.");
   command->callback([options, command] {
     if (!options->gallery.empty())
       RunGallery(*command, *options);
