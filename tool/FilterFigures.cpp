@@ -25,11 +25,29 @@ Taps PulseOf(const FilterDesign &design) {
   return pulse;
 }
 
-double GainAt(const Taps &pulse, double cycles) {
-  std::complex<double> sum;
-  for (std::size_t k = 0; k < pulse.size(); ++k)
-    sum += pulse[k] * std::polar(1.0, -kTurn * std::fmod(cycles * static_cast<double>(k), 1.0));
-  return std::abs(sum);
+struct Sums {
+  std::complex<double> response, moment; // of h[k], and of k h[k] with k counted from the middle
+};
+
+double MiddleOf(const Taps &pulse) { return 0.5 * (static_cast<double>(pulse.size()) - 1.0); }
+
+Sums SumsAt(const Taps &pulse, double cycles) {
+  Sums sums;
+  for (std::size_t k = 0; k < pulse.size(); ++k) {
+    const auto place = static_cast<double>(k);
+    const std::complex<double> term = pulse[k] * std::polar(1.0, -kTurn * std::fmod(cycles * place, 1.0));
+    sums.response += term;
+    sums.moment += (place - MiddleOf(pulse)) * term;
+  }
+  return sums;
+}
+
+double GainAt(const Taps &pulse, double cycles) { return std::abs(SumsAt(pulse, cycles).response); }
+
+// The group delay is the real part of the quotient; counted from the middle, that loses least.
+double DelayOf(const Sums &sums, double middle) {
+  const double square = std::norm(sums.response);
+  return square > 0.0 ? middle + (sums.moment * std::conj(sums.response)).real() / square : middle;
 }
 
 // The transform of the pulse, each sample times its weight, padded to so many points.
@@ -44,13 +62,12 @@ QORN::VecCplx64 TransformOf(const Taps &pulse, int points, const std::function<d
   return transform;
 }
 
-// Fills in gain and group delay. The delay is the real part of the transform of k h[k] over that of h, with k
-// counted from the middle, where the quotient loses least.
+// Fills in gain and group delay.
 void Transform(FilterFigures &f) {
   const int taps = static_cast<int>(f.pulse.size());
   int points = kLeastPoints;
   while (points < kPerLobe * taps) points *= 2;
-  const double middle = 0.5 * (taps - 1);
+  const double middle = MiddleOf(f.pulse);
   const QORN::VecCplx64 sum = TransformOf(f.pulse, points, [](std::size_t) { return 1.0; });
   const QORN::VecCplx64 moment =
       TransformOf(f.pulse, points, [&](std::size_t k) { return static_cast<double>(k) - middle; });
@@ -60,9 +77,9 @@ void Transform(FilterFigures &f) {
   for (int i = first; i <= points / 2; ++i) {
     const QORN::Cplx64 h = sum[(i + points) % points];
     const QORN::Cplx64 m = moment[(i + points) % points];
-    const double square = h.re * h.re + h.im * h.im;
-    f.gain.push_back(std::sqrt(square));
-    f.delay.push_back(square > 0.0 ? middle + (m.re * h.re + m.im * h.im) / square : middle);
+    const Sums sums{{h.re, h.im}, {m.re, m.im}};
+    f.gain.push_back(std::abs(sums.response));
+    f.delay.push_back(DelayOf(sums, middle));
   }
 }
 
@@ -205,10 +222,13 @@ FilterFigures FiguresOf(const FilterDesign &design) {
   take(above, f.nullHigh);
 
   f.delays = {f.delay[start], f.delay[start]};
-  for (std::size_t i = 0; i < f.gain.size(); ++i) {
-    if (f.FrequencyOf(i) < f.width3dB.low || f.FrequencyOf(i) > f.width3dB.high) continue;
-    f.delays = {std::min(f.delays.low, f.delay[i]), std::max(f.delays.high, f.delay[i])};
-  }
+  const auto include = [&](double delay) {
+    f.delays = {std::min(f.delays.low, delay), std::max(f.delays.high, delay)};
+  };
+  for (const double edge : {f.width3dB.low, f.width3dB.high})
+    include(DelayOf(SumsAt(f.pulse, edge / rate), MiddleOf(f.pulse)));
+  for (std::size_t i = 0; i < f.gain.size(); ++i)
+    if (f.FrequencyOf(i) > f.width3dB.low && f.FrequencyOf(i) < f.width3dB.high) include(f.delay[i]);
   return f;
 }
 
