@@ -54,6 +54,7 @@
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/IntegralFilters.h"
 #include "qorn/dsp/MeasurementFilters.h"
+#include "qorn/dsp/OFDMSigGen.h"
 #include "qorn/dsp/ParametricWindows.h"
 #include "qorn/dsp/PhaseResampler.h"
 #include "qorn/dsp/PulseFilters.h"
