@@ -19,8 +19,12 @@ struct RealMatrixTraits {
   static constexpr const char *kFileModule = "infra\\Matrix";
   static constexpr const char *kSeparator = "\n.................";
 
-  static void Print(std::FILE *file, double x) { std::fprintf(file, "%g ", x); }
-  static void PrintCsv(std::FILE *file, double x) { std::fprintf(file, "%g, ", x); }
+  template <class T> static void Print(std::FILE *file, T x) {
+    std::fprintf(file, "%g ", static_cast<double>(x));
+  }
+  template <class T> static void PrintCsv(std::FILE *file, T x) {
+    std::fprintf(file, "%g, ", static_cast<double>(x));
+  }
 
   /// The row at which the tail of a dump begins: it is counted in elements, and so is empty unless the matrix
   /// has one column.

@@ -99,7 +99,7 @@ template <class M, class V, class T> bool RealMatrixOps<M, V, T>::IsEqual(const 
 template <class M, class V, class T> void RealMatrixOps<M, V, T>::Dump(const char *path) const {
   using Traits = MatrixTraits<M>;
   DumpLines(path, true, Traits::kFileModule, this->m_rows, [this](std::FILE *file, int r) {
-    for (int c = 0; c < this->m_cols; ++c) Traits::Print(file, static_cast<double>((*this)[r][c]));
+    for (int c = 0; c < this->m_cols; ++c) Traits::Print(file, (*this)[r][c]);
     std::fprintf(file, "\n");
   });
 }
@@ -111,7 +111,7 @@ void RealMatrixOps<M, V, T>::DumpCSV(const char *path, bool transpose) const {
   const int elements = transpose ? this->m_rows : this->m_cols;
   DumpLines(path, true, Traits::kFileModule, lines, [=, this](std::FILE *file, int i) {
     for (int k = 0; k < elements; ++k) {
-      Traits::PrintCsv(file, static_cast<double>(transpose ? (*this)[k][i] : (*this)[i][k]));
+      Traits::PrintCsv(file, transpose ? (*this)[k][i] : (*this)[i][k]);
     }
     std::fprintf(file, "\n");
   });

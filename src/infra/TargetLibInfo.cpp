@@ -1,15 +1,14 @@
 // What the processor tells about itself through its own instructions; no file is read, no privilege needed.
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 
+#include "TimeStampCounter.h"
 #include "kernels/Levels.h"
 #include "qorn/Version.h"
 #include "qorn/infra/TargetLib.h"
 
 #if defined(__x86_64__)
 #include <cpuid.h>
-#include <x86intrin.h>
 #endif
 
 namespace QORN {
@@ -34,13 +33,7 @@ Registers CpuId(unsigned leaf, unsigned subleaf = 0) {
 int ClockMHz() {
   const int told = static_cast<int>(CpuId(0x16).eax & 0xFFFFU);
   if (told != 0) return told;
-  using Clock = std::chrono::steady_clock;
-  const Clock::time_point start = Clock::now();
-  const std::uint64_t first = __rdtsc();
-  Clock::duration passed{};
-  while (passed < std::chrono::milliseconds(5)) passed = Clock::now() - start;
-  const auto ticks = static_cast<double>(__rdtsc() - first);
-  return static_cast<int>(ticks / std::chrono::duration<double, std::micro>(passed).count() + 0.5);
+  return static_cast<int>(TimeStampCounterMHz() + 0.5);
 }
 
 // The largest of the caches that a leaf enumerates. Both makers' leaves have one form.

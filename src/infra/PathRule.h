@@ -1,0 +1,16 @@
+// The rule by which relative paths are resolved, without any system underneath.
+#ifndef QORN_SRC_INFRA_PATHRULE_H
+#define QORN_SRC_INFRA_PATHRULE_H
+
+#include <string>
+#include <string_view>
+
+namespace QORN {
+
+/// path as seen from the folder above the one that holds program, a full file name: see
+/// Utilities::GetAbsolutePath. separator is the system's; slashes of both kinds are understood.
+std::string ResolvePath(std::string_view program, std::string_view path, char separator);
+
+} // namespace QORN
+
+#endif
