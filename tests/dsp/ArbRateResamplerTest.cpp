@@ -473,6 +473,37 @@ TEST(ArbRateResampler, Apply_NotANumberInTheSource_ReachesNoFurtherThanTheFilter
   }
 }
 
+// A bad sample in one part leaves the bits of the other part alone, and the outputs out of its reach too.
+TEST(ArbRateResampler, Apply_NotANumberInOnePart_LeavesTheOther) {
+  const auto clean = Noise(500), im = Noise(500, 3);
+  auto re = clean;
+  re[250] = kNanF;
+  for (const auto &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scoped(level);
+    for (const double ratio : {5.1, 1.2345, 2.0, 1.0, 0.7123, 0.5, 0.11}) {
+      for (const bool alternate : {false, true}) {
+        SCOPED_TRACE(testing::Message() << level.name << ", ratio " << ratio);
+        ArbRateResampler resampler(ratio);
+        resampler.UseAlternateResampler(alternate);
+        VecCplx32 got, expected;
+        resampler.Apply(got, Joined(re, im), 50.3, 400);
+        resampler.Apply(expected, Joined(clean, im), 50.3, 400);
+        ASSERT_EQ(got.GetSize(), expected.GetSize());
+        int bad = 0;
+        for (int i = 0; i < got.GetSize(); ++i) {
+          ASSERT_EQ(got[i].im, expected[i].im) << i;
+          if (std::isnan(got[i].re)) {
+            ++bad;
+          } else {
+            ASSERT_EQ(got[i].re, expected[i].re) << i;
+          }
+        }
+        EXPECT_GT(bad, 0);
+      }
+    }
+  }
+}
+
 // The parts of a complex record, at any level, are what real records of theirs give at the first level.
 TEST(ArbRateResampler, Apply_RealAndComplexAtEachLevel_GiveTheSameBits) {
   const auto re = Noise(700), im = Noise(700, 3);

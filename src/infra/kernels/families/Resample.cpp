@@ -247,13 +247,13 @@ inline void AddSamples(const float *rows, const Index *at, [[maybe_unused]] Inde
 // row.
 template <int kParts>
 void AddInReach(const ResampleTable &table, int row, Index period, float a, const float *src, Index first,
-                float (&sums)[kParts][kPart]) {
+                float (&total)[kParts][kGroup]) {
   const float *values = table.rows + 2 * table.pitch * row + table.wing;
-  for (Index lane = first; lane < first + kGroup; ++lane) {
-    const Index y = period + lane;
+  for (int lane = 0; lane < kGroup; ++lane) {
+    const Index y = period + first + lane;
     if (!IsInReach(table, row, y)) continue;
     const float tap = values[y] + Rounded(a * values[table.pitch + y]);
-    for (int part = 0; part < kParts; ++part) sums[part][lane] += Rounded(tap * src[part]);
+    for (int part = 0; part < kParts; ++part) total[part][lane] += Rounded(tap * src[part]);
   }
 }
 
@@ -332,9 +332,13 @@ void NarrowPart(const Narrowing &run, double start, int count, float (&sums)[kPa
       const Index high = Within((origin * ratio + first + kGroup + wing) * step + 1.0, samples);
       const float *from = run.src + (tile + low) * kParts;
       if constexpr (kInReach) {
+        float total[kParts][kGroup] = {};
         for (Index k = low; k < high; ++k, from += kParts) {
           const Index same = k % found, period = places.period[same] - shift - k / found * advance;
-          AddInReach<kParts>(table, places.row[same], period, places.between[same], from, first, sums);
+          AddInReach<kParts>(table, places.row[same], period, places.between[same], from, first, total);
+        }
+        for (int part = 0; part < kParts; ++part) {
+          for (int lane = 0; lane < kGroup; ++lane) sums[part][first + lane] += total[part][lane];
         }
       } else if (low < high && repeat > 0) {
         AddSamples<kParts, false>(run.scratch, at + low, pitch, nullptr, first, from, high - low, sums);
