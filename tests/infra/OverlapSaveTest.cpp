@@ -52,13 +52,15 @@ void CheckStream(OverlapSave<double> &filter, const std::vector<double> &h, cons
 }
 
 TEST(OverlapSave, Run_ComplexTapsAndSignal_IsTheLinearConvolution) {
-  for (const int taps : {1, 2, 33, 64}) {
-    OverlapSave<double> filter(64, taps);
-    EXPECT_EQ(filter.Length(), 64);
-    EXPECT_EQ(filter.Step(), 65 - taps);
-    const auto h = Noise(2 * taps, 1);
-    filter.SetTaps(h.data());
-    CheckStream(filter, h, Noise(2 * 300, 2));
+  for (const int length : {64, 72, 80, 96, 512, 576}) {
+    for (const int taps : {1, 2, 33, 64}) {
+      OverlapSave<double> filter(length, taps);
+      EXPECT_EQ(filter.Length(), length);
+      EXPECT_EQ(filter.Step(), length - taps + 1);
+      const auto h = Noise(2 * taps, 1);
+      filter.SetTaps(h.data());
+      CheckStream(filter, h, Noise(2 * 300, 2));
+    }
   }
 }
 

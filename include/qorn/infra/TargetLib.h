@@ -587,7 +587,7 @@ public:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
   /// - transforms of overlapping blocks (overlap-save), where these are estimated as less work: from some
-  ///   500 by 500 elements on (1000 for 64f, 200 for 32fc), and from about 100 (200, 32) elements on if the
+  ///   800 by 800 elements on (300 for 32fc), and from about 100 (45 for 32fc) elements on if the
   ///   other source is long. Results that a block's rounding errors could have spoiled, quiet ones beside
   ///   loud ones, are found by bounds and computed again. So results without a nonzero product are exactly 0,
   ///   and what is not finite shows where it would by direct sums and nowhere else; where the shorter source

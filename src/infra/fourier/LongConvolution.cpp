@@ -85,8 +85,9 @@ template <> constexpr double kPerTerm<Cplx32> = 0.046;
 template <class T> double RunCost(double length) {
   const double outside = length < 16384 ? 1 : 1.6;         // of the nearer caches
   const double nine = std::fmod(length, 9) == 0 ? 1.1 : 1; // its passes take longer
-  const double perPoint = (0.6 + 0.135 * std::log2(length)) * outside * nine;
-  return (std::is_same_v<T, double> ? 3 : 1) * perPoint * length;
+  const double log2 = std::log2(length);
+  const double perPoint = std::is_same_v<T, double> ? 3 + 0.39 * log2 : 0.6 + 0.135 * log2;
+  return perPoint * outside * nine * length;
 }
 
 // To get and to free the memory.
