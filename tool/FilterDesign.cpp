@@ -20,6 +20,8 @@ namespace {
 
 constexpr double kTables[] = {2.0, 4.0, 8.0, 16.0}; // samples per symbol that IS-95 filters are known for
 
+constexpr int kLeastOfWindow = 5; // taps: a windowed sinc of fewer is none
+
 // Parameters as the library takes them, checked for what it makes no filter of.
 struct Checked {
   float rate, frequency, shape;
@@ -82,6 +84,8 @@ FilterDesign DesignOf(const FilterKind &kind, const FilterParameters &parameters
   if (count < 1 && kind.Takes(kTapsFrom))
     throw UsageError("--tap-rate: taps at " + Significant(parameters.tapRate, 12) +
                      " Hz cannot be resampled to " + Significant(parameters.rate, 12) + " Hz");
+  if ((kind.Takes(kCutoff) || kind.Takes(kEdges)) && count > 0 && count < kLeastOfWindow)
+    throw UsageError("--taps: " + std::string(kind.name) + " takes 5 or more");
   if (count < 1) throw UsageError("--taps is required for " + std::string(kind.name));
   filter->SetParameters(rate, frequency, shape, count);
 

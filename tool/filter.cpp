@@ -11,6 +11,7 @@
 #include "Failure.h"
 #include "FilterDesign.h"
 #include "FilterFigures.h"
+#include "FilterOptions.h"
 #include "FilterPicture.h"
 #include "FilteredRecording.h"
 #include "Options.h"
@@ -23,11 +24,8 @@ namespace tool {
 namespace {
 
 struct Options : ExtentOptions {
-  std::string type;
+  FilterOptions filter;
   std::string recording;
-  std::string rate, symbolRate, bandwidth, cutoff, low, high, rolloff, bt;
-  std::optional<int> taps;
-  std::string tapsFrom, tapRate;
   std::string out;
   std::string svg;
   std::string csv;
@@ -35,117 +33,16 @@ struct Options : ExtentOptions {
   std::string gallery;
 };
 
-CLI::Validator KnownFilter() {
-  return {[](const std::string &name) {
-            return FindFilter(name) != nullptr
-                       ? std::string()
-                       : "unknown filter " + Quoted(name) + "; known are " + FilterNames();
-          },
-          "", ""};
-}
-
-double Within(const std::string &option, const std::string &text, double least, double most) {
-  const double value = NumberOf(option, text);
-  if (value < least || value > most)
-    throw UsageError(option + ": " + Quoted(text) + " is not from " + Significant(least, 6) + " to " +
-                     Significant(most, 6));
-  return value;
-}
-
-double Hertz(const std::string &option, const std::string &text) { return Within(option, text, 1e-3, 1e12); }
-
-// The options that a kind takes, read; those that it does not take are refused, and so are gaps.
-class ParameterReader {
-public:
-  ParameterReader(const FilterKind &kind, const Options &options) : m_kind(kind), m_options(options) {}
-
-  FilterParameters Read(const QORN::IQFReader *recording) {
-    FilterParameters p{};
-    for (const auto &[option, name, text] : Given())
-      if (!text->empty() && !m_kind.Takes(option))
-        throw UsageError(name + ": " + m_kind.name + " does not take it; it takes " + m_kind.Options());
-    if (m_options.taps && !m_kind.Takes(kTapCount))
-      throw UsageError(std::string("--taps: ") + m_kind.name + " does not take it; it takes " +
-                       m_kind.Options());
-    p.rate = Rate(recording);
-    if (m_kind.Takes(kTapsFrom)) p.tapRate = Hertz("--tap-rate", Needed("--tap-rate", m_options.tapRate));
-    p.frequency = m_kind.symbolRate;
-    if (m_kind.Takes(kSymbolRate)) p.frequency = SymbolRate(p);
-    if (m_kind.Takes(kBandwidth)) p.frequency = Frequency("--bandwidth", m_options.bandwidth);
-    if (m_kind.Takes(kCutoff)) p.frequency = Frequency("--cutoff", m_options.cutoff);
-    if (m_kind.Takes(kEdges)) {
-      p.frequency = Frequency("--low", m_options.low);
-      p.shape = Frequency("--high", m_options.high);
-    }
-    if (m_kind.Takes(kRolloff))
-      p.shape = Within("--rolloff", Needed("--rolloff", m_options.rolloff), 0.0, 1.0);
-    if (m_kind.Takes(kBt)) p.shape = Within("--bt", Needed("--bt", m_options.bt), 0.01, 10.0);
-    p.taps = m_options.taps.value_or(0);
-    constexpr int kLeastOfWindow = 5; // a windowed sinc of fewer taps is none
-    if (m_kind.Takes(kCutoff) || m_kind.Takes(kEdges)) {
-      if (!m_options.taps) throw UsageError("--taps is required for " + std::string(m_kind.name));
-      if (p.taps < kLeastOfWindow)
-        throw UsageError("--taps: " + std::string(m_kind.name) + " takes 5 or more");
-    }
-    return p;
-  }
-
-private:
-  struct Entry {
-    FilterOption option;
-    std::string name;
-    const std::string *text;
-  };
-  std::vector<Entry> Given() const {
-    const Options &o = m_options;
-    return {{kSymbolRate, "--symbol-rate", &o.symbolRate},
-            {kBandwidth, "--bandwidth", &o.bandwidth},
-            {kCutoff, "--cutoff", &o.cutoff},
-            {kEdges, "--low", &o.low},
-            {kEdges, "--high", &o.high},
-            {kRolloff, "--rolloff", &o.rolloff},
-            {kBt, "--bt", &o.bt},
-            {kTapsFrom, "--taps-from", &o.tapsFrom},
-            {kTapsFrom, "--tap-rate", &o.tapRate}};
-  }
-
-  const std::string &Needed(const std::string &option, const std::string &text) const {
-    if (text.empty()) throw UsageError(option + " is required for " + m_kind.name);
-    return text;
-  }
-
-  double Frequency(const std::string &option, const std::string &text) const {
-    return Hertz(option, Needed(option, text));
-  }
-
-  // That of the recording, if there is one.
-  double Rate(const QORN::IQFReader *recording) const {
-    if (recording == nullptr) return Frequency("--rate", m_options.rate);
-    const double rate = recording->GetSamplingFrequency();
-    constexpr double kSlack = 1e-6; // a rate from a header may be rounded
-    if (!m_options.rate.empty() && std::fabs(Hertz("--rate", m_options.rate) / rate - 1.0) > kSlack)
-      throw UsageError("--rate: " + Quoted(m_options.rate) + " is not the rate of the recording, which is " +
-                       Significant(rate, 12) + " Hz");
-    return rate;
-  }
-
-  // Without one, the user's own taps keep their sum, and filters of a standard have that of the standard.
-  double SymbolRate(const FilterParameters &p) const {
-    if (!m_options.symbolRate.empty()) return Hertz("--symbol-rate", m_options.symbolRate);
-    if (m_kind.symbolRate > 0.0) return m_kind.symbolRate;
-    if (m_kind.Takes(kTapsFrom) && !m_kind.isStep) return p.tapRate;
-    return Frequency("--symbol-rate", m_options.symbolRate);
-  }
-
-  const FilterKind &m_kind;
-  const Options &m_options;
-};
-
 void RunOne(const Options &options) {
-  const FilterKind &kind = *FindFilter(options.type);
+  const FilterKind &kind = *FindFilter(options.filter.type);
   const bool runs = !options.recording.empty();
   if (runs && options.out.empty()) throw UsageError("--out is required to filter a recording");
-  if (!runs && !options.out.empty()) throw UsageError("--out: there is no RECORDING to filter");
+  const auto needsRecording = [&](const char *option, bool given) {
+    if (!runs && given) throw UsageError(std::string(option) + ": there is no RECORDING to filter");
+  };
+  needsRecording("--out", !options.out.empty());
+  needsRecording("--start", options.start != 0);
+  needsRecording("--count", options.count.has_value());
   if (runs && kind.isStep)
     throw UsageError(std::string(kind.name) +
                      ": what it adds for a sample never ends; it filters no recording");
@@ -158,12 +55,8 @@ void RunOne(const Options &options) {
     CheckHeld(extent, *recording);
   }
   const FilterParameters parameters =
-      ParameterReader(kind, options).Read(recording ? &recording->Reader() : nullptr);
-  QORN::VecCplx32 userTaps;
-  if (kind.Takes(kTapsFrom)) {
-    if (options.tapsFrom.empty()) throw UsageError("--taps-from is required for " + std::string(kind.name));
-    userTaps = ReadTaps(options.tapsFrom);
-  }
+      ParametersOf(kind, options.filter, recording ? &recording->Reader() : nullptr);
+  const QORN::VecCplx32 userTaps = UserTapsOf(kind, options.filter);
   OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}, {"--out", options.out}},
                     options.recording);
   const FilterFigures figures = FiguresOf(DesignOf(kind, parameters, userTaps));
@@ -222,21 +115,9 @@ void AddFilter(CLI::App &app) {
   const auto text = [&](const char *name, std::string &value, const char *type, const char *help) {
     command->add_option(name, value, help)->type_name(type);
   };
-  command->add_option("TYPE", options->type, "filter")->type_name("")->check(KnownFilter());
+  AddFilterType(*command, options->filter);
   text("RECORDING", options->recording, "", "IQF file to filter");
-  text("--rate", options->rate, "HZ", "sampling rate (the recording's)");
-  text("--symbol-rate", options->symbolRate, "HZ", "symbols or chips a second");
-  text("--rolloff", options->rolloff, "R", "roll-off, from 0 to 1");
-  text("--bt", options->bt, "BT", "bandwidth-time product");
-  text("--bandwidth", options->bandwidth, "HZ", "of rectangular, both sides");
-  text("--cutoff", options->cutoff, "HZ", "of low-pass and high-pass");
-  text("--low", options->low, "HZ", "lower cutoff of band-pass");
-  text("--high", options->high, "HZ", "upper cutoff of band-pass");
-  command->add_option("--taps", options->taps, "number of taps (as recommended)")
-      ->type_name("N")
-      ->check(WholeNumber(1, kMaxTaps));
-  text("--taps-from", options->tapsFrom, "FILE", "text file of taps for user and integral-user");
-  text("--tap-rate", options->tapRate, "HZ", "taps a second of these");
+  AddFilterOptions(*command, options->filter);
   text("--out", options->out, "FILE", "write the filtered recording");
   AddExtentOptions(*command, *options);
   text("--svg", options->svg, "FILE", "write a picture");
@@ -257,7 +138,7 @@ void AddFilter(CLI::App &app) {
   command->callback([options, command] {
     if (!options->gallery.empty())
       RunGallery(*command, *options);
-    else if (options->type.empty())
+    else if (options->filter.type.empty())
       throw UsageError("TYPE is required");
     else
       RunOne(*options);

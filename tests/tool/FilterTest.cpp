@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <qorn/qorn.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -574,6 +577,8 @@ TEST_F(Tool, Filter_WrongArguments_ExitWithTwoAndNameTheArgument) {
       {with(lowPass, {"--svg", folder / "f", "--csv", folder / "f"}),
        "--csv: '" + (folder / "f") + "' is the file of --svg"},
       {with(lowPass, {"--out", out}), "--out: there is no RECORDING to filter"},
+      {with(lowPass, {"--start", "1"}), "--start: there is no RECORDING to filter"},
+      {with(lowPass, {"--count", "1"}), "--count: there is no RECORDING to filter"},
       {with(lowPass, {path}), "--out is required to filter a recording"},
       {with(lowPass, {path, "--out", path}), "--out: '" + path + "' is the recording itself"},
       {with(lowPass, {path, "--csv", path, "--out", out}), "--csv: '" + path + "' is the recording itself"},
@@ -602,6 +607,23 @@ TEST_F(Tool, Filter_WrongArguments_ExitWithTwoAndNameTheArgument) {
   }
   EXPECT_EQ(folder.Names(), before);
   EXPECT_EQ(Contents(path), recorded);
+}
+
+TEST_F(Tool, Filter_RecordingThatCannotBeWrittenWhole_IsNotWritten) {
+  const std::string path = Save(Recording(65536, Tone(-10.0, 0.1)));
+  std::ofstream(folder / "out.iqf") << "old";
+  const auto limit = [] {
+    const rlimit most{100000, 100000};
+    setrlimit(RLIMIT_FSIZE, &most);
+    std::signal(SIGXFSZ, SIG_IGN);
+  };
+  // The picture and the table fit, and yet do not take their places.
+  ExpectFailure(1, "--out: '" + (folder / "out.iqf") + "' could not be written: File too large",
+                {"filter", "low-pass", path, "--cutoff", "1e5", "--taps", "9", "--out", folder / "out.iqf",
+                 "--svg", folder / "f.svg", "--csv", folder / "f.csv"},
+                limit);
+  EXPECT_EQ(Contents(folder / "out.iqf"), "old");
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"out.iqf", "test.iqf"}));
 }
 
 TEST_F(Tool, Filter_WrongRecordings_ExitWithOneAndLeaveNothing) {
