@@ -223,9 +223,10 @@ void BasebandSigGen::Generate_CW(VecCplx32 &dst, int n) {
 
 // m_wave = the modulating wave. False if its frequency makes no sense.
 bool BasebandSigGen::MakeWave(int n) {
-  if (!std::isfinite(m_modFrequency / m_sampleRate)) return false;
+  const double step = m_modFrequency / m_sampleRate * kTwoPi;
+  if (!std::isfinite(static_cast<float>(step))) return false;
   if (m_modFrequency >= 0.0) {
-    MathUtils::Cos(m_wave, n, m_modFrequency / m_sampleRate * kTwoPi, GetPhase());
+    MathUtils::Cos(m_wave, n, step, GetPhase());
   } else {
     FillTriangle(n);
   }
@@ -252,7 +253,7 @@ void BasebandSigGen::FillTriangle(int n) {
 
 void BasebandSigGen::Generate_AM_FM_PM(VecCplx32 &dst, int n) {
   if (n < 0) return;
-  const double deviation = m_modIndex / m_sampleRate * kTwoPi; // FM, in radians per sample
+  const auto deviation = static_cast<float>(m_modIndex / m_sampleRate * kTwoPi); // FM, radians per sample
   if ((m_signalType == FM && !std::isfinite(deviation)) || !MakeWave(n)) return Silence(dst, n);
   switch (m_signalType) {
   case AM:
@@ -262,7 +263,7 @@ void BasebandSigGen::Generate_AM_FM_PM(VecCplx32 &dst, int n) {
     break;
   case FM:
     DSPUtils::CumSum(m_wave, m_wave);
-    m_wave.Mul(static_cast<float>(deviation));
+    m_wave.Mul(deviation);
     MathUtils::Expj(dst, m_wave);
     break;
   case PM:
@@ -391,12 +392,17 @@ void BasebandSigGen::RunChain(VecCplx32 &dst, int n, void (BasebandSigGen::*modu
     GenerateRandomData(m_symbols, m_alphabetSize, static_cast<int>(std::clamp(count, 0.0, kIntMax)));
     (this->*modulate)();
     m_resampler->Apply(dst, m_modulated);
-    // Below that length there is no output, whatever length dst has.
-    const bool hasOutput = m_modulated.GetSize() > 2 * std::int64_t{m_resampler->GetHistory()} + 2;
+    // With no more samples than its margins the resampler has no output, whatever length dst has.
+    const std::int64_t margins = 2 * std::int64_t{m_resampler->GetHistory()} + 2;
     const int length = dst.GetSize();
-    if (hasOutput && length >= n) break;
+    if (m_modulated.GetSize() > margins && length >= n) break;
     const double factor = length > 0 ? static_cast<double>(n) / length + 0.5 : 0.0;
-    m_lengthFactor = factor > m_lengthFactor ? factor : 2.0 * m_lengthFactor;
+    if (factor > m_lengthFactor) {
+      m_lengthFactor = factor;
+    } else {
+      // A signal so short that no factor tells what the margins take.
+      m_marginSymbols = Length(m_marginSymbols + margins / m_oversampling + 1);
+    }
   }
   dst.Truncate(dst.GetSize() - n, n);
 }
