@@ -32,17 +32,18 @@ constexpr Congruence kCongruence{69069, 1013904243};
 class Random {
 public:
   static constexpr int kBlock = 256;
+  static constexpr int kLanes = 16;
 
   explicit Random(std::uint32_t seed) : m_x0(seed), m_x1(kCongruence(m_x0)), m_x2(kCongruence(m_x1)) {
     std::uint32_t x = 1131199209;
     for (std::uint32_t &lane : m_lanes) lane = x = kCongruence(x);
   }
 
-  // The next kBlock words. The sequence with the borrow allows but one step at a time; the other, of which
-  // all lanes can step at once, is kept out of that chain.
-  void Block(std::int32_t *words) {
+  // The next Count words, a multiple of kLanes. The sequence with the borrow allows but one step at a time;
+  // the other, of which all lanes can step at once, is kept out of that chain.
+  template <int Count = kBlock> void Block(std::int32_t *words) {
     std::uint32_t x0 = m_x0, x1 = m_x1, x2 = m_x2, borrow = m_borrow;
-    for (int i = 0; i < kBlock; ++i) {
+    for (int i = 0; i < Count; ++i) {
       const std::uint32_t t = x1 - x2 + borrow;
       borrow = static_cast<std::uint32_t>(static_cast<std::int32_t>(t) >> 31); // -1 if t is negative, else 0
       x2 = x1;
@@ -53,7 +54,7 @@ public:
     m_x0 = x0, m_x1 = x1, m_x2 = x2, m_borrow = borrow;
 
     constexpr Congruence kAllLanes = kCongruence.Repeated(kLanes);
-    for (int i = 0; i < kBlock; i += kLanes) {
+    for (int i = 0; i < Count; i += kLanes) {
       for (int lane = 0; lane < kLanes; ++lane) {
         words[i + lane] =
             static_cast<std::int32_t>(static_cast<std::uint32_t>(words[i + lane]) + m_lanes[lane]);
@@ -63,8 +64,6 @@ public:
   }
 
 private:
-  static constexpr int kLanes = 16;
-
   std::uint32_t m_x0, m_x1, m_x2;
   std::uint32_t m_borrow = 0xFFFFFFFFU;
   std::uint32_t m_lanes[kLanes]; // the next kLanes words of the congruential sequence
@@ -73,17 +72,25 @@ private:
 // Added to a seed after each call, so that a caller who keeps it gets a new array.
 constexpr unsigned kSeedStep = 6003;
 
-template <class T> void RandUniform(T *dst, int len, T low, T high, unsigned *seed) {
+template <int Block, class T> void UniformBlocks(T *dst, int len, T low, T high, unsigned seed) {
   const double middle = static_cast<double>(low + high) * 0.5;
   const double scale = static_cast<double>(high - low) * 0x1p-32;
-  Random random(*seed);
-  std::int32_t words[Random::kBlock];
-  for (Index first = 0; first < len; first += Random::kBlock) {
-    random.Block(words);
-    const Index count = len - first < Random::kBlock ? len - first : Random::kBlock;
+  Random random(seed);
+  std::int32_t words[Block];
+  for (Index first = 0; first < len; first += Block) {
+    random.Block<Block>(words);
+    const Index count = len - first < Block ? len - first : Block;
     for (Index i = 0; i < count; ++i) {
       dst[first + i] = static_cast<T>(middle + Rounded(static_cast<double>(words[i]) * scale));
     }
+  }
+}
+
+template <class T> void RandUniform(T *dst, int len, T low, T high, unsigned *seed) {
+  if (len <= Random::kLanes) { // single numbers are drawn often
+    UniformBlocks<Random::kLanes>(dst, len, low, high, *seed);
+  } else {
+    UniformBlocks<Random::kBlock>(dst, len, low, high, *seed);
   }
   *seed += kSeedStep;
 }
