@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "OfdmFrame.h"
+#include "infra/Errors.h"
 #include "qorn/dsp/ArbRateResampler.h"
 #include "qorn/dsp/FFT.h"
 #include "qorn/infra/Complex.h"
@@ -15,6 +16,8 @@
 namespace QORN {
 
 namespace {
+
+constexpr const char *kVectorModule = "infra/Vector";
 
 constexpr double kStandardRate = 2e7; // Hz
 constexpr double kLeastRate = 1000.0;
@@ -76,9 +79,10 @@ double OFDMSigGen::GetRatio() const {
   return ratio >= kLeastRatio && ratio <= kMostRatio ? ratio : 0.0;
 }
 
-// The resampler may also be that of a signal of another type: its filter is longer at the same ratio.
+// A copied transform may have found no memory. The resampler may be that of a signal of another type: its
+// filter is longer at the same ratio.
 bool OFDMSigGen::IsBuilt() const {
-  return !m_paramsChanged && m_fft && m_resampler && m_resampler->GetRatio() == GetRatio() &&
+  return !m_paramsChanged && m_fft && m_fft->m_work && m_resampler && m_resampler->GetRatio() == GetRatio() &&
          m_resampler->GetHistory() == m_history;
 }
 
@@ -88,8 +92,10 @@ void OFDMSigGen::Build() {
   m_symbolFftLength = m_fftLength;
   m_cpLength = static_cast<int>(std::lround(m_fftLength * std::min(m_guardFraction, 1.0)));
   m_symbolLength = m_symbolFftLength + m_cpLength;
-  const int order = std::bit_width(static_cast<unsigned>(m_fftLength)) - 1;
+  const int order = std::countr_zero(static_cast<unsigned>(m_fftLength));
   m_fft = std::make_unique<FFT>(order, FftScaleNone, QORNAlgorithmAccurate, false);
+  // A transform without memory would leave the carriers as they are.
+  if (!m_fft->m_work) Throw(errors::kMemoryAllocation, kVectorModule);
   m_symbolDuration = m_symbolLength / m_fftRate;
   m_spectrum.Resize(m_symbolFftLength);
   GeneratePreamble(m_preamble);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "dsp/OfdmFrame.h"
+#include "qorn/infra/QORNException.h"
 #include "qorn/infra/TargetLib.h"
 #include "support/Allocations.h"
 #include "support/OfdmReceiver.h"
@@ -220,6 +221,12 @@ TEST_P(OFDMBurst, GenerateSignal_AllMcs_IsReceived) {
     ASSERT_EQ(signal.GetSize(), n);
     EXPECT_EQ(generator.m_numDataSymbols, 14);
     ExpectReceived(signal, sampleRate, row, 14, error);
+    const auto gains = OfdmReceiver(signal, sampleRate).Gains();
+    for (int k = -26; k <= 26; ++k) {
+      if (k == 0) continue;
+      const double gain = std::abs(CarrierOf(gains, k)) * std::sqrt(52.0);
+      EXPECT_NEAR(Decibels(gain / 0.1), 0.0, sampleRate < 40e6 ? 0.06 : 0.02) << k; // -10 dBm is 0.1
+    }
   }
 }
 
@@ -594,6 +601,64 @@ TEST(OFDMSigGen, GenerateSignal_Changes_DesignOnce) {
   EXPECT_TRUE(changes([&] { generator.SetParameters(20e6, OFDMSigGen::Mbps54, 0.25); }));
   EXPECT_TRUE(changes([&] { generator.ReleaseAll(); }));
   EXPECT_FALSE(changes([&] { generator.SetSampleRate(20e6); }));
+}
+
+// Limits at which first the transform, then one part after the other finds no memory.
+TEST(OFDMSigGen, GenerateSignal_WithoutMemory_ThrowsAndMayBeRepeated) {
+  VecCplx32 expected;
+  Generator(40e6, 5).GenerateSignal(expected, 6000, false);
+  int failures = 0, successes = 0;
+  for (std::size_t bytes = 512; bytes < 200000; bytes += bytes / 4) {
+    Generator generator(40e6, 5);
+    VecCplx32 signal;
+    bool failed = false;
+    testing::internal::CaptureStdout();
+    {
+      const test::AllocationLimit limit(bytes);
+      try {
+        generator.GenerateSignal(signal, 6000, false);
+      } catch (const QORNException &e) {
+        EXPECT_EQ(e.GetErrorCode(), 11001);
+        failed = true;
+      }
+    }
+    testing::internal::GetCapturedStdout();
+    (failed ? failures : successes) += 1;
+    if (failed) generator.GenerateSignal(signal, 6000, false);
+    EXPECT_EQ(List(signal), List(expected)) << bytes;
+  }
+  EXPECT_GT(failures, 5);
+  EXPECT_GT(successes, 2);
+}
+
+// A copy that found no memory for its transform makes it later.
+TEST(OFDMSigGen, Copy_WithoutMemory_ThrowsOrWorks) {
+  Generator source(40e6, 5);
+  VecCplx32 signal, expected;
+  source.GenerateSignal(signal, 3000, false);
+  Generator(source).GenerateSignal(expected, 3000, false);
+  int failures = 0, successes = 0;
+  for (std::size_t bytes = 512; bytes < 100000; bytes += bytes / 4) {
+    Generator copy;
+    bool failed = false;
+    testing::internal::CaptureStdout();
+    {
+      const test::AllocationLimit limit(bytes);
+      try {
+        copy = source;
+      } catch (const QORNException &e) {
+        EXPECT_EQ(e.GetErrorCode(), 11001);
+        failed = true;
+      }
+    }
+    testing::internal::GetCapturedStdout();
+    (failed ? failures : successes) += 1;
+    if (failed) continue;
+    copy.GenerateSignal(signal, 3000, false);
+    EXPECT_EQ(List(signal), List(expected)) << bytes;
+  }
+  EXPECT_GT(failures, 5);
+  EXPECT_GT(successes, 2);
 }
 
 // A change is not lost on a signal of another type, nor is the resampler of one taken for that of another.

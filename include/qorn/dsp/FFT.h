@@ -63,7 +63,8 @@ public:
   ///@}
 
 private:
-  friend class ChirpZ; // asks whether the plan found memory
+  friend class ChirpZ; // these ask whether the plan found memory
+  friend class OFDMSigGen;
 
   template <class T, class V> void Transform(V &out, const V &in, bool forward);
 

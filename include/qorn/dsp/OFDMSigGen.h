@@ -42,8 +42,8 @@ class FFT;
 /// ratio of 1 it runs its alternate kernel, see ArbRateResampler. It takes its margins from the burst: the
 /// first 9 samples at 2 rate, and below a ratio of 1 the first 8 / ratio, rounded down, plus 1. Its filter
 /// reaches 8 samples to either side; a receiver whose window keeps that far within symbol and guard sees
-/// orthogonal carriers, the gains of which the long training field tells: within 0.1 dB of each other from a
-/// ratio of 0.5 on. Below that the sample rate does not hold the band. The error vector magnitude of pilots
+/// orthogonal carriers, with gains within 0.02 dB of 1 from a ratio of 1 on and within 0.06 dB from 0.5 on.
+/// Below that the sample rate does not hold the band. The error vector magnitude of pilots
 /// and data is below -120 dB where all instants lie on table points, that is where 50 / ratio is an integer,
 /// and below -60 dB at all other ratios from 0.5 on, because the filter rejects the images of each carrier by
 /// 64 dB.
