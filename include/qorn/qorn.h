@@ -70,5 +70,6 @@
 #include "qorn/dsp/WindowFactory.h"
 
 #include "qorn/utils/IQFReader.h"
+#include "qorn/utils/XIQReader.h"
 
 #endif

@@ -40,16 +40,19 @@ BinaryFile::BinaryFile(const char *path, Mode mode, const char *module, long lin
     Throw(errors::kFileOpen, module, line);
   }
   m_regular = S_ISREG(status.st_mode);
-  m_size = status.st_size;
 }
 
 BinaryFile::BinaryFile(const BinaryFile &other, const char *module, long line)
-    : m_descriptor(fcntl(other.m_descriptor, F_DUPFD_CLOEXEC, 0)), m_regular(other.m_regular),
-      m_size(other.m_size) {
+    : m_descriptor(fcntl(other.m_descriptor, F_DUPFD_CLOEXEC, 0)), m_regular(other.m_regular) {
   if (m_descriptor < 0) Throw(errors::kFileOpen, module, line);
 }
 
 BinaryFile::~BinaryFile() { Close(); }
+
+std::int64_t BinaryFile::Size() const {
+  struct stat status;
+  return fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
+}
 
 std::size_t BinaryFile::Read(void *dst, std::size_t bytes) const {
   return Repeat(bytes, [&](std::size_t done, std::size_t rest) {

@@ -27,8 +27,8 @@ public:
   /// True for a file of the disk, which has a size and can be read at any place.
   bool IsRegular() const { return m_regular; }
 
-  /// Bytes of a regular file, when it was opened.
-  std::int64_t Size() const { return m_size; }
+  /// Bytes of a regular file, now.
+  std::int64_t Size() const;
 
   /// Reads up to `bytes` bytes from where the last call ended and returns how many there were.
   std::size_t Read(void *dst, std::size_t bytes) const;
@@ -49,7 +49,6 @@ public:
 private:
   int m_descriptor;
   bool m_regular = false;
-  std::int64_t m_size = 0;
 };
 
 } // namespace QORN

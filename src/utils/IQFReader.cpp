@@ -1,13 +1,7 @@
 #include "qorn/utils/IQFReader.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <bit>
-#include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -15,8 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <system_error>
 
+#include "Number.h"
+#include "infra/BinaryFile.h"
 #include "infra/Errors.h"
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/QORNMalloc.h"
@@ -44,48 +39,28 @@ constexpr std::int64_t kMaxMissingFrames = 4096;
 
 static_assert(std::endian::native == std::endian::little, "frames are read as they stand in the file");
 
-// A file that is open for reading, without the buffer that a stream would allocate.
+// A recording, open for reading.
 class File {
 public:
-  explicit File(const char *path) : m_descriptor(path == nullptr ? -1 : open(path, O_RDONLY | O_CLOEXEC)) {
-    struct stat status;
-    if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-      Close();
-      Throw(errors::kFileOpen, kModule);
-    }
-    m_size = status.st_size;
+  explicit File(const char *path) : m_file(path, BinaryFile::Mode::kRead, kModule) {
+    if (!m_file.IsRegular()) Throw(errors::kFileOpen, kModule);
   }
-  ~File() { Close(); }
-  File(const File &) = delete;
-  File &operator=(const File &) = delete;
 
-  std::int64_t Size() const { return m_size; }
+  std::int64_t Size() const { return m_file.Size(); }
 
-  /// Reads up to `bytes` bytes from `position` on and returns how many there were.
-  std::size_t Read(std::int64_t position, void *dst, std::size_t bytes) const {
-    std::size_t got = 0;
-    while (got < bytes) {
-      const ssize_t now = pread(m_descriptor, static_cast<char *>(dst) + got, bytes - got,
-                                static_cast<off_t>(position) + static_cast<off_t>(got));
-      if (now < 0 && errno == EINTR) continue;
-      if (now <= 0) break;
-      got += static_cast<std::size_t>(now);
-    }
-    return got;
+  /// Reads `bytes` bytes from `position` on; what the file does not have is zero.
+  void Read(std::int64_t position, void *dst, std::size_t bytes) const {
+    const std::size_t got = m_file.ReadAt(position, dst, bytes);
+    std::memset(static_cast<char *>(dst) + got, 0, bytes - got);
   }
 
   void ReadOrThrow(std::int64_t position, char *dst, int bytes) const {
     const auto wanted = static_cast<std::size_t>(bytes);
-    if (Read(position, dst, wanted) != wanted) Throw(errors::kFileOpen, kModule);
+    if (m_file.ReadAt(position, dst, wanted) != wanted) Throw(errors::kFileOpen, kModule);
   }
 
 private:
-  void Close() {
-    if (m_descriptor >= 0) close(m_descriptor);
-  }
-
-  int m_descriptor;
-  std::int64_t m_size = 0;
+  BinaryFile m_file;
 };
 
 std::unique_ptr<char[]> MakeText(std::size_t size) {
@@ -104,18 +79,6 @@ void CopyText(char *dst, const char *src, std::size_t limit) {
   const std::size_t length = strnlen(src, limit);
   std::memcpy(dst, src, length);
   dst[length] = '\0';
-}
-
-// The decimal number at the start of s, as atof reads it in the "C" locale whatever locale the host has
-// chosen.
-double ParseReal(const char *s) {
-  if (s[0] == '+' && s[1] != '-') ++s;
-  double value = 0.0;
-  const std::from_chars_result result = std::from_chars(s, s + std::strlen(s), value);
-  if (result.ec != std::errc::result_out_of_range) return value;
-  const bool tiny = std::strstr(s, "e-") != nullptr || std::strstr(s, "E-") != nullptr;
-  const double magnitude = tiny ? 0.0 : HUGE_VAL;
-  return *s == '-' ? -magnitude : magnitude;
 }
 
 // Turns samples to (magnitude, phase), or back, a block at a time on the stack: a read needs no memory of its
@@ -149,29 +112,36 @@ bool IsCartesian(const FrameHeader &header) { return header.cartMark1 == kMark &
 
 } // namespace
 
-// The frames of a recording, read one after another through a buffer of one frame.
+// The frames of a recording, one after another, read some at a time.
 class IQFReader::FrameFile {
 public:
   // Opens the file for nFrames frames from firstFrame on.
   FrameFile(const IQFReader &reader, int firstFrame, int nFrames)
-      : m_file(reader.fileName), m_position(std::int64_t{firstFrame} * kFrameBytes + reader.dataOffset) {
+      : m_file(reader.fileName), m_position(std::int64_t{firstFrame} * kFrameBytes + reader.dataOffset),
+        m_unread(nFrames) {
     const std::int64_t payload = std::max<std::int64_t>(m_file.Size() - reader.dataOffset, 0);
     const std::int64_t held = (payload + kFrameBytes - 1) / kFrameBytes;
     const std::int64_t missing = std::min<std::int64_t>(nFrames, std::int64_t{firstFrame} + nFrames - held);
     if (missing > kMaxMissingFrames) Throw(errors::kInvalidParameter, kModule);
+    m_frames[0].header = {};
   }
 
-  // Reads the next frame; what the file does not have is zero.
+  // Passes on to the next frame; what the file does not have is zero.
   void Next() {
-    const std::size_t got = m_file.Read(m_position, &m_frame, sizeof m_frame);
-    if (got < sizeof m_frame) std::memset(reinterpret_cast<char *>(&m_frame) + got, 0, sizeof m_frame - got);
-    m_position += kFrameBytes;
+    if (++m_current < m_end) return;
+    m_current = 0;
+    m_end = std::min(kBuffered, m_unread);
+    m_unread -= m_end;
+    const auto bytes = static_cast<std::size_t>(m_end) * kFrameBytes;
+    m_file.Read(m_position, m_frames, bytes);
+    m_position += static_cast<std::int64_t>(bytes);
   }
 
-  const FrameHeader &Header() const { return m_frame.header; }
+  // All zero before the first frame.
+  const FrameHeader &Header() const { return m_frames[std::max(m_current, 0)].header; }
 
   // Q, I, Q, I, ... or phase and amplitude.
-  const std::int16_t *Pairs() const { return m_frame.pairs; }
+  const std::int16_t *Pairs() const { return m_frames[m_current].pairs; }
 
 private:
   struct Frame {
@@ -180,9 +150,14 @@ private:
   };
   static_assert(sizeof(Frame) == kFrameBytes);
 
+  static constexpr int kBuffered = 8; // 33 KB on the stack, and enough to make little of a call's cost
+
   File m_file;
   std::int64_t m_position;
-  Frame m_frame{};
+  int m_unread;
+  int m_current = -1;
+  int m_end = 0;
+  Frame m_frames[kBuffered];
 };
 
 IQFReader::IQFReader(const char *path) {
