@@ -46,8 +46,7 @@ void OutputFile::Fail(const std::string &reason) const {
   throw DataError(m_option + ": " + Quoted(m_path) + " could not be written: " + reason);
 }
 
-std::ostream &OutputFile::Stream() {
-  if (m_stream.is_open()) return m_stream;
+void OutputFile::Open() {
   if (m_direct) {
     m_stream.open(m_place, std::ios::binary);
   } else {
@@ -65,14 +64,19 @@ std::ostream &OutputFile::Stream() {
     m_stream.open(m_temporary, std::ios::binary);
   }
   if (!m_stream) Fail(std::strerror(errno));
-  return m_stream;
 }
 
-void OutputFile::Finish() {
-  Stream();
+void OutputFile::Write(const Writer &writer) {
+  Open();
   errno = 0;
-  m_stream.close();
-  if (!m_stream) Fail(errno != 0 ? std::strerror(errno) : "the device is full or gone");
+  try {
+    // Long work is not to go on when its result has no place.
+    m_stream.exceptions(std::ios::badbit | std::ios::failbit);
+    writer(m_stream);
+    m_stream.close();
+  } catch (const std::ios_base::failure &) {
+    Fail(errno != 0 ? std::strerror(errno) : "the device is full or gone");
+  }
 }
 
 void OutputFile::Commit() {
@@ -98,10 +102,8 @@ OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::str
 void OutputFiles::Write(std::initializer_list<Writer> writers) {
   auto writer = writers.begin();
   for (const std::unique_ptr<OutputFile> &file : m_files) {
-    const Writer &write = *writer++;
-    if (!file) continue;
-    write(file->Stream());
-    file->Finish();
+    if (file) file->Write(*writer);
+    ++writer;
   }
   for (const std::unique_ptr<OutputFile> &file : m_files)
     if (file) file->Commit();

@@ -16,6 +16,8 @@ namespace tool {
 /// what was there before, and without a Commit nothing is left. A device or a pipe is written directly.
 class OutputFile {
 public:
+  using Writer = std::function<void(std::ostream &)>;
+
   /// option names the argument in messages. Throws UsageError if there can be no such file, or if it is the
   /// recording itself; recording may be empty. Nothing is created yet.
   OutputFile(std::string option, const std::string &path, const std::string &recording);
@@ -23,11 +25,8 @@ public:
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
 
-  /// The stream to write to; the first call creates it.
-  std::ostream &Stream();
-
-  /// Ends writing. Throws DataError if not all could be written.
-  void Finish();
+  /// Creates the file and has it written. Throws DataError as soon as something cannot be.
+  void Write(const Writer &writer);
 
   /// Puts the file in its place.
   void Commit();
@@ -36,6 +35,7 @@ public:
   const std::filesystem::path &Place() const { return m_place; }
 
 private:
+  void Open();
   [[noreturn]] void Fail(const std::string &reason) const;
 
   std::string m_option;
@@ -53,7 +53,7 @@ public:
     const char *option;
     const std::string &path;
   };
-  using Writer = std::function<void(std::ostream &)>;
+  using Writer = OutputFile::Writer;
 
   /// Throws as OutputFile, and UsageError if two are one file.
   OutputFiles(std::initializer_list<Request> requests, const std::string &recording = "");
