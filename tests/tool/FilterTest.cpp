@@ -401,11 +401,12 @@ TEST_F(Tool, Filter_Recording_IsTheConvolutionWithItsDelayTakenOff) {
         const std::int64_t i = n + advance - k;
         if (n >= run.count || i < 0 || i >= run.count) continue;
         const QORN::Cplx32 sample = x[static_cast<int>(i)];
-        sum += h[static_cast<std::size_t>(k)] * std::complex<double>(sample.re, sample.im);
+        sum += h[static_cast<std::size_t>(k)] *
+               std::complex<double>(static_cast<double>(sample.re), static_cast<double>(sample.im));
       }
       const QORN::Cplx32 got = y[static_cast<int>(n)];
-      ASSERT_NEAR(got.re, sum.real(), 0.51 * step) << n;
-      ASSERT_NEAR(got.im, sum.imag(), 0.51 * step) << n;
+      ASSERT_NEAR(static_cast<double>(got.re), sum.real(), 0.51 * step) << n;
+      ASSERT_NEAR(static_cast<double>(got.im), sum.imag(), 0.51 * step) << n;
       peak = std::max({peak, std::fabs(sum.real()), std::fabs(sum.imag())});
     }
     // The largest value is the largest integer.
