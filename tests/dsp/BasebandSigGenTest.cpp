@@ -474,6 +474,8 @@ TEST(BasebandSigGen, Copies_OfAUsedObject_GoOnByThemselves) {
     assigned = *source;
     EXPECT_TRUE(!source->m_filter || copy.m_filter.get() != source->m_filter.get());
     EXPECT_TRUE(!source->m_resampler || assigned.m_resampler.get() != source->m_resampler.get());
+    EXPECT_EQ(copy.m_filter == nullptr, source->m_filter == nullptr); // nothing is designed anew
+    EXPECT_EQ(assigned.m_resampler == nullptr, source->m_resampler == nullptr);
     EXPECT_FALSE(copy.m_paramsChanged);
     EXPECT_EQ(Signal(*source, 300, true), expected) << type;
     source.reset();

@@ -29,8 +29,8 @@ class FIRBaseFilter;
 ///
 /// Randomness. Symbols, phases and noise are drawn by TargetLib::RandUniform_Direct_32f from three seeds of
 /// the object, which start at 3, 2 and 1, are moved on by 6003 with each draw and are never reset: a new
-/// object always gives the same sequence of signals, and no two signals of one object are the same. A random
-/// phase is one draw from 0 to 2 pi, or 0 without a draw while random phases are disabled.
+/// object always gives the same sequence of signals, and each signal has draws of its own. A random phase is
+/// one draw from 0 to 2 pi, or 0 without a draw while random phases are disabled.
 ///
 /// Cost. The shaping filter, the resampler and the constellation of PSK, QAM and FSK stay in the object. They
 /// are made anew by a signal that finds a tracked parameter changed, see the setters, or them missing. Once
@@ -40,10 +40,10 @@ class FIRBaseFilter;
 /// Parameters are not checked. Where one makes no signal, the signal is silent: n zeros, for which the
 /// generator draws nothing. These are: a frequency that is not finite relative to the sample rate, such as
 /// any at a sample rate of 0; for PSK, QAM and FSK a symbol rate that is not above 0 and at most the sample
-/// rate; for pulses a sample rate that is not above 0, or a period that rounds to no sample. The sample rate
-/// of a new object, -1, makes signals that mean nothing. Memory is asked for n samples and, with PSK, QAM and
-/// FSK, for the length of the filter's and the resampler's transients; QORNException 11001 is thrown if there
-/// is none.
+/// rate; for pulses a sample rate that is not above 0 and finite, or a period that rounds to no sample. The
+/// sample rate of a new object, -1, makes signals that mean nothing. Memory is asked for n samples and, with
+/// PSK, QAM and FSK, for the transients of the filter and the resampler, which last for tens of symbols;
+/// QORNException 11001 is thrown if there is none.
 ///
 /// A class that derives from it supplies the type Custom. A copy is an independent object with its own filter
 /// and resampler. One object serves one thread at a time.
@@ -131,8 +131,8 @@ public:
   void SetParameters_FSK(double symbolRate, double fskDeviation, bool phaseContinuous);
 
   /// The width and the period of pulses in seconds and the bandwidth of Chirp in hertz, all 0 at first and
-  /// tracked. A positive width adds raised-cosine edges, each of 5 percent of it, half of which lies within
-  /// the width: 1e-6 gives a pulse of 1.05 us. A negative width gives sharp edges: -1e-6 a pulse of 1 us. A
+  /// tracked. A positive width adds raised-cosine edges, each of 5 percent of it, half of it within the
+  /// width: 1e-6 gives a pulse of 1.05 us. A negative width gives sharp edges: -1e-6 a pulse of 1 us. A
   /// period below the length of the pulse gives a gapless run of pulses.
   void SetParameters_Pulse(double pulseWidth, double pulsePeriod, double chirpBandwidth);
 
@@ -247,7 +247,7 @@ protected:
   double m_samplesPerSymbol = 0.0;     ///< the sample rate over the symbol rate
   int m_oversampling = 0;              ///< samples per symbol at the inner rate
   int m_marginSymbols = 0;             ///< symbols made besides those of the signal, for the transients
-  double m_lengthFactor = 1.0;         ///< by how much the symbols exceed their plain number; only grows
+  double m_lengthFactor = 1.0;         ///< by how much the symbols exceed their plain number
   int m_alphabetSize = 0;              ///< the number of different symbols
   VecCplx32 m_constellation;           ///< the points by symbol, times the oversampling
   double m_pulseWidth = 0.0;           ///< in seconds, negative for sharp edges
