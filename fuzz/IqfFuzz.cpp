@@ -1,16 +1,10 @@
 // Feeds the reader of frame-based recordings with what a fuzzer makes: nothing but QORNException may come
 // out.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 #include <vector>
 
-#include "qorn/infra/QORNException.h"
+#include "Input.h"
 #include "qorn/infra/VecCplx32.h"
 #include "qorn/infra/VecCplx64.h"
 #include "qorn/infra/VecReal32.h"
@@ -19,12 +13,8 @@
 
 namespace {
 
-template <class Read> void Try(const Read &read) {
-  try {
-    read();
-  } catch (const QORN::QORNException &) {
-  }
-}
+using QORN::fuzz::Input;
+using QORN::fuzz::Try;
 
 void Exercise(const char *path) {
   const QORN::IQFReader reader(path);
@@ -60,12 +50,7 @@ void Exercise(const char *path) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   // The reader ends the program at such a first character, as its contract says.
   if (size > 0 && data[0] > '9' && data[0] < 0x80) return 0;
-  const int file = memfd_create("recording", 0);
-  if (file < 0) return 0;
-  if (write(file, data, size) == static_cast<ssize_t>(size)) {
-    const std::string path = "/proc/self/fd/" + std::to_string(file);
-    Try([&] { Exercise(path.c_str()); });
-  }
-  close(file);
+  const Input input(data, size);
+  if (input) Try([&] { Exercise(input.Path()); });
   return 0;
 }
