@@ -6,13 +6,16 @@
 
 namespace QORN {
 
+class MatReal32;
+class MatReal64;
 class VecInt32;
 class VecReal32;
 class VecReal64;
 class VecCplx32;
 class VecCplx64;
 
-/// Element-wise mathematics on vectors and scalars: static functions only.
+/// Element-wise mathematics on vectors and scalars, integer helpers, special functions and the arithmetic of
+/// small dense matrices: static functions only.
 ///
 /// The destination comes first and is given the length of the first source by Resize, so a kept destination
 /// allocates nothing; an in-place form takes the vector alone and keeps its length. i runs over the whole
@@ -311,6 +314,127 @@ public:
   static double Log10(double x);
   static double Ln(double x);
   ///@}
+
+  // Integer helpers.
+
+  /// The square root of x, rounded down; 0 for a negative x.
+  static int SqrtInteger(int x);
+
+  /// The base-2 logarithm of x, rounded down; 0 for x below 2.
+  static int Log2Integer(int x);
+
+  /// 2 ^ k. In 32 bits k counts modulo 32; in 64 bits a k outside 0 to 63 gives 0. The highest bit makes the
+  /// result negative.
+  ///@{
+  static int Pow2Integer(int k);
+  static long long Pow2Integer(long long k);
+  ///@}
+
+  /// The least power of two not below x: 1 for x below 2, and 0 above 2^30 (2^62), where the type has none.
+  ///@{
+  static int GetPowerOfTwoInteger_GTorEQ(int x);
+  static long long GetPowerOfTwoInteger_GTorEQ(long long x);
+  ///@}
+
+  /// The greatest power of two not above x; 1 for x below 2.
+  static int GetPowerOfTwoInteger_LTorEQ(int x);
+
+  /// True if x is 1, 2, 4, ... 2^30.
+  static bool IsExactPowerOfTwoInteger(int x);
+
+  // Special functions.
+
+  /// dst[i] = the error function of src[i], 2 / sqrt(pi) times the integral of exp(-t^2) from 0 to src[i].
+  ///@{
+  static void Erf(VecReal32 &dst, const VecReal32 &src);
+  static void Erf(VecReal64 &dst, const VecReal64 &src);
+  static float Erf(float x);
+  static double Erf(double x);
+  ///@}
+
+  /// The Bessel function of x of the first (J) or second (Y) kind and an integer order. They are those of the
+  /// C library, and so is their precision. The second kind is minus infinity at 0 and not-a-number below.
+  ///@{
+  static double BesselFirstKind(int order, double x);
+  static double BesselSecondKind(int order, double x);
+  ///@}
+
+  /// dst[i] = the same of x[i].
+  ///@{
+  static void BesselFirstKind(VecReal64 &dst, int order, const VecReal64 &x);
+  static void BesselSecondKind(VecReal64 &dst, int order, const VecReal64 &x);
+  ///@}
+
+  // Vectors.
+
+  /// First differences: dst[i] = src[i + 1] - src[i] for 0 <= i < N - 1, N being the length of src. dst is
+  /// left as a view that begins one element behind the start of its storage, until its next Resize. dst must
+  /// not be src; it is empty if src is.
+  ///@{
+  static void Diff(VecReal32 &dst, const VecReal32 &src);
+  static void Diff(VecReal64 &dst, const VecReal64 &src);
+  ///@}
+
+  /// dst[i] = b[i] if b[i] > a[i] (MaxVectorPairs) or a[i] > b[i] (MinVectorPairs), else a[i], over the
+  /// length of a. So where one of the two is not a number, a[i] is taken.
+  ///@{
+  static void MaxVectorPairs(VecReal32 &dst, const VecReal32 &a, const VecReal32 &b);
+  static void MaxVectorPairs(VecReal64 &dst, const VecReal64 &a, const VecReal64 &b);
+  static void MinVectorPairs(VecReal32 &dst, const VecReal32 &a, const VecReal32 &b);
+  static void MinVectorPairs(VecReal64 &dst, const VecReal64 &a, const VecReal64 &b);
+  ///@}
+
+  // Matrices. Elements are taken as they lie in the block, row by row, whatever the row table holds.
+  // Dimensions that must agree are asserted by a build with QORN_CHECKED only.
+
+  /// The sum of a row, in float and in the order of its columns.
+  static float SumRow(const MatReal32 &m, int row);
+
+  /// The sum of a column, in float and in the order of its rows.
+  static float SumCol(const MatReal32 &m, int col);
+
+  /// dst = the inverse of src, by TargetLib::Invert_m_32f or Invert_m_64f: elimination with pivoting after
+  /// scaling by powers of two. dst is resized to the shape of src, and may be src. Allocates scratch of
+  /// n (n + 1) elements, n being the number of rows. Throws QORNException 12004 if src is singular or as good
+  /// as singular, not finite, empty, has more rows than columns, or if there is no memory for the scratch;
+  /// dst then has its new shape and undefined elements. Of a src with more columns than rows the first n^2
+  /// elements of the block are inverted.
+  ///@{
+  static void Inv(MatReal32 &dst, const MatReal32 &src);
+  static void Inv(MatReal64 &dst, const MatReal64 &src);
+  ///@}
+
+  /// dst[r] = the sum of a[r][k] * x[k] over k, by TargetLib::DotProd_32f or DotProd_64f, dst resized to the
+  /// rows of a. x must have as many elements as a has columns, and dst must not be x.
+  ///@{
+  static void Mul(VecReal32 &dst, const MatReal32 &a, const VecReal32 &x);
+  static void Mul(VecReal64 &dst, const MatReal64 &a, const VecReal64 &x);
+  ///@}
+
+  /// dst[i][j] = the sum of a[i][k] * b[k][j] over rising k, dst resized to the rows of a and the columns of
+  /// b. Each product is rounded to the element type; the sum is formed in double and rounded to the element
+  /// type in the end. b must have as many rows as a has columns, and dst must be neither of them.
+  ///@{
+  static void Mul(MatReal32 &dst, const MatReal32 &a, const MatReal32 &b);
+  static void Mul(MatReal64 &dst, const MatReal64 &a, const MatReal64 &b);
+  ///@}
+
+  /// dst[c][r] = src[r][c], dst resized to the columns by the rows of src. dst must not be src.
+  ///@{
+  static void Trns(MatReal32 &dst, const MatReal32 &src);
+  static void Trns(MatReal64 &dst, const MatReal64 &src);
+  ///@}
+
+  /// dst = the identity, resized to n by n.
+  ///@{
+  static void Eye(MatReal32 &dst, int n);
+  static void Eye(MatReal64 &dst, int n);
+  ///@}
+
+  /// A printed self-check of Inv for n = 2 to 6: the matrix n - |r - c|, its inverse, their product, the sum
+  /// of the product's differences from the identity, and the time of 10000 inversions. Goes to the file, or
+  /// to the standard output if path is null; does nothing if the file cannot be opened.
+  static void MatrixInverseTimingTest(const char *path);
 };
 
 } // namespace QORN
