@@ -1,7 +1,7 @@
 // Signals of every type in steady state, in samples per second. Rows are Generator_<type>/best/samples, at 4
-// samples per symbol, where that matters, and 1.5 inner samples to an output in rows named 2.7: these
-// resample. The peers shape as many symbols with as many taps (201) and do no more: their symbols are drawn
-// beforehand, and they neither resample nor set a level and a phase.
+// samples per symbol where there are symbols; those named 2.7 have that many, resampled from 3. The peers
+// shape as many symbols with as many taps (201) and do no more: their symbols are drawn beforehand, and they
+// neither resample nor set a level and a phase.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
