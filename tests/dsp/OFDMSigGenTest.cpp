@@ -116,9 +116,7 @@ struct Errors {
   double pilots, data;
 };
 
-void ExpectReceived(const VecCplx32 &signal, double sampleRate, const Row &row, int dataSymbols, double error,
-                    double spacing = 312500.0, double guard = 0.25) {
-  const OfdmReceiver receiver(signal, sampleRate, spacing, guard);
+void ExpectReceived(const OfdmReceiver &receiver, const Row &row, int dataSymbols, double error) {
   const auto field = receiver.Signal();
   EXPECT_EQ(field.rate, row.rate);
   EXPECT_EQ(field.reserved, 0);
@@ -220,11 +218,11 @@ TEST_P(OFDMBurst, GenerateSignal_AllMcs_IsReceived) {
     generator.GenerateSignal(signal, n, false);
     ASSERT_EQ(signal.GetSize(), n);
     EXPECT_EQ(generator.m_numDataSymbols, 14);
-    ExpectReceived(signal, sampleRate, row, 14, error);
-    const auto gains = OfdmReceiver(signal, sampleRate).Gains();
+    const OfdmReceiver receiver(signal, sampleRate);
+    ExpectReceived(receiver, row, 14, error);
     for (int k = -26; k <= 26; ++k) {
       if (k == 0) continue;
-      const double gain = std::abs(CarrierOf(gains, k)) * std::sqrt(52.0);
+      const double gain = std::abs(CarrierOf(receiver.Gains(), k)) * std::sqrt(52.0);
       EXPECT_NEAR(Decibels(gain / 0.1), 0.0, sampleRate < 40e6 ? 0.06 : 0.02) << k; // -10 dBm is 0.1
     }
   }
@@ -315,7 +313,7 @@ TEST(OFDMSigGen, GenerateSignal_LongBurst_IsReceivedToItsEnd) {
   VecCplx32 signal;
   generator.GenerateSignal(signal, 30000, false);
   EXPECT_EQ(OfdmReceiver(signal, 40e6).LastSymbol(), (30000 - 3000 + 9 - 640) / 160 - 1);
-  ExpectReceived(signal, 40e6, kRows[0], 186, -120.0);
+  ExpectReceived(OfdmReceiver(signal, 40e6), kRows[0], 186, -120.0);
 }
 
 TEST(OFDMSigGen, GenerateSignal_Data_AreTheDrawsFromSeed3) {
@@ -351,14 +349,14 @@ TEST(OFDMSigGen, GenerateSignal_OtherFrames_AreReceived) {
   half.GenerateSignal(signal, 5000, false);
   spaced.GenerateSignal(same, 5000, false);
   EXPECT_EQ(List(same), List(signal));
-  ExpectReceived(signal, 40e6, kRows[5], 5000 / 320 - 1, -120.0, 156250.0);
+  ExpectReceived(OfdmReceiver(signal, 40e6, 156250.0), kRows[5], 5000 / 320 - 1, -120.0);
 
   for (const double guard : {0.5, 1.0, 7.0}) {
     Generator longGuard(40e6, 3, 20e6, guard);
     longGuard.GenerateSignal(signal, 5000, false);
     const double used = std::min(guard, 1.0);
-    ExpectReceived(signal, 40e6, kRows[3], static_cast<int>(5000 / (128 * (1.0 + used))) - 1, -120.0,
-                   312500.0, used);
+    ExpectReceived(OfdmReceiver(signal, 40e6, 312500.0, used), kRows[3],
+                   static_cast<int>(5000 / (128 * (1.0 + used))) - 1, -120.0);
   }
 }
 
@@ -524,7 +522,7 @@ TEST(OFDMSigGen, GenerateSignal_LargeRatio_IsReceived) {
   VecCplx32 signal;
   fine.GenerateSignal(signal, 24000, false);
   EXPECT_EQ(OfdmReceiver(signal, 200e6).Start(), 5 * (2400 - 9));
-  ExpectReceived(signal, 200e6, kRows[2], 24000 / 800 - 1, -120.0);
+  ExpectReceived(OfdmReceiver(signal, 200e6), kRows[2], 24000 / 800 - 1, -120.0);
 }
 
 TEST(OFDMSigGen, GenerateSignal_NoLength_GivesAnEmptyVector) {
@@ -539,7 +537,7 @@ TEST(OFDMSigGen, GenerateSignal_NoLength_GivesAnEmptyVector) {
   generator.SetParameters(20e6, OFDMSigGen::Mbps24, 0.25);
   generator.GenerateSignal(signal, 0, false);
   generator.GenerateSignal(signal, 2480, false);
-  ExpectReceived(signal, 40e6, kRows[4], 14, -120.0);
+  ExpectReceived(OfdmReceiver(signal, 40e6), kRows[4], 14, -120.0);
 }
 
 TEST(OFDMSigGen, GenerateSignal_ThroughTheBase_MakesTheBurst) {
@@ -672,7 +670,7 @@ TEST(OFDMSigGen, SetSignalType_BackAndForth_KeepsTheChainsApart) {
   generator.GenerateSignal(expected, 2480, false);
   generator.SetSignalType(BasebandSigGen::Custom);
   generator.GenerateSignal(signal, 2480, false);
-  ExpectReceived(signal, 40e6, kRows[0], 14, -120.0);
+  ExpectReceived(OfdmReceiver(signal, 40e6), kRows[0], 14, -120.0);
 
   generator.SetSignalType(BasebandSigGen::FSK2);
   generator.m_dataSeed = 3;
@@ -691,7 +689,7 @@ TEST(OFDMSigGen, SetSignalType_BackAndForth_KeepsTheChainsApart) {
     const double rate = type == BasebandSigGen::CW ? 20e6 : 40e6;
     const int n = static_cast<int>(rate * 62e-6);
     generator.GenerateSignal(signal, n, false);
-    ExpectReceived(signal, rate, kRows[next], 14, -120.0);
+    ExpectReceived(OfdmReceiver(signal, rate), kRows[next], 14, -120.0);
   }
 }
 

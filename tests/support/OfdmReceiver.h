@@ -167,15 +167,19 @@ private:
   // other, times the conjugate carriers.
   void FitCarriers() {
     const auto count = static_cast<std::size_t>(m_period);
-    std::vector<std::vector<std::complex<double>>> rows(53, std::vector<std::complex<double>>(53 + count));
-    for (int k = -26; k <= 26; ++k) {
-      auto &row = rows[static_cast<std::size_t>(k + 26)];
+    std::vector<std::complex<double>> products; // of carriers that differ by -52 to 52
+    for (int difference = -52; difference <= 52; ++difference) {
+      std::complex<double> sum = 0.0;
       for (std::size_t m = 0; m < count; ++m) {
-        const double periods = static_cast<double>(m) / m_period;
-        row[53 + m] = std::polar(1.0, -Turn(k, periods));
-        for (int l = -26; l <= 26; ++l) {
-          row[static_cast<std::size_t>(l + 26)] += std::polar(1.0, Turn(l - k, periods));
-        }
+        sum += std::polar(1.0, Turn(difference, static_cast<double>(m) / m_period));
+      }
+      products.push_back(sum);
+    }
+    std::vector<std::vector<std::complex<double>>> rows(53, std::vector<std::complex<double>>(53 + count));
+    for (std::size_t k = 0; k < 53; ++k) {
+      for (std::size_t l = 0; l < 53; ++l) rows[k][l] = products[52 + l - k];
+      for (std::size_t m = 0; m < count; ++m) {
+        rows[k][53 + m] = std::polar(1.0, -Turn(static_cast<int>(k) - 26, static_cast<double>(m) / m_period));
       }
     }
     // Gauss and Jordan; the diagonal dominates.
