@@ -198,12 +198,13 @@ struct Rate {
 
 class OFDMBurst : public testing::TestWithParam<Rate> {};
 
-// Where all instants lie on table points, the error is that of float arithmetic. Elsewhere the resampler's
-// images, each 64 dB below its carrier by the design of the filter, fall into the band.
+// At 40 and 20 MHz all instants are those of samples, and the error is that of float arithmetic; at 100 MHz
+// they lie on table points, and the resampler's images beside the band. Elsewhere images, each 64 dB below
+// its carrier by the design of the filter, fall into the band.
 INSTANTIATE_TEST_SUITE_P(Rates, OFDMBurst,
                          testing::Values(Rate{40e6, -120.0}, Rate{20e6, -120.0}, Rate{100e6, -120.0},
-                                         Rate{61.44e6, -80.0}, Rate{30.72e6, -60.0}, Rate{22e6, -60.0},
-                                         Rate{39.9e6, -60.0}, Rate{41e6, -60.0}),
+                                         Rate{61.44e6, -80.0}, Rate{31.25e6, -60.0}, Rate{30.72e6, -60.0},
+                                         Rate{22e6, -60.0}, Rate{39.9e6, -60.0}, Rate{41e6, -60.0}),
                          [](const auto &rate) {
                            return std::to_string(std::lround(rate.param.sampleRate / 1e4)) + "0kHz";
                          });
@@ -413,6 +414,24 @@ TEST(OFDMSigGen, GenerateSignal_At20MHz_AttenuatesAsTheFilter) {
   EXPECT_NEAR(edge, -0.05, 0.005);
 }
 
+// Signals whose lengths agree but for the last digit are the same burst: the shorter ends where it is cut,
+// not earlier.
+TEST(OFDMSigGen, GenerateSignal_CutBurst_ReachesToTheLastSample) {
+  for (const double rate : {40e6, 20e6, 61.44e6, 31.7e6, 200e6}) {
+    for (const int n : {2000, 3010, 12340}) {
+      VecCplx32 whole, cut;
+      Generator(rate).GenerateSignal(whole, n + 9, false);
+      ASSERT_GT(Level(whole, n - 20, 29), 0.01);
+      for (int less = 1; less <= 9; ++less) {
+        Generator(rate).GenerateSignal(cut, n + 9 - less, false);
+        const auto expected = List(whole);
+        EXPECT_EQ(List(cut), std::vector<Cplx32>(expected.begin(), expected.end() - less))
+            << rate << ' ' << n;
+      }
+    }
+  }
+}
+
 // LENGTH reaches its limit, 4095 octets in steps of a symbol, and the burst recurs as it is.
 TEST(OFDMSigGen, GenerateSignal_BeyondTheLongestBurst_RepeatsIt) {
   VecCplx32 signal;
@@ -516,13 +535,21 @@ TEST(OFDMSigGen, SetParameters_BadValues_AreHarmless) {
   }
 }
 
-// The silence in front, a tenth of n samples at the transform's rate, takes half of the record.
+// The silence in front, a tenth of n samples at the transform's rate, takes half of the record at 200 MHz,
+// and from 400 MHz on all of it but what exceeds the limit of 100 symbols. Instants lie on table points, and
+// images beside the band.
 TEST(OFDMSigGen, GenerateSignal_LargeRatio_IsReceived) {
-  Generator fine(200e6, 2);
+  Generator fine(200e6, 2), finest(500e6, 2);
   VecCplx32 signal;
   fine.GenerateSignal(signal, 24000, false);
-  EXPECT_EQ(OfdmReceiver(signal, 200e6).Start(), 5 * (2400 - 9));
-  ExpectReceived(OfdmReceiver(signal, 200e6), kRows[2], 24000 / 800 - 1, -120.0);
+  const OfdmReceiver receiver(signal, 200e6);
+  EXPECT_EQ(receiver.Start(), 5 * (2400 - 9));
+  ExpectReceived(receiver, kRows[2], 24000 / 800 - 1, -120.0);
+
+  finest.GenerateSignal(signal, 150000, false);
+  EXPECT_EQ(Level(signal, 0, 150000), 0.0);
+  finest.GenerateSignal(signal, 225000, false);
+  ExpectReceived(OfdmReceiver(signal, 500e6), kRows[2], 225000 / 2000 - 1, -120.0);
 }
 
 TEST(OFDMSigGen, GenerateSignal_NoLength_GivesAnEmptyVector) {
@@ -677,7 +704,17 @@ TEST(OFDMSigGen, SetSignalType_BackAndForth_KeepsTheChainsApart) {
   generator.GenerateSignal(signal, 2480, false);
   EXPECT_EQ(List(signal), List(expected));
 
-  generator.SetParameters(20e6, OFDMSigGen::Mbps18, 0.25);
+  generator.SetSignalType(BasebandSigGen::Custom); // FSK left a resampler of the same ratio
+  generator.GenerateSignal(signal, 2480, false);
+  ExpectReceived(OfdmReceiver(signal, 40e6), kRows[0], 14, -120.0);
+
+  generator.SetSampleRate(20e6);
+  generator.SetSignalType(BasebandSigGen::CW);
+  generator.GenerateSignal(signal, 10, false);
+  generator.SetSignalType(BasebandSigGen::Custom); // CW took the change of the sample rate
+  generator.GenerateSignal(signal, 1240, false);
+  ExpectReceived(OfdmReceiver(signal, 20e6), kRows[0], 14, -120.0);
+
   for (const auto type : {BasebandSigGen::CW, BasebandSigGen::QPSK, BasebandSigGen::FSK2}) {
     SCOPED_TRACE(type);
     const int next = type % 8;

@@ -43,10 +43,9 @@ class FFT;
 /// first 9 samples at 2 rate, and below a ratio of 1 the first 8 / ratio, rounded down, plus 1. Its filter
 /// reaches 8 samples to either side; a receiver whose window keeps that far within symbol and guard sees
 /// orthogonal carriers, with gains within 0.02 dB of 1 from a ratio of 1 on and within 0.06 dB from 0.5 on.
-/// Below that the sample rate does not hold the band. The error vector magnitude of pilots
-/// and data is below -120 dB where all instants lie on table points, that is where 50 / ratio is an integer,
-/// and below -60 dB at all other ratios from 0.5 on, because the filter rejects the images of each carrier by
-/// 64 dB.
+/// Below that the sample rate does not hold the band. The error vector magnitude of pilots and data is below
+/// -120 dB at ratios of 1 and 0.5, where all instants are those of samples, and below -60 dB at all others
+/// from 0.5 on, where images of the carriers, which the filter rejects by 64 dB, may fall into the band.
 ///
 /// The level. Over the training fields and the symbols, the root mean square is 10^((signalAmplitude - 10) /
 /// 20), to within 0.01 dB from a ratio of 1 on. This holds for each training field and for each SIGNAL, BPSK
