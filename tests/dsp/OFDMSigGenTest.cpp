@@ -192,6 +192,102 @@ TEST(OFDMSigGen, SetParameters_AnyGuard_GivesWholeSamples) {
   }
 }
 
+// The burst of a new generator without random phase, in exact arithmetic from the tables of the standard.
+struct ExactBurst {
+  ExactBurst(const Row &row, int lead, int dataSymbols) : samples(static_cast<std::size_t>(lead)) {
+    test::OfdmSymbol carriers{};
+    constexpr int kShort[] = {1, -1, 1, -1, 1, 1, -1, -1, 1, 1, 1, 1};
+    int next = 0;
+    for (int k = -24; k <= 24; k += 4) {
+      if (k != 0)
+        carriers[Place(k)] = std::sqrt(13.0 / 6.0) * kShort[next++] * std::complex<double>(1.0, 1.0);
+    }
+    Add(carriers, 64, 2);
+    for (int k = -26; k <= 26; ++k) carriers[Place(k)] = test::kLongSequence[k + 26];
+    Add(carriers, 64, 2);
+    const auto signalBits = ofdm::CodedSignal(row.rate, dataSymbols * row.bits / 8);
+    unsigned int seed = 3;
+    for (int index = 0; index <= dataSymbols; ++index) {
+      float draws[48];
+      if (index > 0) {
+        TargetLib::RandUniform_Direct_32f(draws, 48, 0.0F, static_cast<float>(row.order) - 1e-5F, &seed);
+      }
+      std::size_t place = 0;
+      for (int k = -26; k <= 26; ++k) {
+        if (k == 0) continue;
+        if (test::IsPilot(k)) {
+          carriers[Place(k)] = (k == 21 ? -1.0 : 1.0) * test::kPilotPolarity[index % 127];
+        } else if (index == 0) {
+          carriers[Place(k)] = 2.0 * signalBits[place++] - 1.0;
+        } else {
+          carriers[Place(k)] = ConstellationPoint(row.order, static_cast<int>(draws[place++]));
+        }
+      }
+      Add(carriers, 32, 1);
+    }
+    samples.resize(samples.size() + 160);
+  }
+
+  static std::size_t Place(int carrier) { return static_cast<std::size_t>(carrier + 26); }
+
+  void Add(const test::OfdmSymbol &carriers, int guard, int times) {
+    for (int m = -guard; m < 128 * times; ++m) {
+      std::complex<double> sum = 0.0;
+      for (int k = -26; k <= 26; ++k) {
+        sum += carriers[Place(k)] * std::polar(1.0, 2.0 * std::numbers::pi * (k * m % 128) / 128.0);
+      }
+      samples.push_back(sum / std::sqrt(52.0));
+    }
+  }
+
+  // The resampler as it is stated, from `history` on, at full level.
+  std::vector<std::complex<double>> Resampled(double ratio, int history) const {
+    const auto rolloff = static_cast<float>(std::min(0.98, 1.25 * ratio));
+    const test::Wing wing(16.0, 50, static_cast<double>(rolloff), 6.1422F);
+    std::vector<float> re, im;
+    for (const auto &x : samples) {
+      re.push_back(static_cast<float>(x.real()));
+      im.push_back(static_cast<float>(x.imag()));
+    }
+    const int len = static_cast<int>(samples.size()) - 2 * history - 2;
+    const test::StatedRun first(wing, re, history, len, ratio, ratio < 1.0);
+    const test::StatedRun second(wing, im, history, len, ratio, ratio < 1.0);
+    std::vector<std::complex<double>> out;
+    for (std::size_t i = 0; i < first.out.size(); ++i) {
+      out.emplace_back(static_cast<double>(first.out[i]), static_cast<double>(second.out[i]));
+    }
+    return out;
+  }
+
+  std::vector<std::complex<double>> samples;
+};
+
+// Sample for sample, at a ratio of 1, above and below. The last sample rate does not hold the band.
+TEST(OFDMSigGen, GenerateSignal_AnyRatio_IsTheStatedBurst) {
+  struct Case {
+    double ratio;
+    int n, dataSymbols, history;
+  };
+  constexpr Case kCases[] = {{1.0, 1600, 9, 9},   {1.536, 2500, 9, 9}, {0.5, 800, 9, 17},
+                             {0.7, 1400, 11, 12}, {5.0, 16000, 19, 9}, {0.05, 200, 24, 161}};
+  VecCplx32 signal;
+  for (const Case &it : kCases) {
+    for (const Row &row : {kRows[2], kRows[5], kRows[7]}) {
+      SCOPED_TRACE(it.ratio);
+      Generator generator(40e6 * it.ratio, row.mcs);
+      generator.SetEnableRandomPhase(false);
+      generator.SetSignalAmplitude(10.0);
+      generator.GenerateSignal(signal, it.n, false);
+      ASSERT_EQ(generator.m_numDataSymbols, it.dataSymbols);
+      const auto expected = ExactBurst(row, it.n / 10, it.dataSymbols).Resampled(it.ratio, it.history);
+      for (int i = 0; i < it.n; ++i) {
+        const auto at = static_cast<std::size_t>(i) % expected.size();
+        ASSERT_LT(std::abs(At(signal, i) - expected[at]), 4e-6) << i;
+      }
+    }
+  }
+}
+
 struct Rate {
   double sampleRate, error;
 };
@@ -233,8 +329,8 @@ TEST_P(OFDMBurst, GenerateSignal_AllMcs_IsReceived) {
 // takes 9 samples.
 TEST(OFDMSigGen, GenerateSignal_AtTwiceTheRate_LaysOutTheFrame) {
   VecCplx32 signal;
-  for (const int n : {2400, 24000, 170000}) {
-    Generator generator(40e6);
+  Generator generator(40e6);
+  for (const int n : {170000, 2400, 24000}) { // what a longer burst leaves behind shows nowhere
     generator.GenerateSignal(signal, n, false);
     const int lead = std::min(n / 10, 16000) - 9; // at most 100 symbols
     const OfdmReceiver receiver(signal, 40e6);
@@ -477,9 +573,10 @@ TEST(OFDMSigGen, GenerateSignal_LessThanASymbol_IsTrainingAlone) {
 
 TEST(OFDMSigGen, GenerateSignal_NoOutputsOfTheResampler_GivesZeros) {
   VecCplx32 signal;
-  signal.Set({7.0F, 7.0F}, 100);
-  Generator generator(8e5); // margins of 804 samples, a burst of 800
-  generator.GenerateSignal(signal, 3, false);
+  Generator generator(8e5); // margins of 804 samples
+  generator.GenerateSignal(signal, 100, false);
+  EXPECT_GT(Level(signal, 50, 20), 0.01);
+  generator.GenerateSignal(signal, 3, false); // a burst of 800
   EXPECT_EQ(List(signal), Zeros(3));
 }
 
@@ -625,6 +722,7 @@ TEST(OFDMSigGen, GenerateSignal_Changes_DesignOnce) {
   EXPECT_TRUE(changes([&] { generator.SetParameters(20e6, OFDMSigGen::Mbps36, 0.25); })); // even the same
   EXPECT_TRUE(changes([&] { generator.SetParameters(20e6, OFDMSigGen::Mbps54, 0.25); }));
   EXPECT_TRUE(changes([&] { generator.ReleaseAll(); }));
+  EXPECT_TRUE(changes([&] { generator.SetParameters_FSK(2e6, 1e5, false); })); // tracked by the base
   EXPECT_FALSE(changes([&] { generator.SetSampleRate(20e6); }));
 }
 
@@ -717,7 +815,7 @@ TEST(OFDMSigGen, SetSignalType_BackAndForth_KeepsTheChainsApart) {
 
   for (const auto type : {BasebandSigGen::CW, BasebandSigGen::QPSK, BasebandSigGen::FSK2}) {
     SCOPED_TRACE(type);
-    const int next = type % 8;
+    const int next = 7 - type % 8;
     generator.SetParameters(20e6, static_cast<OFDMSigGen::McsType>(next), 0.25);
     generator.SetSampleRate(type == BasebandSigGen::CW ? 20e6 : 40e6);
     generator.SetSignalType(type);
