@@ -1,6 +1,7 @@
 // Loads what a fuzzer makes as vector files. What loads must give the same elements again after it was
 // stored.
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -55,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   QORN::VecCplx32 vector;
   float params[3];
   Try([&] { vector.Load(input.Path(), length, params[0], params[1], params[2]); });
-  for (const int first : {0, 1, -1, -100, INT_MIN, INT_MAX, length - 1})
+  for (const int first : {0, 1, -1, -100, INT_MIN, INT_MAX, std::max(length, 1) - 1})
     for (const int count : {0, 1, 5, length, INT_MAX}) Try([&] { vector.Load(input.Path(), first, count); });
   return 0;
 }

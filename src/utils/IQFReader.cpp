@@ -374,8 +374,8 @@ bool IQFReader::ReadIQData(int start, int n, VecCplx32 &dst) const {
   if (start < 0 || n < 0) Throw(errors::kInvalidParameter, kModule);
   CheckedSize(0, 0, fftPoints);
   const int first = start / fftPoints;
-  const auto last = static_cast<int>((std::int64_t{start} + n - 1) / fftPoints);
-  const int nFrames = n == 0 ? 0 : last - first + 1;
+  const std::int64_t last = (std::int64_t{start} + n - 1) / fftPoints;
+  const int nFrames = n == 0 ? 0 : static_cast<int>(last - first + 1);
   CheckedSize(first, nFrames, fftPoints);
   FrameFile frames(*this, first, nFrames);
   dst.Resize(n);

@@ -1,6 +1,7 @@
 #include "qorn/utils/IQFReader.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cmath>
@@ -672,6 +673,39 @@ TEST(IQFReader, ReadIQData_BadArguments_Throw10002) {
   EXPECT_EQ(CodeOf([&] { reader.ReadIQData(INT_MAX, INT_MAX, dst); }), 10002);
   EXPECT_TRUE(reader.ReadIQData(1024, 0, dst));
   EXPECT_EQ(dst.GetSize(), 0);
+}
+
+TEST(IQFReader, Reads_OfAFileThatShrinks_GiveZeros) {
+  const std::string whole = Recording(1000, 20);
+  const TemporaryFile file(whole);
+  const IQFReader reader(file.Path().c_str());
+  std::filesystem::resize_file(file.Path(), static_cast<std::size_t>(reader.GetDataOffset()) + 9 * 4120 + 24);
+  VecCplx32 dst;
+  EXPECT_TRUE(reader.ReadIQData(0, 20000, dst));
+  for (int i = 9000; i < 20000; ++i) ASSERT_EQ(dst[i].re, Volts({0, 0}).re) << i;
+  dst.Resize(9000);
+  ExpectSamples(dst, 1000, 0, 9000);
+  std::filesystem::remove(file.Path());
+  EXPECT_EQ(CodeOf([&] { reader.ReadIQData(0, 1, dst); }), 13001);
+}
+
+TEST(IQFReader, Constructor_FileThatMayNotBeRead_Throws13001) {
+  const TemporaryFile file(Recording(8, 1));
+  std::filesystem::permissions(file.Path(), std::filesystem::perms::none);
+  // The superuser may read everything and has to step down for this.
+  const bool superuser = geteuid() == 0;
+  if (superuser && seteuid(65534) != 0) GTEST_SKIP() << "the superuser cannot step down";
+  EXPECT_EQ(CodeOf([&] { const IQFReader reader(file.Path().c_str()); }), 13001);
+  EXPECT_TRUE(!superuser || seteuid(0) == 0);
+}
+
+TEST(IQFReader, ReadIQData_FramesBeyondTheLimitsOfInt_ReadAsZeros) {
+  const TemporaryFile file(Header(Text(1, INT_MAX)) + Frame(Mark::kNone, [](int k) { return Sample(0, k); }));
+  const IQFReader reader(file.Path().c_str());
+  VecCplx32 dst;
+  EXPECT_TRUE(reader.ReadIQData(INT_MAX - 5, 100, dst));
+  ASSERT_EQ(dst.GetSize(), 100);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(dst[i].re, Volts({0, 0}).re) << i;
 }
 
 TEST(IQFReader, ReadIQData_HostileValidFrames_MakesUpNoGigabytes) {
