@@ -35,6 +35,7 @@
 #include "qorn/infra/VectorOps.h"
 #include "qorn/infra/VectorStorage.h"
 
+#include "qorn/math/LeastSqrFit.h"
 #include "qorn/math/MathUtils.h"
 #include "qorn/math/UnitConversion.h"
 #include "qorn/math/VecUtils.h"
