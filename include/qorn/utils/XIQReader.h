@@ -32,7 +32,7 @@ class VecCplx64;
 ///   ReferenceLevel, NumberSamples, SamplingFrequency, Scaling, and the first that fits takes the line. A key
 ///   fits if the line holds it, the slash and the name of its closing tag, and the terminator behind the key.
 ///   Of a key that comes twice the later value counts. The line with /DataSetsCollection ends this scan.
-/// - Each line with <DataSet> is a data set, whose trigger position and time stamp offset stand on the next
+/// - Each line with \<DataSet\> is a data set, whose trigger position and time stamp offset stand on the next
 ///   two lines. This scan goes through the whole file, samples included, in one pass.
 /// - The line behind the one that names the parameter anOffset or anLenReq holds its Value. The line with
 ///   /Setup or Setup/ ends this scan.
