@@ -352,7 +352,9 @@ struct FilterRun {
 TEST_F(Tool, Filter_Recording_IsTheConvolutionWithItsDelayTakenOff) {
   const std::string taps = Save("0.5 0.5\n1 -1\n-0.5 0.25\n", "taps.txt");
   const Signal signal = [](int i) {
-    return std::complex<double>((i * 7919) % 20011 - 10000, (i * 104729) % 15013 - 7500);
+    const std::int64_t at = i;
+    return std::complex<double>(static_cast<double>(at * 7919 % 20011 - 10000),
+                                static_cast<double>(at * 104729 % 15013 - 7500));
   };
   const Arguments lowPass = {"low-pass", "--cutoff", "200e3", "--taps"};
   const auto with = [](Arguments arguments, const Arguments &more) {
