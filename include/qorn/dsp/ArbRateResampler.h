@@ -25,7 +25,7 @@ class VecCplx32;
 /// with sinc(x) = sin(pi x) / (pi x), and zero from L on: an ideal low-pass, cut off at rollf times half the
 /// sampling rate, in a Kaiser window of shape alpha. It passes half the amplitude at the cut-off, and by
 /// Kaiser's rule an alpha of 0.1102 (A - 8.7) rejects by A decibels beyond a transition band whose full width
-/// is (A - 8) / (7.18 window) of the sampling rate. The factor c belongs to the phase j mod nStep and makes
+/// is (A - 8) / (14.36 window) of the sampling rate. The factor c belongs to the phase j mod nStep and makes
 /// the points of that phase in both wings sum to one, so a constant comes out as the same constant at every
 /// instant; below a ratio of 1, where the primary kernel stretches the filter, it does so within the level of
 /// the aliases. (Where the sums differ by more than a tenth, which takes a rollf above one or a window of a
