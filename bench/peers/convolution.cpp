@@ -2,81 +2,57 @@
 
 #if defined(QORN_PEER_FFTW)
 
-#include <fftw3.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <vector>
 
+#include "peers/fftwapi.h"
+
 namespace peers {
 
 namespace {
 
-template <class T> struct Api;
-template <> struct Api<float> {
-  using Plan = fftwf_plan;
-  using Complex = fftwf_complex;
-  static constexpr auto Malloc = fftwf_malloc;
-  static constexpr auto Free = fftwf_free;
-  static constexpr auto PlanComplex = fftwf_plan_dft_1d;
-  static constexpr auto PlanForward = fftwf_plan_dft_r2c_1d;
-  static constexpr auto PlanInverse = fftwf_plan_dft_c2r_1d;
-  static constexpr auto Execute = fftwf_execute;
-  static constexpr auto Destroy = fftwf_destroy_plan;
-};
-template <> struct Api<double> {
-  using Plan = fftw_plan;
-  using Complex = fftw_complex;
-  static constexpr auto Malloc = fftw_malloc;
-  static constexpr auto Free = fftw_free;
-  static constexpr auto PlanComplex = fftw_plan_dft_1d;
-  static constexpr auto PlanForward = fftw_plan_dft_r2c_1d;
-  static constexpr auto PlanInverse = fftw_plan_dft_c2r_1d;
-  static constexpr auto Execute = fftw_execute;
-  static constexpr auto Destroy = fftw_destroy_plan;
-};
-
 // One length of blocks.
 template <class T> struct Blocks {
-  using Complex = typename Api<T>::Complex;
+  using Complex = typename FftwApi<T>::Complex;
   int taps, len, length, parts, bins;
   T *block;
   Complex *spectrum, *factor;
-  typename Api<T>::Plan forward, taken, inverse;
+  typename FftwApi<T>::Plan forward, taken, inverse;
 
   Blocks(int tapCount, int signalLength, bool isComplex, int blockLength)
       : taps(tapCount), len(signalLength), length(blockLength), parts(isComplex ? 2 : 1),
         bins(isComplex ? blockLength : blockLength / 2 + 1) {
     const std::size_t bytes = sizeof(Complex) * static_cast<std::size_t>(length);
-    block = static_cast<T *>(Api<T>::Malloc(bytes));
-    spectrum = static_cast<Complex *>(Api<T>::Malloc(bytes));
-    factor = static_cast<Complex *>(Api<T>::Malloc(bytes));
+    block = static_cast<T *>(FftwApi<T>::Malloc(bytes));
+    spectrum = static_cast<Complex *>(FftwApi<T>::Malloc(bytes));
+    factor = static_cast<Complex *>(FftwApi<T>::Malloc(bytes));
     if (isComplex) {
       auto *const values = reinterpret_cast<Complex *>(block);
-      forward = Api<T>::PlanComplex(length, values, spectrum, FFTW_FORWARD, FFTW_MEASURE);
-      taken = Api<T>::PlanComplex(length, values, factor, FFTW_FORWARD, FFTW_MEASURE);
-      inverse = Api<T>::PlanComplex(length, spectrum, values, FFTW_BACKWARD, FFTW_MEASURE);
+      forward = FftwApi<T>::PlanComplex(length, values, spectrum, FFTW_FORWARD, FFTW_MEASURE);
+      taken = FftwApi<T>::PlanComplex(length, values, factor, FFTW_FORWARD, FFTW_MEASURE);
+      inverse = FftwApi<T>::PlanComplex(length, spectrum, values, FFTW_BACKWARD, FFTW_MEASURE);
     } else {
-      forward = Api<T>::PlanForward(length, block, spectrum, FFTW_MEASURE);
-      taken = Api<T>::PlanForward(length, block, factor, FFTW_MEASURE);
-      inverse = Api<T>::PlanInverse(length, spectrum, block, FFTW_MEASURE);
+      forward = FftwApi<T>::PlanForward(length, block, spectrum, FFTW_MEASURE);
+      taken = FftwApi<T>::PlanForward(length, block, factor, FFTW_MEASURE);
+      inverse = FftwApi<T>::PlanInverse(length, spectrum, block, FFTW_MEASURE);
     }
   }
   ~Blocks() {
-    Api<T>::Destroy(forward);
-    Api<T>::Destroy(taken);
-    Api<T>::Destroy(inverse);
-    Api<T>::Free(block);
-    Api<T>::Free(spectrum);
-    Api<T>::Free(factor);
+    FftwApi<T>::Destroy(forward);
+    FftwApi<T>::Destroy(taken);
+    FftwApi<T>::Destroy(inverse);
+    FftwApi<T>::Free(block);
+    FftwApi<T>::Free(spectrum);
+    FftwApi<T>::Free(factor);
   }
   Blocks(const Blocks &) = delete;
   Blocks &operator=(const Blocks &) = delete;
 
   void Run(const T *h, const T *x, T *dst) {
     std::fill(std::copy_n(h, parts * taps, block), block + parts * length, T{0});
-    Api<T>::Execute(taken);
+    FftwApi<T>::Execute(taken);
     const T scale = T{1} / static_cast<T>(length);
     for (int k = 0; k < bins; ++k) factor[k][0] *= scale, factor[k][1] *= scale;
     const int step = length - taps + 1, outputs = taps + len - 1;
@@ -86,13 +62,13 @@ template <class T> struct Blocks {
       std::fill(block, filled, T{0});
       T *const rest = begin < end ? std::copy(x + parts * begin, x + parts * end, filled) : filled;
       std::fill(rest, block + parts * length, T{0});
-      Api<T>::Execute(forward);
+      FftwApi<T>::Execute(forward);
       for (int k = 0; k < bins; ++k) {
         const T re = spectrum[k][0], im = spectrum[k][1];
         spectrum[k][0] = re * factor[k][0] - im * factor[k][1];
         spectrum[k][1] = re * factor[k][1] + im * factor[k][0];
       }
-      Api<T>::Execute(inverse);
+      FftwApi<T>::Execute(inverse);
       std::copy_n(block + parts * (taps - 1), parts * std::min(step, outputs - first), dst + parts * first);
     }
   }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -16,6 +15,7 @@
 #include "support/Allocations.h"
 #include "support/Capture.h"
 #include "support/Matrices.h"
+#include "support/Slots.h"
 
 namespace {
 
@@ -103,14 +103,7 @@ TYPED_TEST(BaseMatrix, Layout_OfMatrixClass_IsThatOfItsBase) {
   EXPECT_EQ(offset(&probe.m_cols), 52);
 }
 
-#if defined(__x86_64__) && defined(__GNUC__)
-// A pointer to a virtual member function begins with its offset in the virtual table, plus 1.
-template <class Function> std::uintptr_t SlotOf(Function function) {
-  std::uintptr_t word;
-  std::memcpy(&word, &function, sizeof(word));
-  return (word - 1) / sizeof(void *);
-}
-
+#if defined(QORN_TEST_SLOTS)
 TYPED_TEST(BaseMatrix, VirtualSlots_InOrder_AreDestructorAndAlloc) {
   static_assert(std::has_virtual_destructor_v<QORN::BaseMatrix<typename TypeParam::T>>);
   struct OfBase : QORN::BaseMatrix<typename TypeParam::T> {
@@ -120,8 +113,8 @@ TYPED_TEST(BaseMatrix, VirtualSlots_InOrder_AreDestructorAndAlloc) {
     virtual void Next() {}
   };
   // The destructor, declared first, takes the slots 0 and 1.
-  EXPECT_EQ(SlotOf(OfBase::AllocMember()), 2U);
-  EXPECT_EQ(SlotOf(&OfMatrix::Next), 3U) << "a virtual operation was added";
+  EXPECT_EQ(QORN::test::SlotOf(OfBase::AllocMember()), 2U);
+  EXPECT_EQ(QORN::test::SlotOf(&OfMatrix::Next), 3U) << "a virtual operation was added";
 }
 #endif
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -20,6 +19,7 @@
 #include "qorn/infra/VecUInt8.h"
 #include "support/Allocations.h"
 #include "support/Capture.h"
+#include "support/Slots.h"
 
 namespace {
 
@@ -151,14 +151,7 @@ TYPED_TEST(BaseVector, Layout_OfVectorClass_IsThatOfItsBase) {
   EXPECT_EQ(offset(&probe.m_length), 32);
 }
 
-#if defined(__x86_64__) && defined(__GNUC__)
-// A pointer to a virtual member function begins with its offset in the virtual table, plus 1.
-template <class Function> std::uintptr_t SlotOf(Function function) {
-  std::uintptr_t word;
-  std::memcpy(&word, &function, sizeof(word));
-  return (word - 1) / sizeof(void *);
-}
-
+#if defined(QORN_TEST_SLOTS)
 TYPED_TEST(BaseVector, VirtualSlots_InOrder_AreDestructorAndAlloc) {
   static_assert(std::has_virtual_destructor_v<QORN::BaseVector<typename TypeParam::T>>);
   struct OfBase : QORN::BaseVector<typename TypeParam::T> {
@@ -168,8 +161,8 @@ TYPED_TEST(BaseVector, VirtualSlots_InOrder_AreDestructorAndAlloc) {
     virtual void Next() {}
   };
   // The destructor, declared first, takes the slots 0 and 1.
-  EXPECT_EQ(SlotOf(OfBase::AllocMember()), 2U);
-  EXPECT_EQ(SlotOf(&OfVector::Next), 3U) << "a virtual operation was added";
+  EXPECT_EQ(QORN::test::SlotOf(OfBase::AllocMember()), 2U);
+  EXPECT_EQ(QORN::test::SlotOf(&OfVector::Next), 3U) << "a virtual operation was added";
 }
 #endif
 

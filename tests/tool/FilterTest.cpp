@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 #include <qorn/qorn.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -25,6 +22,7 @@ using QORN::test::HeaderText;
 using QORN::test::kFullScale;
 using QORN::test::kPi;
 using QORN::test::kRate;
+using QORN::test::LimitFiles;
 using QORN::test::Outcome;
 using QORN::test::Recording;
 using QORN::test::RunTool;
@@ -615,16 +613,11 @@ TEST_F(Tool, Filter_WrongArguments_ExitWithTwoAndNameTheArgument) {
 TEST_F(Tool, Filter_RecordingThatCannotBeWrittenWhole_IsNotWritten) {
   const std::string path = Save(Recording(65536, Tone(-10.0, 0.1)));
   std::ofstream(folder / "out.iqf") << "old";
-  const auto limit = [] {
-    const rlimit most{100000, 100000};
-    setrlimit(RLIMIT_FSIZE, &most);
-    std::signal(SIGXFSZ, SIG_IGN);
-  };
   // The picture and the table fit, and yet do not take their places.
   ExpectFailure(1, "--out: '" + (folder / "out.iqf") + "' could not be written: File too large",
                 {"filter", "low-pass", path, "--cutoff", "1e5", "--taps", "9", "--out", folder / "out.iqf",
                  "--svg", folder / "f.svg", "--csv", folder / "f.csv"},
-                limit);
+                LimitFiles);
   EXPECT_EQ(Contents(folder / "out.iqf"), "old");
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"out.iqf", "test.iqf"}));
 }

@@ -3,9 +3,11 @@
 #define QORN_TESTS_TOOL_TOOLFIXTURE_H
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
 #include <complex>
+#include <csignal>
 #include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -44,6 +46,13 @@ inline std::string Recording(int samples, const Signal &signal, int points = 102
       return iqf::Pair{static_cast<int>(std::lround(x.imag())), static_cast<int>(std::lround(x.real()))};
     });
   return bytes + iqf::Frame(iqf::Mark::kNone, [](int) { return iqf::Pair{0, 0}; });
+}
+
+/// Keeps the process from writing more than 100 000 bytes to a file; what is beyond them fails.
+inline void LimitFiles() {
+  const rlimit most{100000, 100000};
+  setrlimit(RLIMIT_FSIZE, &most);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 /// A tone of so many dBm at so many cycles per sample.

@@ -1,14 +1,12 @@
 // The tool as its users meet it: by arguments, exit status, output and files.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -31,6 +29,7 @@ using QORN::test::HeaderText;
 using QORN::test::kFullScale;
 using QORN::test::kPi;
 using QORN::test::kRate;
+using QORN::test::LimitFiles;
 using QORN::test::NoiseBandwidth;
 using QORN::test::Outcome;
 using QORN::test::Recording;
@@ -521,14 +520,9 @@ TEST_F(Tool, Files_ThatCannotBeWrittenWhole_AreNotWritten) {
   const std::string path = Save(Recording(65536, Tone(-10.0, 0.1)));
   std::ofstream(folder / "p.csv") << "old";
   // The table is longer than a file may be, the picture is not: neither may take its place.
-  const auto limit = [] {
-    const rlimit most{100000, 100000};
-    setrlimit(RLIMIT_FSIZE, &most);
-    std::signal(SIGXFSZ, SIG_IGN);
-  };
   ExpectFailure(1, "--csv: '" + (folder / "p.csv") + "' could not be written: File too large",
                 {"spectrum", path, "--points", "65536", "--svg", folder / "p.svg", "--csv", folder / "p.csv"},
-                limit);
+                LimitFiles);
   EXPECT_EQ(Contents(folder / "p.csv"), "old");
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"p.csv", "test.iqf"}));
 }
