@@ -1,6 +1,7 @@
 #include "StreamingFir.h"
 
 #include <algorithm>
+#include <functional>
 #include <type_traits>
 
 #include "kernels/Levels.h"
@@ -38,36 +39,51 @@ StreamingFir<Tap>::StreamingFir(const Tap *taps, int count)
   Tap *const last = reinterpret_cast<Tap *>(m_taps.Data()) + m_last;
   for (Index k = 0; k < count; ++k) *(last - k) = Conjugate(taps[k]);
   const int length = fourier::StreamLength<Tap>(count);
-  if (length > 0) m_transforms.emplace(Taps(), count, length, true);
+  if (length > 0) {
+    m_transforms.emplace(Taps(), count, length, true);
+    m_leastTerms = fourier::LeastTerms<Tap>(length);
+  }
   m_joint = fourier::WorkArray<float>(std::max<Index>(4 * m_last, 2 * length));
 }
 
+// Whole runs whose window lies in `in` read it there, unless the results go over it; the others read a copy
+// behind the past.
 template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in, E *out, Index len) {
   constexpr Index kProducts = kScalars<E> / kScalars<Tap>; // of an output with a tap
+  constexpr std::less_equal<const E *> isBefore;
+  const bool apart = isBefore(out + len, in) || isBefore(in + len, out);
+  E *const past = Past<E>();
+  Index done = 0;
+  bool current = true; // the past
   while (m_transforms) {
-    const Index most = m_transforms->Step() / kProducts, count = std::min(len, most);
+    const Index most = m_transforms->Step() / kProducts, count = std::min(len - done, most);
     const double terms = static_cast<double>(kProducts * count) * static_cast<double>(m_last + 1);
-    if (!fourier::IsWorthARun<Tap>(m_transforms->Length(), terms)) break;
-    E *const past = Past<E>();
-    std::copy_n(in, count, past + m_last);
-    RunTransforms(out, count);
-    std::copy_n(past + count, m_last, past);
-    in += count;
-    out += count;
-    len -= count;
+    if (terms <= m_leastTerms) break;
+    if (apart && done >= m_last && count == most) {
+      RunTransforms(in + (done - m_last), out + done, count);
+      current = false;
+    } else {
+      if (!current) std::copy_n(in + (done - m_last), m_last, past);
+      std::copy_n(in + done, count, past + m_last);
+      if constexpr (kProducts > 1) std::fill(past + m_last + count, past + m_transforms->Length(), E{});
+      RunTransforms(past, out + done, count);
+      std::copy_n(past + count, m_last, past);
+      current = true;
+    }
+    done += count;
   }
-  if (len > 0) RunDirectly(in, out, len);
+  if (!current) std::copy_n(in + (done - m_last), m_last, past);
+  if (done < len) RunDirectly(in + done, out + done, len - done);
 }
 
-// Of the samples that stand behind the past.
-template <class Tap> template <class E> void StreamingFir<Tap>::RunTransforms(E *out, Index count) {
-  E *const past = Past<E>();
+template <class Tap>
+template <class E>
+void StreamingFir<Tap>::RunTransforms(const E *window, E *out, Index count) {
   if constexpr (std::is_same_v<E, Tap>) {
     const auto taps = static_cast<int>(m_last + 1), samples = static_cast<int>(m_last + count);
-    m_transforms->Run({Taps(), taps, past, samples, m_last, count, out});
+    m_transforms->Run({Taps(), taps, window, samples, m_last, count, out});
   } else {
-    std::fill(past + m_last + count, past + m_transforms->Length(), E{});
-    m_transforms->RunParts(Taps(), past, count, out);
+    m_transforms->RunParts(Taps(), window, count, out);
   }
 }
 
@@ -140,8 +156,8 @@ template <class E> void DecimatingFir::Fill(const E *in, Index len, Index from, 
     const Index first = from * m_decimation + m_first + s;
     const Index all = first >= len ? 0 : std::min(count, (len - first + m_decimation - 1) / m_decimation);
     const Index old = first >= 0 ? 0 : std::min(all, (-first + m_decimation - 1) / m_decimation);
-    Sample(end + first, values, old, m_decimation);
-    Sample(in + (first + old * m_decimation), values + old, all - old, m_decimation);
+    if (old > 0) Sample(end + first, values, old, m_decimation);
+    if (all > old) Sample(in + (first + old * m_decimation), values + old, all - old, m_decimation);
   }
 }
 

@@ -12,7 +12,7 @@
 namespace QORN {
 
 /// y[n] = sum over k of taps[k] x[n - k], 0 <= k < T. Tap is float or Cplx32. By direct sums or, where a run
-/// of transforms is estimated to take less time (fourier::IsWorthARun), by transforms: T decides on their
+/// of transforms is estimated to take less time (fourier::LeastTerms), by transforms: T decides on their
 /// length, and T and the length of a block on what goes through them. All memory is taken when it is made;
 /// QORNException 11001 if there is none. Copies are clones.
 template <class Tap> class StreamingFir {
@@ -29,13 +29,14 @@ public:
 private:
   const Tap *Taps() const { return reinterpret_cast<const Tap *>(m_taps.Data()); }
   template <class E> void RunDirectly(const E *in, E *out, std::ptrdiff_t len);
-  template <class E> void RunTransforms(E *out, std::ptrdiff_t count);
+  template <class E> void RunTransforms(const E *window, E *out, std::ptrdiff_t count);
 
   std::ptrdiff_t m_last;             // T - 1
   fourier::WorkArray<float> m_taps;  // as the kernels want them: last first, conjugate
   fourier::WorkArray<float> m_joint; // the past and, behind it, the samples of a block
   fourier::WorkArray<float> m_next;  // the past of the next block
   std::optional<fourier::Correlator<Tap>> m_transforms;
+  double m_leastTerms = 0; // the products that are worth a run of them
 };
 
 /// Of the filter's outputs every decimation-th, from number phase on, 0 <= phase < decimation; the others are

@@ -83,17 +83,21 @@ template <> constexpr double kPerTerm<Cplx32> = 0.046;
 
 // A pair of real blocks, or a complex one, there and back. The taps take half of it.
 template <class T> double RunCost(double length) {
-  const double outside = length < 16384 ? 1 : 1.6;         // of the nearer caches
-  const double nine = std::fmod(length, 9) == 0 ? 1.1 : 1; // its passes take longer
+  // Of the nearer caches, and of all.
+  const double outside = length <= 16384 ? 1 : length <= 32768 ? 1.25 : length <= 262144 ? 1.6 : 3.5;
+  const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
   const double log2 = std::log2(length);
-  const double perPoint = std::is_same_v<T, double> ? 3 + 0.39 * log2 : 0.6 + 0.135 * log2;
+  const double perPoint = std::is_same_v<T, double> ? 3 + 0.39 * log2 : 0.1 + 0.15 * log2;
   return perPoint * outside * nine * length;
 }
 
 // To get and to free the memory.
 constexpr double kPerCall = 1000;
 
-constexpr int kLargestLog2 = 26;
+// The largest transforms whose work memory an int can count.
+template <class T> constexpr int kLargestLog2 = 25;
+template <> constexpr int kLargestLog2<double> = 24;
+constexpr Index kLongestOfStreams = Index{1} << 23;
 
 // The outputs of a call for which streams are laid out.
 constexpr Index kUsualBlock = 4096;
@@ -185,25 +189,19 @@ private:
   }
 
   // False if the values are not finite or many outputs in doubt. A few are summed directly.
-  bool RunPartsAtOnce(const float *taps, const float *window, Index count, float *dst) {
-    const Index n = m_engine.Length();
+  bool RunPartsAtOnce(const float *taps, const float *window, Index count,
+                      float *dst) requires std::is_same_v<T, float> {
     if (!m_usable) return false;
-    const double energy = active->ConvWiden_32f(window, m_engine.Block(), 2 * n);
-    if (!std::isfinite(energy)) return false;
-    if (energy == 0) {
-      std::fill_n(dst, 2 * count, 0.0F);
-      return true;
-    }
-    m_engine.Run();
-    const double *const valid = m_engine.Block() + 2 * m_last;
-    const double least = Bound(std::sqrt(energy) * (1 + 1e-6), m_norm, m_gain) / kShare;
-    const Index below = active->ConvNarrow_32f(valid, dst, 2 * count, least);
-    if (below * kFew > count) return false;
-    for (Index i = 0, left = below; left > 0; ++i) {
-      const bool re = std::fabs(valid[2 * i]) < least, im = std::fabs(valid[2 * i + 1]) < least;
-      if (!re && !im) continue;
-      active->Fir_32f32fc(taps, m_last + 1, window + 2 * i, dst + 2 * i, 1);
-      left -= re + im;
+    const CyclicFigures figures = m_engine.Run(window, dst, count);
+    if (!std::isfinite(figures.energy)) return false;
+    if (figures.energy == 0) std::fill_n(dst, 2 * count, 0.0F);
+    const double least = Bound(std::sqrt(figures.energy) * (1 + 1e-6), m_norm, m_gain) / kShare;
+    if (figures.smallest >= least) return true;
+    const auto isBelow = [&](float x) { return Size(x) < least; };
+    if (std::count_if(dst, dst + 2 * count, isBelow) * kFew > count) return false;
+    for (Index i = 0; i < count; ++i) {
+      if (isBelow(dst[2 * i]) || isBelow(dst[2 * i + 1]))
+        active->Fir_32f32fc(taps, m_last + 1, window + 2 * i, dst + 2 * i, 1);
     }
     return true;
   }
@@ -231,7 +229,7 @@ private:
       const double re = spectrum[2 * k], im = spectrum[2 * k + 1];
       largest = std::max(largest, re * re + im * im);
     }
-    return std::sqrt(largest) * (1 + 1e-6);
+    return std::sqrt(largest);
   }
 
   // Squares of doubles must neither overflow nor vanish.
@@ -254,8 +252,8 @@ private:
       m_large[at] = {i, size};
     }
 
-    double *const h = m_engine.Block();
     if constexpr (kSplit) {
+      double *const h = m_engine.Block();
       m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
       const double magic = 0x1.8p52 * m_tapStep;
       double *const fine = FineSpectrum(), *const all = AllSpectrum();
@@ -273,16 +271,17 @@ private:
       m_engine.Forward(fine, fine);
       for (Index k = 0; k < 2 * n; ++k) all[k] = m_engine.Spectrum()[k] + fine[k];
       m_fineNorm = std::sqrt(fineEnergy) * (1 + 1e-6);
-      m_fineGain = Gain(fine, n);
+      m_gain = Gain(m_engine.Spectrum(), n) * (1 + 1e-6);
     } else {
+      float *const h = m_engine.NewTaps();
       for (Index i = 0; i < taps; ++i) {
         const T tap = Conjugate(TapAt(i));
-        h[2 * i] = Re(tap);
-        h[2 * i + 1] = Im(tap);
+        h[2 * i] = static_cast<float>(Re(tap));
+        h[2 * i + 1] = static_cast<float>(Im(tap));
       }
-      m_engine.SetTaps(h);
+      m_engine.SetTaps();
+      m_gain = m_engine.Gain() * (1 + 1e-6);
     }
-    m_gain = Gain(m_engine.Spectrum(), n);
     return true;
   }
 
@@ -363,10 +362,9 @@ private:
   double Transform(const Part *const (&windows)[2], double norm, const Outputs (&pair)[2],
                    Index (&below)[2]) {
     const Index n = m_engine.Length();
-    double *const block = m_engine.Block(), *const valid = block + 2 * m_last;
     double least = 0;
     if constexpr (kSplit) {
-      double *const low = Low();
+      double *const block = m_engine.Block(), *const valid = block + 2 * m_last, *const low = Low();
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
       double gain = std::min(m_gain, 4 * m_norm), error = 0, magic = 0;
@@ -394,17 +392,19 @@ private:
         below[i] = active->ConvJoin_64f(valid + i, low + 2 * m_last + i, Target(pair[i].first), pair[i].count,
                                         magic * m_tapStep, least);
       }
-    } else if constexpr (kParts == 1) {
-      active->ConvPack_32f(windows[0], windows[1], block, n);
-      m_engine.Run();
-      least = Bound(norm, m_norm, m_gain) / kShare;
-      for (Index i = 0; i < kPairs; ++i)
-        below[i] = active->ConvTake_32f(valid + i, Target(pair[i].first), pair[i].count, least);
     } else {
-      active->ConvWiden_32f(windows[0], block, 2 * n);
-      m_engine.Run();
       least = Bound(norm, m_norm, m_gain) / kShare;
-      below[0] = active->ConvNarrow_32fc(valid, &Target(pair[0].first)->re, pair[0].count, least);
+      T *const dst[2] = {Target(pair[0].first), Target(pair[1].first)};
+      double smallest = 0;
+      if constexpr (kParts == 1) {
+        smallest =
+            m_engine.Run(windows[0], windows[1], dst[0], pair[0].count, dst[1], pair[1].count).smallest;
+      } else {
+        smallest = m_engine.Run(windows[0], &dst[0]->re, pair[0].count).smallest;
+      }
+      for (Index i = 0; smallest < least && i < kPairs; ++i) {
+        below[i] = std::count_if(dst[i], dst[i] + pair[i].count, [&](T x) { return Size(x) < least; });
+      }
     }
     return least;
   }
@@ -566,9 +566,10 @@ private:
   }
 
   Correlation<T> m_job;
-  Index m_last;                 // the place of the last tap
-  OverlapSave<double> m_engine; // with the taps, or their coarse part
-  double m_error;               // of a transform, relative
+  Index m_last; // the place of the last tap
+  // With the taps, or their coarse part.
+  std::conditional_t<kSplit, OverlapSave<double>, FloatOverlapSave> m_engine;
+  double m_error; // of a transform, relative
   double m_norm = 0, m_gain = 0;
   Operand m_large[kLarge]; // the largest taps
   int m_largeCount = 0;
@@ -579,7 +580,7 @@ private:
   double m_sizeGain = 0;
 
   // Of doubles.
-  double m_tapStep = 0, m_fineNorm = 0, m_fineGain = 0;
+  double m_tapStep = 0, m_fineNorm = 0;
 };
 
 template <class T>
@@ -601,7 +602,7 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
   if (taps < 32) return 0;
   double least = terms * kPerTerm<T>;
   int best = 0;
-  for (int k = 5; k <= kLargestLog2; ++k) {
+  for (int k = 6; k <= kLargestLog2<T>; ++k) {
     const Index step = (Index{1} << k) - taps + 1;
     if (step < 1) continue;
     const Index blocks = (outputs + step - 1) / step;
@@ -621,10 +622,10 @@ template <class T> int StreamLength(std::ptrdiff_t taps) {
   const Index outputs = std::max(kUsualBlock, taps);
   double least = std::numeric_limits<double>::infinity();
   int best = 0;
-  for (Index power = 64; power <= Index{1} << (kLargestLog2 - 3); power *= 2) {
+  for (Index power = 64; power <= kLongestOfStreams; power *= 2) {
     for (const Index odd : {8, 9, 10, 12}) {
       const Index length = power / 8 * odd, step = length - taps + 1;
-      if (step < 1) continue;
+      if (step < 1 || length % 64 != 0) continue;
       const double cost =
           static_cast<double>((outputs + step - 1) / step) * RunCost<T>(static_cast<double>(length));
       if (cost < least) {
@@ -636,9 +637,7 @@ template <class T> int StreamLength(std::ptrdiff_t taps) {
   return best;
 }
 
-template <class T> bool IsWorthARun(int length, double terms) {
-  return terms * kPerTerm<T> > RunCost<T>(length);
-}
+template <class T> double LeastTerms(int length) { return RunCost<T>(length) / kPerTerm<T>; }
 
 template class Correlator<float>;
 template class Correlator<double>;
@@ -648,7 +647,7 @@ template int BlockLength<double>(std::ptrdiff_t, std::ptrdiff_t, double);
 template int BlockLength<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
 template int StreamLength<float>(std::ptrdiff_t);
 template int StreamLength<Cplx32>(std::ptrdiff_t);
-template bool IsWorthARun<float>(int, double);
-template bool IsWorthARun<Cplx32>(int, double);
+template double LeastTerms<float>(int);
+template double LeastTerms<Cplx32>(int);
 
 } // namespace QORN::fourier

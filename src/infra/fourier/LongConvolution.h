@@ -59,8 +59,8 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
 /// of 4096 values or, if that is more, of as many as there are taps; 0 if it is only for direct sums.
 template <class T> int StreamLength(std::ptrdiff_t taps);
 
-/// Whether a run of transforms is estimated to take less than direct sums of so many products.
-template <class T> bool IsWorthARun(int length, double terms);
+/// The number of products from which on a run of transforms is estimated to take less than direct sums.
+template <class T> double LeastTerms(int length);
 
 } // namespace QORN::fourier
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <bit>
 #include <climits>
+#include <cmath>
 #include <memory>
 
 #include "infra/Errors.h"
@@ -47,7 +48,7 @@ template <class T> const ComplexPlan<T> &SharedPlan(int length) {
   const int power = std::countr_zero(static_cast<unsigned>(length));
   auto &slot = slots<T>[(length >> power) / 2][power];
   if (const ComplexPlan<T> *plan = slot.load(std::memory_order_acquire)) return *plan;
-  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(length);
+  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(length, Cyclic::kLanes);
   if (made == nullptr) Throw(errors::kMemoryAllocation, kModule);
   const ComplexPlan<T> *present = nullptr;
   // Of two threads that make the same plan, the later one drops its own.
@@ -71,6 +72,38 @@ template <class T> void OverlapSave<T>::Run() {
   Forward(Block(), Block());
   Product<T>()(Block(), Spectrum(), Block(), Length(), false, false);
   Inverse(Block(), Block());
+}
+
+FloatOverlapSave::FloatOverlapSave(int length, int taps)
+    : m_plan(&SharedPlan<double>(length)), m_taps(taps), m_work(std::ptrdiff_t{6} * length) {}
+
+Cyclic FloatOverlapSave::Job() const {
+  return {&m_plan->GetColumns(), m_work.Data(), m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length())};
+}
+
+void FloatOverlapSave::SetTaps() {
+  std::fill(NewTaps() + 2 * m_taps, NewTaps() + 2 * static_cast<std::ptrdiff_t>(Length()), 0.0F);
+  kernels::active->FourierSpectrum_32fc(Job(), NewTaps(), m_work.Data());
+}
+
+double FloatOverlapSave::Gain() const {
+  constexpr std::ptrdiff_t kLanes = Cyclic::kLanes;
+  const double *const h = m_work.Data();
+  double largest = 0;
+  for (std::ptrdiff_t row = 0; row < Length() / kLanes; ++row) {
+    for (std::ptrdiff_t i = 2 * kLanes * row; i < 2 * kLanes * row + kLanes; ++i)
+      largest = std::max(largest, h[i] * h[i] + h[i + kLanes] * h[i + kLanes]);
+  }
+  return std::sqrt(largest) * Length();
+}
+
+CyclicFigures FloatOverlapSave::Run(const float *x, float *dst, std::ptrdiff_t count) {
+  return kernels::active->FourierCyclic_32fc(Job(), x, dst, m_taps - 1, count);
+}
+
+CyclicFigures FloatOverlapSave::Run(const float *x0, const float *x1, float *dst0, std::ptrdiff_t count0,
+                                    float *dst1, std::ptrdiff_t count1) {
+  return kernels::active->FourierCyclic_32f(Job(), x0, x1, dst0, dst1, m_taps - 1, count0, count1);
 }
 
 template class WorkArray<float>;

@@ -1,4 +1,5 @@
-// Convolution with a fixed set of taps, block by block, by transforms (overlap-save).
+// Convolution with a fixed set of taps, block by block, by transforms (overlap-save: Stockham, High-speed
+// convolution and correlation, 1966).
 #ifndef QORN_SRC_INFRA_FOURIER_OVERLAPSAVE_H
 #define QORN_SRC_INFRA_FOURIER_OVERLAPSAVE_H
 
@@ -25,9 +26,9 @@ private:
   Bytes m_bytes;
 };
 
-/// The complex plan of a length that is 2^k times 1, 3, 5 or 9. It is made at the first call, belongs to the
-/// process and is freed at its end; any thread may call. Throws QORNException 11001 if there is no memory for
-/// it.
+/// The complex plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, by columns of 8 lanes. It is made at
+/// the first call, belongs to the process and is freed at its end; any thread may call. Throws QORNException
+/// 11001 if there is no memory for it.
 template <class T> const ComplexPlan<T> &SharedPlan(int length);
 
 /// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
@@ -67,6 +68,40 @@ private:
   // Spectrum, block and scratch. In one piece, since many allocators keep a piece for the next request where
   // they would give several back to the system.
   WorkArray<T> m_work;
+};
+
+/// OverlapSave of float values, or of two real signals of floats, in double. Each result is rounded once.
+/// Copies are clones. Allocates when it is made, and not afterwards.
+class FloatOverlapSave {
+public:
+  /// Throws QORNException 11001 if there is no memory.
+  FloatOverlapSave(int length, int taps);
+
+  int Length() const { return m_plan->Length(); }
+  int Taps() const { return m_taps; }
+  int Step() const { return Length() - m_taps + 1; }
+
+  /// Where Taps() taps h, interleaved complex, are to be written before SetTaps().
+  float *NewTaps() const { return reinterpret_cast<float *>(m_work.Data()); }
+  void SetTaps();
+
+  /// The largest magnitude of the taps' spectrum.
+  double Gain() const;
+
+  /// Convolves Length() complex values and writes `count` results from number Taps() - 1 on. count is 1 to
+  /// Step(); the arrays do not overlap.
+  CyclicFigures Run(const float *x, float *dst, std::ptrdiff_t count);
+
+  /// Of two real signals with real taps; their counts are 0 to Step().
+  CyclicFigures Run(const float *x0, const float *x1, float *dst0, std::ptrdiff_t count0, float *dst1,
+                    std::ptrdiff_t count1);
+
+private:
+  Cyclic Job() const;
+
+  const ComplexPlan<double> *m_plan; // belongs to the process
+  int m_taps;
+  WorkArray<double> m_work; // spectrum and scratch, in one piece as above
 };
 
 extern template class WorkArray<float>;

@@ -69,19 +69,19 @@ bool Workspace::Grow(std::size_t bytes) {
   }
 }
 
-template <class T> std::unique_ptr<ComplexPlan<T>> ComplexPlan<T>::Make(int length) {
+template <class T> std::unique_ptr<ComplexPlan<T>> ComplexPlan<T>::Make(int length, int lanes) {
   if (length < 1) return nullptr;
-  return OrNull([&] { return std::unique_ptr<ComplexPlan>(new ComplexPlan(length)); });
+  return OrNull([&] { return std::unique_ptr<ComplexPlan>(new ComplexPlan(length, lanes)); });
 }
 
 template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
   return OrNull([&]() -> std::unique_ptr<Plan> { return std::make_unique<ComplexPlan>(*this); });
 }
 
-template <class T> ComplexPlan<T>::ComplexPlan(int length) : m_length(length) {
+template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length(length) {
   if (length <= kMaxSmall) return;
   if (IsSmooth(length)) {
-    MakeColumns();
+    MakeColumns(lanes != 0 ? lanes : LanesFor(length, sizeof(T)));
   } else {
     MakeBluestein();
   }
@@ -97,8 +97,7 @@ ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
   m_columns.strides = m_strides.Data();
 }
 
-template <class T> void ComplexPlan<T>::MakeColumns() {
-  const int lanes = LanesFor(m_length, sizeof(T));
+template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
   const std::int64_t blocks = m_length / lanes;
   const int width = lanes <= 8 ? 8 : 16;
   m_columns.length = m_length;
@@ -165,7 +164,7 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
   const std::int64_t n = m_length;
   const std::int64_t p = ConvolutionLength(2 * n - 1, sizeof(T));
   if (p > INT32_MAX) throw std::bad_alloc();
-  m_convolution.reset(new ComplexPlan(static_cast<int>(p)));
+  m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
   m_scratch = Size(2 * p) + m_convolution->m_scratch;
 
   m_chirp = Block<T>(Size(2 * n));

@@ -45,8 +45,9 @@ private:
 /// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
 template <class T> class ComplexPlan final : public Plan {
 public:
-  /// Null if length is below 1 or there is no memory for the plan.
-  static std::unique_ptr<ComplexPlan> Make(int length);
+  /// Null if length is below 1 or there is no memory for the plan. `lanes`, if not 0, is a factor of a length
+  /// that goes through passes, 5 to 16, and taken instead of the one that seems best.
+  static std::unique_ptr<ComplexPlan> Make(int length, int lanes = 0);
 
   ComplexPlan(const ComplexPlan &other);
   std::unique_ptr<Plan> Clone() const override;
@@ -54,13 +55,16 @@ public:
   int Length() const { return m_length; }
   std::size_t ScratchBytes() const override { return m_scratch * sizeof(T); }
 
+  /// Of a length that goes through passes.
+  const Columns<T> &GetColumns() const { return m_columns; }
+
   /// out may be in; otherwise the two must not overlap.
   void Forward(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, false, scale); }
   void Inverse(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, true, scale); }
 
 private:
-  explicit ComplexPlan(int length);
-  void MakeColumns();
+  ComplexPlan(int length, int lanes);
+  void MakeColumns(int lanes);
   void MakeBluestein();
   void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const;
 

@@ -42,20 +42,29 @@ template <class T, int W, int R, bool Turned>
   });
 }
 
-// The first pass: from the samples into blocks. An inverse transform is the forward one of the conjugate
-// samples, conjugated: `sign` is -1 then.
-template <class T, int W, int R, bool Turned>
-[[gnu::flatten]] void FirstPass(const fourier::Columns<T> &plan, const T *in, T *out, T sign) {
+// Samples of a transform. An inverse one is the forward one of the conjugate samples, conjugated: `sign` is
+// -1 then.
+template <class T> struct Samples {
+  const T *in;
+  Index length;
+  T sign;
+
+  template <int V> [[gnu::always_inline]] inline void Load(Index at, Vec<T, V> &re, Vec<T, V> &im) const {
+    LoadBefore<T, V>(in, at, length, re, im);
+    im *= sign;
+  }
+};
+
+// The first pass: from the samples into blocks. Source::Load<V>(n, re, im) gives V samples from n on.
+template <class T, int W, int R, bool Turned, class Source>
+[[gnu::flatten]] void FirstPass(const fourier::Columns<T> &plan, const Source &source, T *out) {
   constexpr int V = kLanes<T, W>;
-  const Index rest = plan.passes[0].rest, lanes = plan.lanes, length = plan.length;
+  const Index rest = plan.passes[0].rest, lanes = plan.lanes;
   const T *w = plan.turns + plan.passes[0].turns;
   for (Index p = 0; p < rest; ++p, w += 2 * (R - 1)) {
     for (Index c = 0; c < lanes; c += V) {
       Vec<T, V> re[R], im[R];
-      Unroll<R>([&](auto j) {
-        LoadBefore<T, V>(in, lanes * (p + rest * j) + c, length, re[j], im[j]);
-        im[j] *= sign;
-      });
+      Unroll<R>([&](auto j) { source.template Load<V>(lanes * (p + rest * j) + c, re[j], im[j]); });
       Finish<T, W, R, Turned>(re, im, w, out + R * p * 2 * W + c, 2 * W);
     }
   }
@@ -84,6 +93,48 @@ template <class T, int W, int R, bool Turned>
   }
 }
 
+// V blocks from k on as L rows of V neighbouring values; the last block stands for those that do not exist.
+template <class T, int W, int L, int V>
+[[gnu::always_inline]] inline void LoadRows(const T *in, Index k, Index blocks, Vec<T, V> (&re)[L],
+                                            Vec<T, V> (&im)[L]) {
+  using E = Vec<T, V>;
+  Unroll<(L + V - 1) / V>([&](auto part) {
+    constexpr int kFirst = part * V;
+    E rowRe[V], rowIm[V];
+    Unroll<V>([&](auto i) {
+      const Index block = k + i < blocks ? k + i : blocks - 1;
+      rowRe[i] = Load<E>(in + block * 2 * W + kFirst);
+      rowIm[i] = Load<E>(in + block * 2 * W + W + kFirst);
+    });
+    Transpose<T, V>(rowRe);
+    Transpose<T, V>(rowIm);
+    Unroll<(L - kFirst < V ? L - kFirst : V)>([&](auto i) {
+      re[kFirst + i] = rowRe[i];
+      im[kFirst + i] = rowIm[i];
+    });
+  });
+}
+
+// Multiplies the rows by the factors that join the lanes.
+template <class T, int W, int L, int V>
+[[gnu::always_inline]] inline void TurnRows(const fourier::Columns<T> &plan, Index k, Vec<T, V> (&re)[L],
+                                            Vec<T, V> (&im)[L]) {
+  using E = Vec<T, V>;
+  const Index group = k / W;
+  if (plan.strides == nullptr) {
+    const T *w = plan.joins + group * (L - 1) * 2 * W + k % W;
+    Unroll<L - 1>(
+        [&](auto l) { Turn(re[l + 1], im[l + 1], Load<E>(w + l * 2 * W), Load<E>(w + l * 2 * W + W)); });
+  } else {
+    const T *w = plan.joins + k % W, *stride = plan.strides + group * (L - 1) * 2;
+    Unroll<L - 1>([&](auto l) {
+      E wre = Load<E>(w + l * 2 * W), wim = Load<E>(w + l * 2 * W + W);
+      Turn(wre, wim, Broadcast<E>(stride[2 * l]), Broadcast<E>(stride[2 * l + 1]));
+      Turn(re[l + 1], im[l + 1], wre, wim);
+    });
+  }
+}
+
 // Joins the lanes: V blocks at a time become L rows of V neighbouring frequencies.
 template <class T, int W, int L, int V = kLanes<T, W>>
 [[gnu::flatten]] void JoinLanes(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T sign) {
@@ -91,34 +142,8 @@ template <class T, int W, int L, int V = kLanes<T, W>>
   const Index blocks = plan.blocks;
   for (Index k = 0; k < blocks; k += V) {
     E re[L], im[L];
-    Unroll<(L + V - 1) / V>([&](auto part) {
-      constexpr int kFirst = part * V;
-      E rowRe[V], rowIm[V];
-      Unroll<V>([&](auto i) {
-        const Index block = k + i < blocks ? k + i : blocks - 1;
-        rowRe[i] = Load<E>(in + block * 2 * W + kFirst);
-        rowIm[i] = Load<E>(in + block * 2 * W + W + kFirst);
-      });
-      Transpose<T, V>(rowRe);
-      Transpose<T, V>(rowIm);
-      Unroll<(L - kFirst < V ? L - kFirst : V)>([&](auto i) {
-        re[kFirst + i] = rowRe[i];
-        im[kFirst + i] = rowIm[i];
-      });
-    });
-    const Index group = k / W;
-    if (plan.strides == nullptr) {
-      const T *w = plan.joins + group * (L - 1) * 2 * W + k % W;
-      Unroll<L - 1>(
-          [&](auto l) { Turn(re[l + 1], im[l + 1], Load<E>(w + l * 2 * W), Load<E>(w + l * 2 * W + W)); });
-    } else {
-      const T *w = plan.joins + k % W, *stride = plan.strides + group * (L - 1) * 2;
-      Unroll<L - 1>([&](auto l) {
-        E wre = Load<E>(w + l * 2 * W), wim = Load<E>(w + l * 2 * W + W);
-        Turn(wre, wim, Broadcast<E>(stride[2 * l]), Broadcast<E>(stride[2 * l + 1]));
-        Turn(re[l + 1], im[l + 1], wre, wim);
-      });
-    }
+    LoadRows<T, W, L, V>(in, k, blocks, re, im);
+    TurnRows<T, W, L, V>(plan, k, re, im);
     Butterfly<T, L>(re, im);
     const Index present = blocks - k;
     Unroll<L>([&](auto l) {
@@ -134,27 +159,27 @@ template <class T, int W, int L, int V = kLanes<T, W>>
   }
 }
 
-template <class T, int W, bool Turned>
-void RunFirst(const fourier::Columns<T> &plan, const T *in, T *out, T sign) {
+template <class T, int W, bool Turned, class Source>
+void RunFirst(const fourier::Columns<T> &plan, const Source &source, T *out) {
   switch (plan.passes[0].radix) {
   case 2:
-    return FirstPass<T, W, 2, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 2, Turned>(plan, source, out);
   case 3:
-    return FirstPass<T, W, 3, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 3, Turned>(plan, source, out);
   case 4:
-    return FirstPass<T, W, 4, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 4, Turned>(plan, source, out);
   case 5:
-    return FirstPass<T, W, 5, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 5, Turned>(plan, source, out);
   case 7:
-    return FirstPass<T, W, 7, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 7, Turned>(plan, source, out);
   case 8:
-    return FirstPass<T, W, 8, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 8, Turned>(plan, source, out);
   case 9:
-    return FirstPass<T, W, 9, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 9, Turned>(plan, source, out);
   case 11:
-    return FirstPass<T, W, 11, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 11, Turned>(plan, source, out);
   case 13:
-    return FirstPass<T, W, 13, Turned>(plan, in, out, sign);
+    return FirstPass<T, W, 13, Turned>(plan, source, out);
   }
 }
 
@@ -226,10 +251,11 @@ void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, 
   T *const other = out != in && plan.lanes == W ? out : scratch + plan.blocks * 2 * W;
   const int count = plan.passCount;
   T *from = count % 2 != 0 ? scratch : other;
+  const Samples<T> samples{in, plan.length, sign};
   if (count > 1) {
-    RunFirst<T, W, true>(plan, in, from, sign);
+    RunFirst<T, W, true>(plan, samples, from);
   } else {
-    RunFirst<T, W, false>(plan, in, from, sign);
+    RunFirst<T, W, false>(plan, samples, from);
   }
   for (int i = 1; i < count; ++i) {
     T *const to = from == scratch ? other : scratch;

@@ -429,41 +429,6 @@ template <class T> double ConvEnergy(const T *x, Index len) {
   return total;
 }
 
-// z[i] = x0[i] + j x1[i].
-void ConvPack(const float *x0, const float *x1, double *z, Index len) {
-  constexpr int V = kPerRegister<double>;
-  Index i = 0;
-  for (; i + V <= len; i += V) {
-    const auto re = __builtin_convertvector((Load<Vec<float, V>>(x0 + i)), Doubles);
-    const auto im = __builtin_convertvector((Load<Vec<float, V>>(x1 + i)), Doubles);
-    StoreComplex<double, V>(z + 2 * i, re, im);
-  }
-  for (; i < len; ++i)
-    StoreComplex<double, 1>(z + 2 * i, static_cast<double>(x0[i]), static_cast<double>(x1[i]));
-}
-
-// z[i] = x[i]; returns the sum of squares, as ConvEnergy does.
-double ConvWiden(const float *x, double *z, Index len) {
-  constexpr int V = kPerRegister<double>;
-  Doubles sums[4] = {};
-  Index i = 0;
-  for (; i + 4 * V <= len; i += 4 * V) {
-    for (int r = 0; r < 4; ++r) {
-      const auto values = __builtin_convertvector((Load<Vec<float, V>>(x + i + r * V)), Doubles);
-      Store(z + i + r * V, values);
-      sums[r] = MulAdd(values, values, sums[r]);
-    }
-  }
-  for (; i < len; ++i) {
-    z[i] = static_cast<double>(x[i]);
-    sums[0][0] += z[i] * z[i];
-  }
-  const Doubles sum = (sums[0] + sums[1]) + (sums[2] + sums[3]);
-  double total = 0;
-  for (int lane = 0; lane < V; ++lane) total += sum[lane];
-  return total;
-}
-
 // high[i] + low[i] = x0[i] + j x1[i] without an error, where high has whole multiples of a step: adding and
 // subtracting `magic`, 1.5 * 2^52 steps, rounds to it. Returns the sum of the squares of low.
 double ConvSplit(const double *x0, const double *x1, double *high, double *low, Index len, double magic) {
@@ -499,66 +464,6 @@ template <class M> [[gnu::always_inline]] inline Index Total(M counts) {
 }
 
 [[gnu::always_inline]] inline Doubles Magnitude(Doubles x) { return x < 0 ? -x : x; }
-
-// dst[i] = z[2 i]; returns how many magnitudes are below `least`.
-Index ConvTake(const double *z, float *dst, Index len, double least) {
-  constexpr int V = kPerRegister<double>;
-  auto counts = Doubles{} != Doubles{};
-  Index i = 0;
-  // The last value is left to the loop below: the imaginary part behind it may not be there.
-  for (; i + V < len; i += V) {
-    Doubles re, im;
-    LoadComplex<double, V>(z + 2 * i, re, im);
-    Store(dst + i, __builtin_convertvector(re, Vec<float, V>));
-    counts += Magnitude(re) < least;
-  }
-  Index below = Total(counts);
-  for (; i < len; ++i) {
-    dst[i] = static_cast<float>(z[2 * i]);
-    below += __builtin_fabs(z[2 * i]) < least;
-  }
-  return below;
-}
-
-// The same of len complex values, by the larger of the two parts' magnitudes.
-Index ConvNarrow(const double *z, float *dst, Index len, double least) {
-  constexpr int V = kPerRegister<double>;
-  auto counts = Doubles{} != Doubles{};
-  Index i = 0;
-  for (; i + V <= len; i += V) {
-    Doubles re, im;
-    LoadComplex<double, V>(z + 2 * i, re, im);
-    const auto a = Load<Doubles>(z + 2 * i), b = Load<Doubles>(z + 2 * i + V);
-    Store(dst + 2 * i, __builtin_convertvector(a, Vec<float, V>));
-    Store(dst + 2 * i + V, __builtin_convertvector(b, Vec<float, V>));
-    counts += (Magnitude(re) < least) & (Magnitude(im) < least);
-  }
-  Index below = Total(counts);
-  for (; i < len; ++i) {
-    dst[2 * i] = static_cast<float>(z[2 * i]);
-    dst[2 * i + 1] = static_cast<float>(z[2 * i + 1]);
-    below += __builtin_fabs(z[2 * i]) < least && __builtin_fabs(z[2 * i + 1]) < least;
-  }
-  return below;
-}
-
-// The same of len real values, each by itself.
-Index ConvNarrowEach(const double *z, float *dst, Index len, double least) {
-  constexpr int V = kPerRegister<double>;
-  auto counts = Doubles{} != Doubles{};
-  Index i = 0;
-  for (; i + V <= len; i += V) {
-    const auto x = Load<Doubles>(z + i);
-    Store(dst + i, __builtin_convertvector(x, Vec<float, V>));
-    counts += Magnitude(x) < least;
-  }
-  Index below = Total(counts);
-  for (; i < len; ++i) {
-    dst[i] = static_cast<float>(z[i]);
-    below += __builtin_fabs(z[i]) < least;
-  }
-  return below;
-}
 
 // dst[i] = high[2 i], rounded to whole multiples of a step as in ConvSplit, + low[2 i].
 Index ConvJoin(const double *high, const double *low, double *dst, Index len, double magic, double least) {
