@@ -35,8 +35,13 @@
 #include "qorn/infra/VectorOps.h"
 #include "qorn/infra/VectorStorage.h"
 
+#include "qorn/math/CubicHermiteInterpolation.h"
+#include "qorn/math/Interpolation.h"
+#include "qorn/math/InterpolationFactory.h"
 #include "qorn/math/LeastSqrFit.h"
 #include "qorn/math/MathUtils.h"
+#include "qorn/math/NearestInterpolation.h"
+#include "qorn/math/Spline.h"
 #include "qorn/math/UnitConversion.h"
 #include "qorn/math/VecUtils.h"
 

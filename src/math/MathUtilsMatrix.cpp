@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <type_traits>
 
+#include "Scratch.h"
 #include "Singular.h"
 #include "infra/Checks.h"
 #include "infra/KernelTraits.h"
@@ -14,7 +14,6 @@
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/MatReal32.h"
 #include "qorn/infra/MatReal64.h"
-#include "qorn/infra/QORNMalloc.h"
 #include "qorn/infra/QORNTimer.h"
 #include "qorn/math/MathUtils.h"
 
@@ -23,21 +22,6 @@ namespace QORN {
 namespace {
 
 template <class M> using MatrixElement = std::remove_pointer_t<decltype(std::declval<const M &>()[0])>;
-
-struct BlockDeleter {
-  template <class T> void operator()(T *block) const { QORNMalloc::Delete(block); }
-};
-template <class T> using Scratch = std::unique_ptr<T, BlockDeleter>;
-
-/// Null beyond what a block may have, and where there is no memory.
-template <class T> Scratch<T> MakeScratch(std::int64_t count) {
-  if (count < 1 || count > QORNMalloc::kMaxCount) return nullptr;
-  if constexpr (sizeof(T) == sizeof(float)) {
-    return Scratch<T>(QORNMalloc::MallocReal32(static_cast<int>(count)));
-  } else {
-    return Scratch<T>(QORNMalloc::MallocReal64(static_cast<int>(count)));
-  }
-}
 
 template <class M> void Invert(M &dst, const M &src) {
   using T = MatrixElement<M>;

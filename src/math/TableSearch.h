@@ -1,0 +1,117 @@
+// What the interpolators share: where values lie in a table, and what becomes of a table that has no points.
+#ifndef QORN_SRC_MATH_TABLESEARCH_H
+#define QORN_SRC_MATH_TABLESEARCH_H
+
+#include <algorithm>
+#include <limits>
+
+#include "Elementwise.h"
+#include "infra/Errors.h"
+
+namespace QORN::table {
+
+/// Values are looked up in blocks, whose indices then stay in the nearest cache.
+inline constexpr int kBlock = 256;
+
+/// Whether ordered(x[i], x[i+1]) holds for all neighbours.
+template <class T, class Ordered> bool AllNeighbours(const T *x, int n, Ordered ordered) {
+  constexpr int kStride = 64; // so that the compiler may compare many at once
+  int i = 0;
+  for (; i + kStride < n; i += kStride) {
+    int failures = 0;
+    for (int k = i; k < i + kStride; ++k) failures += ordered(x[k], x[k + 1]) ? 0 : 1;
+    if (failures != 0) return false;
+  }
+  for (; i + 1 < n; ++i) {
+    if (!ordered(x[i], x[i + 1])) return false;
+  }
+  return true;
+}
+
+template <class T> bool IsStrictlyAscending(const T *x, int n) {
+  return AllNeighbours(x, n, [](T a, T b) { return a < b; });
+}
+
+/// Whether there is a point to interpolate from and each point has its y.
+template <class V> bool HasPoints(const V &x, const V &y) {
+  return x.GetSize() > 0 && y.GetSize() >= x.GetSize();
+}
+
+/// All of yOut is not-a-number.
+template <class V> void SetNaN(V &yOut) {
+  using T = ElementOf<V>;
+  Kernels<T>::Set(std::numeric_limits<T>::quiet_NaN(), yOut.GetPtr(), yOut.GetSize());
+}
+
+/// The result of a table without points: an error as soon as there is a value to interpolate.
+template <class V> int Refuse(V &yOut) {
+  SetNaN(yOut);
+  return yOut.GetSize() > 0 ? errors::kInvalidParameter.code : 0;
+}
+
+/// Bisects for several values in step: the loads of one do not wait for those of another, and no branch
+/// depends on a value.
+template <int lanes, class T> void Bisect(const T *x, int n, const T *values, int first, int *index) {
+  int low[lanes] = {};
+  for (int length = n; length > 1;) {
+    const int half = length / 2;
+    for (int k = 0; k < lanes; ++k) low[k] += x[low[k] + half] > values[k] ? 0 : half;
+    length -= half;
+  }
+  for (int k = 0; k < lanes; ++k) index[k] = first + low[k];
+}
+
+/// index[j] = the largest i for which x[i] > values[j] is false, or 0 if there is none, for 0 <= j < count.
+/// x has n >= 1 elements, none of them greater than its successor and none after the first not-a-number.
+template <class T> void Find(const T *x, int n, const T *values, int count, int *index) {
+  constexpr int kLanes = 8;
+  int first = 0;
+  if (count >= kLanes && AllNeighbours(values, count, [](T a, T b) { return a <= b; })) {
+    int last = 0;
+    Bisect<1>(x, n, values, 0, &first);
+    Bisect<1>(x, n, values + count - 1, 0, &last);
+    if (last - first <= 4 * count) { // near enough to one another to walk
+      for (int j = 0, i = first; j < count; ++j) {
+        while (i < last && !(x[i + 1] > values[j])) ++i;
+        index[j] = i;
+      }
+      return;
+    }
+    n = last - first + 1;
+  }
+  int j = 0;
+  for (; j + kLanes <= count; j += kLanes) Bisect<kLanes>(x + first, n, values + j, first, index + j);
+  for (; j < count; ++j) Bisect<1>(x + first, n, values + j, first, index + j);
+}
+
+/// results[j] = at(values[j], i) with the i that find(values, count, indices) tells. results may be values.
+template <class T, class FindBlock, class At>
+void ForEach(const T *values, T *results, int n, FindBlock find, At at) {
+  int index[kBlock];
+  for (int first = 0; first < n; first += kBlock) {
+    const int count = std::min(kBlock, n - first);
+    find(values + first, count, index);
+    for (int j = 0; j < count; ++j) results[first + j] = at(values[first + j], index[j]);
+  }
+}
+
+/// index[j] = scan(values[j]): for tables whose order allows no other search.
+template <class Scan> auto Scanning(Scan scan) {
+  return [scan](const auto *values, int count, int *index) {
+    for (int j = 0; j < count; ++j) index[j] = scan(values[j]);
+  };
+}
+
+/// Runs the vector form for one value, with the two vectors of one element that the object keeps for it.
+template <class I, class V, class T>
+int InterpolateOne(I &interpolation, V &in, V &out, T &yOut, const V &x, const V &y, T xIn) {
+  in.Resize(1);
+  in[0] = xIn;
+  const int result = interpolation.Interpolate(out, x, y, in);
+  yOut = out[0];
+  return result;
+}
+
+} // namespace QORN::table
+
+#endif
