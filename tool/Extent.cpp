@@ -31,13 +31,13 @@ Extent ExtentOf(const ExtentOptions &options, const Recording &recording) {
 }
 
 void CheckHeld(const Extent &extent, const Recording &recording) {
-  const std::int64_t held = std::int64_t{recording.WholeFrames()} * recording.Reader().GetFFTPoints();
-  if (extent.start + extent.count > held)
-    throw DataError(
-        "recording " + Quoted(recording.Path()) + " is cut short: its header promises " +
-        Grouped(recording.Reader().GetNofValidFrames()) + " frames, the file holds " +
-        Grouped(recording.WholeFrames()) +
-        (held > extent.start ? " (--count " + std::to_string(held - extent.start) + " reads them)" : ""));
+  const SourceFacts &facts = recording.Source().Facts();
+  if (extent.start + extent.count > facts.held)
+    throw DataError("recording " + Quoted(recording.Path()) + " is cut short: its header promises " +
+                    facts.inHeader + ", the file holds " + facts.inFile +
+                    (facts.held > extent.start
+                         ? " (--count " + std::to_string(facts.held - extent.start) + " reads them)"
+                         : ""));
 }
 
 } // namespace tool

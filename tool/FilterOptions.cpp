@@ -36,7 +36,7 @@ class ParameterReader {
 public:
   ParameterReader(const FilterKind &kind, const FilterOptions &options) : m_kind(kind), m_options(options) {}
 
-  FilterParameters Read(const QORN::IQFReader *recording) {
+  FilterParameters Read(const Recording *recording) {
     FilterParameters p{};
     for (const auto &[option, name, text] : Given())
       if (!text->empty()) CheckTaken(option, name);
@@ -92,9 +92,9 @@ private:
   }
 
   // That of the recording, if there is one.
-  double Rate(const QORN::IQFReader *recording) const {
+  double Rate(const Recording *recording) const {
     if (recording == nullptr) return Frequency("--rate", m_options.rate);
-    const double rate = recording->GetSamplingFrequency();
+    const double rate = recording->Rate();
     constexpr double kSlack = 1e-6; // a rate from a header may be rounded
     if (!m_options.rate.empty() && std::fabs(Hertz("--rate", m_options.rate) / rate - 1.0) > kSlack)
       throw UsageError("--rate: " + Quoted(m_options.rate) + " is not the rate of the recording, which is " +
@@ -140,7 +140,7 @@ void AddFilterOptions(CLI::App &command, FilterOptions &options) {
 }
 
 FilterParameters ParametersOf(const FilterKind &kind, const FilterOptions &options,
-                              const QORN::IQFReader *recording) {
+                              const Recording *recording) {
   return ParameterReader(kind, options).Read(recording);
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "FilterKinds.h"
+#include "Recording.h"
 
 namespace tool {
 
@@ -29,7 +30,7 @@ void AddFilterOptions(CLI::App &command, FilterOptions &options);
 /// What the options say. The sampling rate is that of the recording, if there is one. Throws UsageError for
 /// an option that the kind does not take, for one that it needs, and for a value that makes no sense.
 FilterParameters ParametersOf(const FilterKind &kind, const FilterOptions &options,
-                              const QORN::IQFReader *recording);
+                              const Recording *recording);
 
 /// The taps of --taps-from, for the kinds that take them.
 QORN::VecCplx32 UserTapsOf(const FilterKind &kind, const FilterOptions &options);

@@ -31,13 +31,11 @@ double PowerUnder(const QORN::VecReal64 &mean) {
 
 Measurement Measure(const Recording &recording, const Setup &setup,
                     const std::function<void(std::int64_t)> &done) {
-  const QORN::IQFReader &reader = recording.Reader();
-
   Measurement result{};
   result.setup = setup;
-  result.recordedCentre = reader.GetCenterFrequency();
-  result.recordedSpan = reader.GetSpan();
-  result.rate = reader.GetSamplingFrequency();
+  result.recordedCentre = recording.Centre();
+  result.recordedSpan = recording.Span();
+  result.rate = recording.Rate();
   const double bin = result.rate / setup.block;
   const int points = setup.zoom ? setup.zoom->points : setup.block;
   result.centre = setup.zoom ? setup.zoom->centre : result.recordedCentre;
@@ -53,7 +51,7 @@ Measurement Measure(const Recording &recording, const Setup &setup,
       setup.zoom ? ZoomedSpectrum(*setup.window, setup.block, result.rate, points,
                                   result.FrequencyOf(0) - result.recordedCentre, result.spacing)
                  : WholeSpectrum(*setup.window, setup.block);
-  BlockStream stream(reader, setup.start, setup.count, setup.block);
+  BlockStream stream(recording, setup.start, setup.count, setup.block);
   QORN::VecCplx32 block;
   QORN::VecReal64 powers;
   result.mean.Resize(points);

@@ -44,7 +44,7 @@ CLI::Validator KnownWindow() {
 }
 
 void AddRecording(CLI::App &command, std::string &path) {
-  command.add_option("RECORDING", path, "IQF file")->required()->type_name("");
+  command.add_option("RECORDING", path, "IQF or XIQ file")->required()->type_name("");
 }
 
 double NumberOf(const std::string &argument, const std::string &text) {

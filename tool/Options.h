@@ -17,7 +17,7 @@ CLI::Validator WholeNumber(std::int64_t least, std::int64_t most = kNoLimit);
 /// The name of a window.
 CLI::Validator KnownWindow();
 
-/// The positional RECORDING, the path of an IQF file.
+/// The positional RECORDING, the path of an IQF or an XIQ file.
 void AddRecording(CLI::App &command, std::string &path);
 
 /// The finite number in decimal notation that text is: "1090", "-30", "+.5", "1e6". Throws UsageError with

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -17,152 +16,122 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kFrameBytes = 4120;
-constexpr int kMaxPoints = 1024;
-constexpr int kChunkFrames = 256;
-
-[[noreturn]] void Refuse(const std::string &path, const std::string &reason) {
-  throw DataError("recording " + Quoted(path) + " " + reason);
-}
-
-[[noreturn]] void RefuseForeign(const std::string &path, const std::string &reason) {
-  Refuse(path, "is not an IQF recording: " + reason);
-}
-
-// Looks at the beginning of the file before the library does: there are first characters that end the program
-// there, and a message that names the reason helps more than an error code.
-const std::string &Checked(const std::string &path) {
+// What can be told before anything is known of the format.
+const std::string &CheckedFile(const std::string &path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (!fs::exists(status)) Refuse(path, error ? "cannot be opened: " + error.message() : "does not exist");
-  if (fs::is_directory(status)) Refuse(path, "is a folder");
-  if (!fs::is_regular_file(status)) Refuse(path, "is not a regular file");
-  std::ifstream file(path, std::ios::binary);
-  if (!file) Refuse(path, std::string("cannot be opened: ") + std::strerror(errno));
-  const auto size = static_cast<std::int64_t>(fs::file_size(path, error));
-  if (error) Refuse(path, "cannot be opened: " + error.message());
-  if (size == 0) Refuse(path, "is empty");
-
-  const int digits = file.get() - '0';
-  if (digits < 1 || digits > 9) RefuseForeign(path, "it does not start with the length of a header");
-  std::string number(static_cast<std::size_t>(digits), '\0');
-  if (!file.read(number.data(), digits)) Refuse(path, "is cut short within the length of its header");
-  // As the library reads it: blanks before the digits and other characters behind them do not count.
-  char *end = nullptr;
-  const std::int64_t length = std::strtol(number.c_str(), &end, 10);
-  if (end == number.c_str() || length < 0)
-    RefuseForeign(path, "it does not start with the length of a header");
-  const std::int64_t held = size - 1 - digits;
-  // Only as much as tells a text from something else; a header is a few hundred bytes.
-  std::string text(static_cast<std::size_t>(std::min<std::int64_t>({length, held, 65536})), '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(std::min(text.find('\0'), text.size()));
-  for (const char c : text)
-    if ((static_cast<unsigned char>(c) < 0x20 && std::strchr("\r\n\t", c) == nullptr) || c == 0x7F)
-      RefuseForeign(path, "its header is not text");
-  if (held < length)
-    Refuse(path, "is cut short within its header: " + Grouped(held) + " of " + Grouped(length) + " bytes");
+  if (!fs::exists(status))
+    RefuseRecording(path, error ? "cannot be opened: " + error.message() : "does not exist");
+  if (fs::is_directory(status)) RefuseRecording(path, "is a folder");
+  if (!fs::is_regular_file(status)) RefuseRecording(path, "is not a regular file");
+  const std::ifstream file(path, std::ios::binary);
+  if (!file) RefuseRecording(path, std::string("cannot be opened: ") + std::strerror(errno));
+  if (BytesOf(path) == 0) RefuseRecording(path, "is empty");
   return path;
-}
-
-QORN::IQFReader Open(const std::string &path) {
-  try {
-    return QORN::IQFReader(Checked(path).c_str());
-  } catch (QORN::QORNException &e) {
-    if (e.GetErrorCode() == 11001) throw;
-    RefuseForeign(path, "its header has more than 50 entries");
-  }
 }
 
 } // namespace
 
-Recording::Recording(const std::string &path) : m_path(path), m_reader(Open(path)) {
+void RefuseRecording(const std::string &path, const std::string &reason) {
+  throw DataError("recording " + Quoted(path) + " " + reason);
+}
+
+std::int64_t BytesOf(const std::string &path) {
   std::error_code error;
   const auto size = static_cast<std::int64_t>(fs::file_size(path, error));
-  if (error) Refuse(path, "cannot be opened: " + error.message());
-  const std::int64_t held = std::max<std::int64_t>(size - m_reader.GetDataOffset(), 0) / kFrameBytes;
-  const std::int64_t promised = std::max(m_reader.GetNofValidFrames(), 0);
-  m_wholeFrames = static_cast<int>(std::min(held, promised));
-  m_hasFlatness = held > promised;
+  if (error) RefuseRecording(path, "cannot be opened: " + error.message());
+  return size;
 }
 
-std::int64_t Recording::Samples() const {
-  return std::int64_t{m_reader.GetNofValidFrames()} * m_reader.GetFFTPoints();
+void RecordingSource::CheckHeld(std::int64_t end) const {
+  if (BytesOf(m_path) < BytesTo(end)) RefuseRecording(m_path, "was cut short while it was read");
 }
+
+Recording::Recording(const std::string &path)
+    : m_source(LooksLikeXiq(CheckedFile(path)) ? OpenXiq(path) : OpenIqf(path)) {}
+
+Recording::Recording(const std::string &path, const RawFormat &raw)
+    : m_source(OpenRaw(CheckedFile(path), raw)) {}
 
 void Recording::CheckSignal() const {
-  char value[61];
-  const int points = m_reader.GetFFTPoints();
-  if (!m_reader.GetHeader("FFTPoints", value)) RefuseForeign(m_path, "its header has no entry FFTPoints");
-  if (points < 1 || points > kMaxPoints)
-    Refuse(m_path, "has a header with FFTPoints of " + Printable(value) + ", where 1 to 1024 fit a frame");
-  if (m_reader.GetNofValidFrames() < 1) Refuse(m_path, "has no frames: ValidFrames is below 1");
-  const double rate = m_reader.GetSamplingFrequency();
-  if (!(rate > 0.0 && rate < 1e15))
-    Refuse(m_path, "has no sampling rate: FrameLength is missing, zero or out of range");
-  if (!std::isfinite(m_reader.GetCenterFrequency()) || std::fabs(m_reader.GetCenterFrequency()) > 1e15)
-    Refuse(m_path, "has a CenterFrequency out of range");
-  const double volts = m_reader.GetScalingFactor();
-  if (!(volts > 1e-30 && volts < 1e15))
-    Refuse(m_path,
-           "has no usable level: the sum of MaxInputLevel, LevelOffset and GainOffset is out of range");
+  m_source->CheckSamples();
+  const SourceFacts &facts = Facts();
+  if (!(Rate() > 0.0 && Rate() < 1e15))
+    RefuseRecording(Path(), std::string("has no sampling rate: ") + facts.rateEntry +
+                                " is missing, zero or out of range");
+  if (!std::isfinite(Centre()) || std::fabs(Centre()) > 1e15)
+    RefuseRecording(Path(), std::string("has a ") + facts.centreEntry + " out of range");
+  if (!(Step() > 1e-30 && Step() < 1e15))
+    RefuseRecording(Path(), std::string("has no usable level: ") + facts.noLevel);
 }
 
 void Recording::CheckFinite(double sum) const {
-  if (!std::isfinite(sum))
-    Refuse(m_path, "has no finite samples: its levels, IOffset or QOffset are out of range");
+  if (std::isfinite(sum)) return;
+  RefuseRecording(Path(), Format() == tool::Format::kIqf
+                              ? "has no finite samples: its levels, IOffset or QOffset are out of range"
+                              : "has samples that are not finite numbers");
 }
 
-BlockStream::BlockStream(const QORN::IQFReader &reader, std::int64_t start, std::int64_t count, int points)
-    : m_reader(reader), m_points(points), m_left(count) {
-  const int perFrame = reader.GetFFTPoints();
-  m_nextFrame = static_cast<int>(start / perFrame);
-  m_position = static_cast<int>(start % perFrame);
-  m_framesLeft = count == 0 ? 0 : (start + count - 1) / perFrame - m_nextFrame + 1;
-  m_headers.resize(kChunkFrames);
+RecordingHead Recording::Head() const {
+  RecordingHead head;
+  head.rate = Rate();
+  head.centre = Centre();
+  head.span = std::isfinite(Span()) && Span() > 0.0 ? Span() : 0.0;
+  head.step = Step();
+  head.level = std::isfinite(Facts().level) ? Facts().level : 0.0;
+  const QORN::IQFReader *reader = m_source->Iqf();
+  if (reader == nullptr) return head;
+  head.framePoints = reader->GetFFTPoints();
+  char value[61];
+  for (const char *key : {"Title", "FFTPoints", "Bins", "CenterFrequency", "Span", "FrameLength",
+                          "UnitPeriod", "BlockSize", "MultiFrames"}) {
+    const bool replaced =
+        (m_rate > 0.0 && (std::strcmp(key, "FrameLength") == 0 || std::strcmp(key, "UnitPeriod") == 0)) ||
+        (m_hasCentre && std::strcmp(key, "CenterFrequency") == 0);
+    if (!replaced && reader->GetHeader(key, value)) head.entries.emplace_back(key, value);
+  }
+  if (!Facts().hasFlatness) return head;
+  QORN::FrameHeader header;
+  QORN::VecReal32 amplitude, phase;
+  reader->GetRawFlatness(&header, amplitude, phase);
+  for (int i = 0; i < amplitude.GetSize(); ++i)
+    head.flatness.emplace_back(static_cast<int>(amplitude[i]), static_cast<int>(phase[i]));
+  return head;
 }
+
+BlockStream::BlockStream(const Recording &recording, std::int64_t start, std::int64_t count, int points)
+    : m_source(recording.Source()), m_points(points), m_left(count), m_next(start), m_end(start + count) {}
 
 void BlockStream::ReadChunk() {
-  const int perFrame = m_reader.GetFFTPoints();
-  const auto frames = static_cast<int>(std::min<std::int64_t>(m_framesLeft, kChunkFrames));
-  m_reader.GetIQData(m_nextFrame, frames, m_headers.data(), m_chunk);
-  const auto isPolar = [](const QORN::FrameHeader &header) {
-    return header.polarMark1 == 0xFFFF && header.polarMark2 == 0xFFFF;
-  };
-  // One polar frame turns all samples of such a read into magnitudes and phases, so then each frame is read
-  // alone, and the polar ones by the call that turns them into samples.
-  const auto polar = std::count_if(m_headers.begin(), m_headers.begin() + frames, isPolar);
-  if (polar > 0) {
-    m_polarFrames += polar;
-    for (int f = 0; f < frames; ++f) {
-      QORN::FrameHeader &header = m_headers[static_cast<std::size_t>(f)];
-      if (isPolar(header))
-        m_reader.GetIQData2(m_nextFrame + f, 1, &header, m_frame);
-      else
-        m_reader.GetIQData(m_nextFrame + f, 1, &header, m_frame);
-      QORN::TargetLib::Copy_32fc(m_frame.GetPtr(), m_chunk.GetPtr(f * perFrame), perFrame);
-    }
-  }
-  m_nextFrame += frames;
-  m_framesLeft -= frames;
+  const int chunk = m_source.ChunkSamples();
+  const auto count = static_cast<int>(std::min<std::int64_t>(chunk - m_next % chunk, m_end - m_next));
+  m_polarFrames += m_source.Read(m_next, count, m_chunk);
+  m_source.CheckHeld(m_next + count);
+  m_next += count;
+  m_position = 0;
 }
 
-bool BlockStream::Next(QORN::VecCplx32 &block) {
-  if (m_left < m_points) return false;
-  block.Resize(m_points);
-  for (int filled = 0; filled < m_points;) {
-    if (m_chunk.GetSize() == 0) {
-      ReadChunk();
-    } else if (m_position >= m_chunk.GetSize()) {
-      m_position = 0;
-      ReadChunk();
-    }
-    const int part = std::min(m_points - filled, m_chunk.GetSize() - m_position);
+void BlockStream::Take(QORN::VecCplx32 &block, int count) {
+  block.Resize(count);
+  for (int filled = 0; filled < count;) {
+    if (m_position >= m_chunk.GetSize()) ReadChunk();
+    const int part = std::min(count - filled, m_chunk.GetSize() - m_position);
     QORN::TargetLib::Copy_32fc(m_chunk.GetPtr(m_position), block.GetPtr(filled), part);
     filled += part;
     m_position += part;
   }
-  m_left -= m_points;
+  m_left -= count;
+}
+
+bool BlockStream::Next(QORN::VecCplx32 &block) {
+  if (m_left < m_points) return false;
+  Take(block, m_points);
+  return true;
+}
+
+bool BlockStream::NextOrRest(QORN::VecCplx32 &block) {
+  if (m_left == 0) return false;
+  Take(block, static_cast<int>(std::min<std::int64_t>(m_left, m_points)));
   return true;
 }
 

@@ -194,6 +194,14 @@ std::string XiqHeader(const RecordingHead &head) {
 
 } // namespace
 
+double StepFor(Format format, double peak) {
+  if (format == Format::kCf32) return 1.0;
+  if (format != Format::kXiq) return peak / FactsOf(format).highest;
+  int exponent = 0;
+  std::frexp(peak, &exponent);
+  return std::ldexp(1.0, exponent - 31);
+}
+
 std::unique_ptr<RecordingWriter> MakeRecordingWriter(Format format, std::ostream &out,
                                                      const RecordingHead &head) {
   constexpr std::int64_t kMost = std::numeric_limits<int>::max();

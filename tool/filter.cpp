@@ -54,26 +54,30 @@ void RunOne(const Options &options) {
     extent = ExtentOf(options, *recording);
     CheckHeld(extent, *recording);
   }
-  const FilterParameters parameters =
-      ParametersOf(kind, options.filter, recording ? &recording->Reader() : nullptr);
+  const FilterParameters parameters = ParametersOf(kind, options.filter, recording ? &*recording : nullptr);
   const QORN::VecCplx32 userTaps = UserTapsOf(kind, options.filter);
   OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}, {"--out", options.out}},
                     options.recording);
   const FilterFigures figures = FiguresOf(DesignOf(kind, parameters, userTaps));
   std::optional<FilteredRecording> filtered;
-  files.Write({[&](std::ostream &out) { WriteSvg(out, figures); },
-               [&](std::ostream &out) { WriteCsv(out, figures); },
-               [&](std::ostream &out) {
-                 Progress progress(2 * extent.count);
-                 filtered = WriteFiltered(out, *recording, extent, figures.design,
-                                          [&](std::int64_t done) { progress.Update(done); });
-               }});
+  files.Write(
+      {[&](std::ostream &out) { WriteSvg(out, figures); }, [&](std::ostream &out) { WriteCsv(out, figures); },
+       [&](std::ostream &out) {
+         Progress progress(2 * extent.count);
+         filtered = WriteFiltered(out, FormatOfPath(options.out).value_or(recording->Format()), *recording,
+                                  extent, figures.design, [&](std::int64_t done) { progress.Update(done); });
+       }});
   if (options.json) {
     nlohmann::ordered_json report = JsonOf(figures);
-    if (filtered)
-      report["filtered"] = {{"recording", options.out},   {"samples", filtered->samples},
-                            {"frames", filtered->frames}, {"advance_samples", filtered->advance},
-                            {"peak_v", filtered->peak},   {"volts_per_step", filtered->step}};
+    if (filtered) {
+      nlohmann::ordered_json &part = report["filtered"];
+      part["recording"] = options.out;
+      part["samples"] = filtered->samples;
+      if (filtered->frames > 0) part["frames"] = filtered->frames;
+      part["advance_samples"] = filtered->advance;
+      part["peak_v"] = filtered->peak;
+      part["volts_per_step"] = filtered->step;
+    }
     // A path need not be valid UTF-8, JSON must.
     std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
     return;
@@ -116,9 +120,9 @@ void AddFilter(CLI::App &app) {
     command->add_option(name, value, help)->type_name(type);
   };
   AddFilterType(*command, options->filter);
-  text("RECORDING", options->recording, "", "IQF file to filter");
+  text("RECORDING", options->recording, "", "IQF or XIQ file to filter");
   AddFilterOptions(*command, options->filter);
-  text("--out", options->out, "FILE", "write the filtered recording");
+  text("--out", options->out, "FILE", "write the filtered recording, its format by name");
   AddExtentOptions(*command, *options);
   text("--svg", options->svg, "FILE", "write a picture");
   text("--csv", options->csv, "FILE", "write the taps as a table");

@@ -33,10 +33,10 @@ struct Options : MeasurementOptions {
 std::string Hertz(double value) { return Significant(value, 12) + " Hz"; }
 
 // The part of the spectrum that is asked for. Its frequencies are those of the report of the whole.
-Zoom ZoomOf(const Options &options, const QORN::IQFReader &reader) {
-  const double rate = reader.GetSamplingFrequency();
-  const double low = reader.GetCenterFrequency() - 0.5 * rate;
-  const double high = reader.GetCenterFrequency() + 0.5 * rate;
+Zoom ZoomOf(const Options &options, const Recording &recording) {
+  const double rate = recording.Rate();
+  const double low = recording.Centre() - 0.5 * rate;
+  const double high = recording.Centre() + 0.5 * rate;
   const std::string recorded = "the recording, which has " + Hertz(low) + " to " + Hertz(high);
   Zoom zoom{};
   zoom.centre = NumberOf("--centre", options.centre);
@@ -55,10 +55,10 @@ int Limited(double wanted, double least, double most) {
   return static_cast<int>(std::clamp(std::ceil(wanted - 1e-6), least, most));
 }
 
-void Plan(Setup &setup, const Options &options, const QORN::IQFReader &reader) {
-  Zoom zoom = ZoomOf(options, reader);
+void Plan(Setup &setup, const Options &options, const Recording &recording) {
+  Zoom zoom = ZoomOf(options, recording);
   // A block of n samples has n bins over the sampling rate, so this many over the span.
-  const double share = zoom.span / reader.GetSamplingFrequency();
+  const double share = zoom.span / recording.Rate();
   zoom.points = options.points.value_or(
       options.samples ? Limited(kPointsPerBin * share * *options.samples + 1.0, kDefaultPoints, kMaxPoints)
                       : kDefaultPoints);
@@ -74,7 +74,7 @@ void Plan(Setup &setup, const Options &options, const QORN::IQFReader &reader) {
                      Significant(needed, 12) + " or more are needed for blocks of " +
                      std::to_string(setup.block) + " samples");
   // Frequencies are doubles, and points must stay apart in them.
-  if (zoom.span / (zoom.points - 1) < 1e-13 * (std::fabs(zoom.centre) + reader.GetSamplingFrequency()))
+  if (zoom.span / (zoom.points - 1) < 1e-13 * (std::fabs(zoom.centre) + recording.Rate()))
     throw UsageError("--span: " + Hertz(zoom.span) + " is too narrow for " + std::to_string(zoom.points) +
                      " points");
   setup.zoom = zoom;
@@ -102,9 +102,8 @@ void AddZoom(CLI::App &app) {
                   "HZ is a frequency as qorn spectrum reports it. More samples in a block tell\n"
                   "finer lines apart. dBm is power into 50 ohm; dBV and V are a tone's amplitude.");
   command->callback([options] {
-    RunMeasurement(*options, [&](Setup &setup, const Recording &recording) {
-      Plan(setup, *options, recording.Reader());
-    });
+    RunMeasurement(*options,
+                   [&](Setup &setup, const Recording &recording) { Plan(setup, *options, recording); });
   });
 }
 

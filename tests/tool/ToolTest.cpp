@@ -439,13 +439,14 @@ TEST_F(Tool, Recording_ThatIsNone_ExitsWithOneAndSaysWhy) {
     fails(pipe, "is not a regular file");
     fails(folder / "", "is a folder");
     fails(Save(""), "is empty");
-    const std::string noLength = "is not an IQF recording: it does not start with the length of a header";
+    const std::string foreign = "is neither an IQF nor an XIQ recording, by its first bytes";
     // The library ends the program at a first character above '9'.
     for (const std::string &bytes :
          {std::string("A"), std::string(":10"), std::string("RIFFxxxxWAVE"), std::string("0"),
           std::string("\x89PNG\r\n\x1A\n"), std::string(100, '\0'), std::string("\xFF\xD8\xFF\xE0"),
-          std::string("{\"a\": 1}"), std::string("3a00")})
-      fails(Save(bytes), noLength);
+          std::string("{\"a\": 1}"), std::string("<?xml version=\"1.0\"?>\n<DataFile offset=\"0100\">")})
+      fails(Save(bytes), foreign);
+    fails(Save("3a00"), "is not an IQF recording: it does not start with the length of a header");
     fails(Save("3"), "is cut short within the length of its header");
     fails(Save("9999999999"), "is cut short within its header: 0 of 999 999 999 bytes");
     fails(Save("3243FFT"), "is cut short within its header: 3 of 243 bytes");
