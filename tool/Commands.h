@@ -7,6 +7,7 @@
 namespace tool {
 
 void AddFilter(CLI::App &app);
+void AddGenerate(CLI::App &app);
 void AddInfo(CLI::App &app);
 void AddSpectrum(CLI::App &app);
 void AddUnits(CLI::App &app);

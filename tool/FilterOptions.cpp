@@ -21,15 +21,9 @@ CLI::Validator KnownFilter() {
           "", ""};
 }
 
-double Within(const std::string &option, const std::string &text, double least, double most) {
-  const double value = NumberOf(option, text);
-  if (value < least || value > most)
-    throw UsageError(option + ": " + Quoted(text) + " is not from " + Significant(least, 6) + " to " +
-                     Significant(most, 6));
-  return value;
+double Hertz(const std::string &option, const std::string &text) {
+  return NumberWithin(option, text, 1e-3, 1e12);
 }
-
-double Hertz(const std::string &option, const std::string &text) { return Within(option, text, 1e-3, 1e12); }
 
 // The options that a kind takes, read; those that it does not take are refused, and so are gaps.
 class ParameterReader {
@@ -52,8 +46,8 @@ public:
       p.shape = Frequency("--high", m_options.high);
     }
     if (m_kind.Takes(kRolloff))
-      p.shape = Within("--rolloff", Needed("--rolloff", m_options.rolloff), 0.0, 1.0);
-    if (m_kind.Takes(kBt)) p.shape = Within("--bt", Needed("--bt", m_options.bt), 0.01, 10.0);
+      p.shape = NumberWithin("--rolloff", Needed("--rolloff", m_options.rolloff), 0.0, 1.0);
+    if (m_kind.Takes(kBt)) p.shape = NumberWithin("--bt", Needed("--bt", m_options.bt), 0.01, 10.0);
     p.taps = m_options.taps.value_or(0);
     return p;
   }

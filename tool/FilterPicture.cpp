@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Axis.h"
+#include "Panel.h"
 #include "Svg.h"
 #include "Text.h"
 
@@ -33,8 +34,6 @@ constexpr char kStyles[] =
     "    .zero { stroke: #888; stroke-width: 1; fill: none }\n"
     "    .limit { stroke: #b3261e; stroke-width: 1; stroke-dasharray: 5 3; fill: none }\n"
     "    .edge { stroke: #2e7d32; stroke-width: 1; stroke-dasharray: 2 3; fill: none }\n"
-    "    .name { font-size: 13px; font-weight: bold }\n"
-    "    .tick { font-size: 11px }\n"
     "    .level { fill: #b3261e; font-size: 11px; font-weight: bold;\n"
     "             paint-order: stroke; stroke: #fff; stroke-width: 3px }\n";
 
@@ -76,28 +75,6 @@ private:
     passHigh = std::min(last, f.width6dB.high + margin);
   }
 
-  void DrawGrid(const Box &box, const char *heading, const Scale &x, double xUnit, const std::string &xLabel,
-                const Scale &y, double yStep, const std::string &yLabel, double yUnit = 1.0) {
-    svg.Text(box.left, box.top - 10, "class=\"name\"", heading);
-    svg.Text(box.right, box.top - 10, "class=\"quiet tick\" text-anchor=\"end\"", yLabel);
-    for (const Tick &tick : Ticks(x.low, x.high, RoundStep(x.high - x.low, 7), xUnit)) {
-      svg.Line("grid", x(tick.value), box.top, x(tick.value), box.bottom);
-      svg.Text(x(tick.value), box.bottom + 15, "class=\"tick\" text-anchor=\"middle\"", tick.label);
-    }
-    svg.Text(0.5 * (box.left + box.right), box.bottom + 32, "class=\"quiet\" text-anchor=\"middle\"", xLabel);
-    for (const Tick &tick : Ticks(y.low, y.high, yStep, yUnit)) {
-      svg.Line("grid", box.left, y(tick.value), box.right, y(tick.value));
-      svg.Text(box.left - 6, y(tick.value) + 4, "class=\"tick\" text-anchor=\"end\"", tick.label);
-    }
-  }
-
-  void DrawFrequencyGrid(const Box &box, const char *heading, const Scale &x, const Scale &y, double yStep,
-                         const std::string &yLabel) {
-    const Prefix prefix = PrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)));
-    DrawGrid(box, heading, x, prefix.factor, std::string("Frequency (") + prefix.letter + "Hz)", y, yStep,
-             yLabel);
-  }
-
   void DrawTaps() {
     const auto &taps = f.design.taps;
     double least = 0.0;
@@ -116,8 +93,8 @@ private:
     const Scale x = {-0.5, last + 0.5, kTaps.left, kTaps.right};
     const Scale y = {least < 0.0 ? least - margin : 0.0, most > 0.0 ? most + margin : 0.0, kTaps.bottom,
                      kTaps.top};
-    DrawGrid(kTaps, f.design.kind->isStep ? "Taps: the step response" : "Taps: the impulse response", x, 1.0,
-             "Tap", y, RoundStep(y.high - y.low, 6),
+    DrawGrid(svg, kTaps, f.design.kind->isStep ? "Taps: the step response" : "Taps: the impulse response", x,
+             1.0, "Tap", y, RoundStep(y.high - y.low, 6),
              (f.design.isComplex ? "real blue, imaginary orange " : "") + unit, std::pow(10.0, power));
     svg.Line("zero", kTaps.left, y(0.0), kTaps.right, y(0.0));
     if (f.design.isComplex)
@@ -150,7 +127,7 @@ private:
     const double floor = 20.0 * std::floor((std::max(stop, top - 140.0) - 30.0) / 20.0);
     const double step = RoundStep(top - floor, 6);
     const Scale y = {floor, top + 0.06 * (top - floor), kResponse.bottom, kResponse.top};
-    DrawFrequencyGrid(kResponse, f.design.kind->isStep ? "Gain of the pulse" : "Gain", x, y, step, "dB");
+    DrawFrequencyGrid(svg, kResponse, f.design.kind->isStep ? "Gain of the pulse" : "Gain", x, y, step, "dB");
     svg.BeginClip(kResponse);
     DrawCurve(x, y, Shown(x), [&](std::size_t i) { return std::max(Level(f.gain[i]), floor - 10.0); });
     if (f.stopGain) {
@@ -181,31 +158,16 @@ private:
   template <class Value>
   void DrawCurve(const Scale &x, const Scale &y, const std::pair<std::size_t, std::size_t> &range,
                  const Value &value) {
-    const auto [from, to] = range;
-    // Where several points share half a pixel, the lowest and the highest of them are enough.
-    const auto group = std::max<std::size_t>(1, (to - from) / 800);
-    std::vector<Point> points;
-    for (std::size_t i = from; i <= to; i += group) {
-      const std::size_t end = std::min(i + group, to + 1);
-      std::size_t least = i;
-      std::size_t most = i;
-      for (std::size_t k = i; k < end; ++k) {
-        if (value(k) < value(least)) least = k;
-        if (value(k) > value(most)) most = k;
-      }
-      for (const std::size_t k : {std::min(least, most), std::max(least, most)}) {
-        points.push_back({x(f.FrequencyOf(k)), y(value(k))});
-        if (least == most) break;
-      }
-    }
-    svg.Trace("curve", points);
+    svg.Trace("curve", Thinned(range.first, range.second, [&](std::size_t i) {
+                return Point{x(f.FrequencyOf(i)), y(value(i))};
+              }));
   }
 
   void DrawPassBand() {
     const Scale x = {passLow, passHigh, kPassBand.left, kPassBand.right};
     const double top = Level(*std::max_element(f.gain.begin(), f.gain.end()) / f.passGain);
     const Scale y = {-10.0, std::max(1.0, std::ceil(top + 0.3)), kPassBand.bottom, kPassBand.top};
-    DrawFrequencyGrid(kPassBand, "Pass band", x, y, 1.0, "dB");
+    DrawFrequencyGrid(svg, kPassBand, "Pass band", x, y, 1.0, "dB");
     svg.BeginClip(kPassBand);
     DrawCurve(x, y, Shown(x), [&](std::size_t i) { return std::max(Level(f.gain[i] / f.passGain), -12.0); });
     svg.EndClip();
@@ -229,7 +191,7 @@ private:
     const double middle = 0.5 * (f.delays.low + f.delays.high);
     const double half = std::max(0.75 * f.delays.Width(), 1.0);
     const Scale y = {middle - half, middle + half, kDelay.bottom, kDelay.top};
-    DrawFrequencyGrid(kDelay, "Group delay", x, y, RoundStep(2.0 * half, 8), "samples");
+    DrawFrequencyGrid(svg, kDelay, "Group delay", x, y, RoundStep(2.0 * half, 8), "samples");
     // Around nulls of the gain, the delay of what is not there would only distract.
     auto [from, to] = Shown(x);
     const auto middlePoint = static_cast<std::size_t>(std::lround((f.passFrequency - f.first) / f.spacing));

@@ -55,6 +55,14 @@ double NumberOf(const std::string &argument, const std::string &text) {
   return *value;
 }
 
+double NumberWithin(const std::string &argument, const std::string &text, double least, double most) {
+  const double value = NumberOf(argument, text);
+  if (value < least || value > most)
+    throw UsageError(argument + ": " + Quoted(text) + " is not from " + Significant(least, 6) + " to " +
+                     Significant(most, 6));
+  return value;
+}
+
 std::string Wrapped(const std::string &names, std::size_t indent) {
   constexpr std::size_t kColumns = 79; // and one for what follows the last
   std::string wrapped = names;

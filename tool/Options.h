@@ -24,6 +24,9 @@ void AddRecording(CLI::App &command, std::string &path);
 /// the name of the argument if it is none.
 double NumberOf(const std::string &argument, const std::string &text);
 
+/// The same from least to most.
+double NumberWithin(const std::string &argument, const std::string &text, double least, double most);
+
 /// Names with commas between, broken after a comma so that each line stays within 80 columns; the first
 /// follows a text of `indent` columns.
 std::string Wrapped(const std::string &names, std::size_t indent);

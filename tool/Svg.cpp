@@ -10,6 +10,8 @@ constexpr char kStyles[] =
     "    text { font-family: 'DejaVu Sans', 'Segoe UI', Helvetica, Arial, sans-serif; font-size: 12px; fill: "
     "#222 }\n"
     "    .title { font-size: 17px; font-weight: bold }\n"
+    "    .name { font-size: 13px; font-weight: bold }\n"
+    "    .tick { font-size: 11px }\n"
     "    .quiet { fill: #555 }\n"
     "    .grid { stroke: #dcdcdc; stroke-width: 1; fill: none }\n"
     "    .frame { stroke: #444; stroke-width: 1; fill: none }\n"
@@ -62,6 +64,19 @@ std::string Number(double value) {
 
 std::string Pair(const Point &point) { return Number(point.x).append(" ").append(Number(point.y)); }
 
+std::string Base64(const std::string &bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    unsigned group = 0;
+    for (std::size_t k = 0; k < 3; ++k)
+      group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+    for (std::size_t k = 0; k < 4; ++k)
+      text += i + k > bytes.size() ? '=' : kDigits[group >> (18 - 6 * k) & 63U];
+  }
+  return text;
+}
+
 std::ostream &operator<<(std::ostream &out, const Box &box) {
   return out << "x=\"" << Number(box.left) << "\" y=\"" << Number(box.top) << "\" width=\""
              << Number(box.right - box.left) << "\" height=\"" << Number(box.bottom - box.top) << '"';
@@ -93,6 +108,11 @@ void Svg::Line(const char *style, double x1, double y1, double x2, double y2) {
 
 void Svg::Rectangle(const char *style, const Box &box) {
   m_out << "  <rect class=\"" << style << "\" " << box << "/>\n";
+}
+
+void Svg::Image(const Box &box, const std::string &png) {
+  m_out << "  <image " << box << " preserveAspectRatio=\"none\" href=\"data:image/png;base64," << Base64(png)
+        << "\"/>\n";
 }
 
 void Svg::Trace(const std::string &style, const std::vector<Point> &points) {

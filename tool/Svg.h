@@ -17,7 +17,7 @@ struct Box {
 };
 
 /// A document that is written as it is drawn. A style is the name of one or several of its CSS classes:
-/// title, quiet, grid, frame and trace, and those that the picture adds.
+/// title, name, tick, quiet, grid, frame and trace, and those that the picture adds.
 class Svg {
 public:
   /// styles: lines of CSS for the picture's own classes.
@@ -28,6 +28,9 @@ public:
   void TextUpwards(double x, double y, const std::string &text);
   void Line(const char *style, double x1, double y1, double x2, double y2);
   void Rectangle(const char *style, const Box &box);
+
+  /// The bytes of a PNG file, stretched to the box.
+  void Image(const Box &box, const std::string &png);
   void Trace(const std::string &style, const std::vector<Point> &points);
 
   /// d is the data of the path behind its start.

@@ -22,8 +22,6 @@ constexpr double kRow = 20.0;    // of the table
 constexpr char kStyles[] = "    .weights { fill: #1c4f9c; fill-opacity: 0.12; stroke: #1c4f9c }\n"
                            "    .response { stroke: #1c4f9c; stroke-width: 1.1 }\n"
                            "    .sidelobe { stroke: #b3261e; stroke-width: 1; stroke-dasharray: 5 3 }\n"
-                           "    .name { font-size: 13px; font-weight: bold }\n"
-                           "    .tick { font-size: 11px }\n"
                            "    .level { fill: #b3261e; font-size: 11px; font-weight: bold;\n"
                            "             paint-order: stroke; stroke: #fff; stroke-width: 3px }\n";
 

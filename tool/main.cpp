@@ -23,7 +23,8 @@ int Fail(int status, std::string message) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App app("Measures and filters recorded IQ files, and knows filters, windows and units.", "qorn");
+  CLI::App app("Measures, filters and makes recorded IQ files, and knows filters, windows and units.",
+               "qorn");
   app.set_version_flag("--version", "qorn " QORN_VERSION_STRING);
   app.require_subcommand(1);
   app.get_formatter()->column_width(24);
@@ -31,6 +32,7 @@ int Run(int argc, char **argv) {
   tool::AddSpectrum(app);
   tool::AddZoom(app);
   tool::AddFilter(app);
+  tool::AddGenerate(app);
   tool::AddWindows(app);
   tool::AddUnits(app);
   std::vector<std::string> commands;
