@@ -76,6 +76,7 @@
 #include "qorn/dsp/WindowFactory.h"
 
 #include "qorn/utils/IQFReader.h"
+#include "qorn/utils/UnitTestRecorder.h"
 #include "qorn/utils/XIQReader.h"
 
 #endif
