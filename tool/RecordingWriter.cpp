@@ -195,7 +195,7 @@ std::string XiqHeader(const RecordingHead &head) {
 } // namespace
 
 double StepFor(Format format, double peak) {
-  if (format == Format::kCf32) return 1.0;
+  if (format == Format::kCf32 || !(peak > 0.0)) return 1.0;
   if (format != Format::kXiq) return peak / FactsOf(format).highest;
   int exponent = 0;
   std::frexp(peak, &exponent);

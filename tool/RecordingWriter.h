@@ -53,8 +53,8 @@ protected:
   std::int64_t m_saturated = 0;
 };
 
-/// The volts of a step at which values up to peak just fit the format: those of 1 for floats, and a power of
-/// two for XIQ, so that what were floats before are kept as they are.
+/// The volts of a step at which values up to peak just fit the format: 1 for floats and for silence, and a
+/// power of two for XIQ, so that what were floats before are kept as they are.
 double StepFor(Format format, double peak);
 
 /// A writer of the format; the header is written at once. out must outlive it. Throws DataError if the format

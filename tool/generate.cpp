@@ -81,15 +81,6 @@ SignalFigures Examine(const SignalParameters &parameters, bool sheet, Progress &
   return figures;
 }
 
-// The volts of a step by which the largest part just fits. In XIQ a power of two with as many bits as a float
-// has and some more, so that most floats come back as they were.
-double StepFor(Format format, double largest) {
-  if (format == Format::kCf32) return 1.0;
-  if (!(largest > 0.0)) return 1e-6;
-  if (format == Format::kXiq) return std::exp2(std::ceil(std::log2(largest)) - 30.0);
-  return largest / FactsOf(format).highest;
-}
-
 void WriteRecording(std::ostream &out, const SignalParameters &parameters, Format format,
                     const RecordingHead &head, Progress &progress) {
   const std::unique_ptr<RecordingWriter> writer = MakeRecordingWriter(format, out, head);
