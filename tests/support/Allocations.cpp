@@ -9,11 +9,12 @@ namespace {
 long count = 0;
 std::size_t latest = 0;
 std::size_t limit = std::numeric_limits<std::size_t>::max();
+long lastServed = std::numeric_limits<long>::max();
 
 void *Allocate(std::size_t bytes, std::size_t alignment) {
   ++count;
   latest = bytes;
-  if (bytes > limit) return nullptr;
+  if (bytes > limit || count > lastServed) return nullptr;
   void *block = nullptr;
   const std::size_t least = alignment < sizeof(void *) ? sizeof(void *) : alignment;
   return posix_memalign(&block, least, bytes == 0 ? 1 : bytes) == 0 ? block : nullptr;
@@ -64,5 +65,7 @@ long AllocationCount() { return count; }
 std::size_t LatestRequest() { return latest; }
 AllocationLimit::AllocationLimit(std::size_t bytes) { limit = bytes; }
 AllocationLimit::~AllocationLimit() { limit = std::numeric_limits<std::size_t>::max(); }
+AllocationBudget::AllocationBudget(long served) { lastServed = count + served; }
+AllocationBudget::~AllocationBudget() { lastServed = std::numeric_limits<long>::max(); }
 
 } // namespace QORN::test

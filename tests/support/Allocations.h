@@ -22,6 +22,15 @@ public:
   AllocationLimit &operator=(const AllocationLimit &) = delete;
 };
 
+/// While it lives, the next `served` requests are served and all after them counted and refused.
+class AllocationBudget {
+public:
+  explicit AllocationBudget(long served);
+  ~AllocationBudget();
+  AllocationBudget(const AllocationBudget &) = delete;
+  AllocationBudget &operator=(const AllocationBudget &) = delete;
+};
+
 } // namespace QORN::test
 
 #endif
