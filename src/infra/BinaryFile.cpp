@@ -14,6 +14,17 @@ static_assert(sizeof(off_t) == 8, "files are larger than 2 GiB");
 
 namespace {
 
+int FlagsOf(BinaryFile::Mode mode) {
+  switch (mode) {
+  case BinaryFile::Mode::kReplace:
+    return O_WRONLY | O_CREAT | O_TRUNC;
+  case BinaryFile::Mode::kScratch:
+    return O_RDWR | O_CREAT | O_TRUNC;
+  default:
+    return O_RDONLY;
+  }
+}
+
 // Moves `bytes` bytes by as many calls of transfer(done, rest) as it takes, and returns how far it came.
 template <class Transfer> std::size_t Repeat(std::size_t bytes, Transfer transfer) {
   std::size_t done = 0;
@@ -29,9 +40,8 @@ template <class Transfer> std::size_t Repeat(std::size_t bytes, Transfer transfe
 } // namespace
 
 BinaryFile::BinaryFile(const char *path, Mode mode, const char *module, long line) : m_descriptor(-1) {
-  const int flags = mode == Mode::kRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
   if (path != nullptr) {
-    do m_descriptor = open(path, flags | O_CLOEXEC, 0666);
+    do m_descriptor = open(path, FlagsOf(mode) | O_CLOEXEC, 0666);
     while (m_descriptor < 0 && errno == EINTR);
   }
   struct stat status;
@@ -54,6 +64,14 @@ std::int64_t BinaryFile::Size() const {
   return fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
 }
 
+bool BinaryFile::Resize(std::int64_t bytes) const { return ftruncate(m_descriptor, bytes) == 0; }
+
+bool BinaryFile::IsAt(const char *path) const {
+  struct stat here, there;
+  return m_regular && fstat(m_descriptor, &here) == 0 && stat(path, &there) == 0 &&
+         here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
 std::size_t BinaryFile::Read(void *dst, std::size_t bytes) const {
   return Repeat(bytes, [&](std::size_t done, std::size_t rest) {
     return read(m_descriptor, static_cast<char *>(dst) + done, rest);
@@ -71,6 +89,13 @@ bool BinaryFile::Skip(std::int64_t bytes) const { return lseek(m_descriptor, byt
 bool BinaryFile::Write(const void *src, std::size_t bytes) const {
   return bytes == Repeat(bytes, [&](std::size_t done, std::size_t rest) {
            return write(m_descriptor, static_cast<const char *>(src) + done, rest);
+         });
+}
+
+bool BinaryFile::WriteAt(std::int64_t position, const void *src, std::size_t bytes) const {
+  return bytes == Repeat(bytes, [&](std::size_t done, std::size_t rest) {
+           return pwrite(m_descriptor, static_cast<const char *>(src) + done, rest,
+                         position + static_cast<off_t>(done));
          });
 }
 

@@ -11,7 +11,11 @@ namespace QORN {
 /// carried on.
 class BinaryFile {
 public:
-  enum class Mode { kRead, kReplace };
+  enum class Mode {
+    kRead,
+    kReplace, ///< for writing, empty at first
+    kScratch  ///< for reading and writing, empty at first
+  };
 
   /// Opens the file; throws 13001 of the module whose path literal is given if that fails or path is null or
   /// a folder.
@@ -30,6 +34,12 @@ public:
   /// Bytes of a regular file, now.
   std::int64_t Size() const;
 
+  /// Cuts the file or extends it by zeros, which take no room on the disk; false if it cannot have that size.
+  bool Resize(std::int64_t bytes) const;
+
+  /// True if path names the file that is open, and that file is one of the disk.
+  bool IsAt(const char *path) const;
+
   /// Reads up to `bytes` bytes from where the last call ended and returns how many there were.
   std::size_t Read(void *dst, std::size_t bytes) const;
 
@@ -42,6 +52,9 @@ public:
 
   /// True if all bytes were taken.
   bool Write(const void *src, std::size_t bytes) const;
+
+  /// The same at `position`, past the end as well.
+  bool WriteAt(std::int64_t position, const void *src, std::size_t bytes) const;
 
   /// Closes the file; false if something that was written is lost.
   bool Close();
