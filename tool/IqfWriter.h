@@ -1,5 +1,4 @@
-// Writing recordings in the IQF format. Of the standard library alone, so that a program without QORN may use
-// it.
+// Writing recordings in the IQF format.
 #ifndef QORN_TOOL_IQFWRITER_H
 #define QORN_TOOL_IQFWRITER_H
 

@@ -72,9 +72,9 @@ const std::array<NumberOption, kNumberCount> kNumbers = {{
      &P::frequency},
     {"--mod-frequency",
      "HZ",
-     "of am, fm, pm, rate/1e7 to rate/2 (rate/1000)",
+     "of am, fm, pm, rate/2^24 to rate/2 (rate/1000)",
      kModulation,
-     {1e-7, Of::kRate},
+     {1.0 / (1 << 24), Of::kRate},
      {0.5, Of::kRate},
      {1e-3, Of::kRate},
      &P::modFrequency},
@@ -106,7 +106,7 @@ const std::array<NumberOption, kNumberCount> kNumbers = {{
     {"--rolloff", "R", "of psk and qam, 0 to 1 (0.22)", kShaping, {0.0}, {1.0}, {0.22}, &P::rolloff},
     {"--width",
      "S",
-     "of pulses, 1 to 2^24 samples (200)",
+     "of pulses, 1 to 2^22 samples (200)",
      kPulses,
      {1.0, Of::kSample},
      {kMostSamples, Of::kSample},
@@ -114,7 +114,7 @@ const std::array<NumberOption, kNumberCount> kNumbers = {{
      &P::width},
     {"--period",
      "S",
-     "of pulses, 1 to 2^24 samples (2000)",
+     "of pulses, 1 to 2^22 samples (2000)",
      kPulses,
      {1.0, Of::kSample},
      {kMostSamples, Of::kSample},
@@ -132,7 +132,7 @@ const std::array<NumberOption, kNumberCount> kNumbers = {{
      "HZ",
      "of 80211a, 64 carriers, 1000 to rate (20e6)",
      kFrame,
-     {1e-5, Of::kRate, 1000.0},
+     {1.0 / 131072.0, Of::kRate, 1000.0},
      {1.0, Of::kRate},
      {20e6},
      &P::frameRate},
@@ -233,7 +233,7 @@ void AddSignalOptions(CLI::App &command, SignalOptions &options) {
   command.add_option("--seed", options.seed, "another series of random data, 0 to 4294967295 (0)")
       ->type_name("N")
       ->check(WholeNumber(0, 0xFFFFFFFF));
-  command.add_option("--samples", options.samples, "length of the signal, 1 to 2^24 (20000)")
+  command.add_option("--samples", options.samples, "length of the signal, 1 to 2^22 (20000)")
       ->type_name("N")
       ->check(WholeNumber(1, kMostSamples));
   text("--duration", options.duration, "S", "the same as a time");

@@ -11,7 +11,7 @@
 
 namespace tool {
 
-constexpr int kMostSamples = 1 << 24;    ///< of one signal, which the library makes in one piece
+constexpr int kMostSamples = 1 << 22;    ///< of one signal, which the library makes in one piece
 constexpr int kDefaultSamples = 20000;   ///< of one signal
 constexpr std::size_t kNumberCount = 16; ///< options that are numbers
 

@@ -95,7 +95,7 @@ void WriteRecording(std::ostream &out, const SignalParameters &parameters, Forma
 }
 
 void WriteReport(const Options &options, const SignalParameters &parameters, const SignalFigures &figures,
-                 double step) {
+                 Format format, double step) {
   const double seconds = static_cast<double>(parameters.Total()) / parameters.rate;
   if (options.json) {
     const auto level = [](double power) {
@@ -124,7 +124,7 @@ void WriteReport(const Options &options, const SignalParameters &parameters, con
        LevelText(Unit::kDbm, figures.meanPower) + " RMS, peak " + LevelText(Unit::kDbm, figures.peakPower));
   if (!options.out.empty())
     Line(std::cout, "Recording",
-         Printable(options.out) + (step == 1.0 ? "" : ", " + Quantity(step, "V") + " per step"));
+         Printable(options.out) + (format == Format::kCf32 ? "" : ", " + Quantity(step, "V") + " per step"));
   if (!options.sheet.empty()) Line(std::cout, "Sheet", Printable(options.sheet));
 }
 
@@ -150,7 +150,7 @@ void Run(const Options &options) {
     files.Write({[&](std::ostream &out) { WriteSheet(out, parameters, figures.start); },
                  [&](std::ostream &out) { WriteRecording(out, parameters, format, head, progress); }});
   }
-  WriteReport(options, parameters, figures, step);
+  WriteReport(options, parameters, figures, format, step);
 }
 
 } // namespace
@@ -181,8 +181,9 @@ void AddGenerate(CLI::App &app) {
                   "silent tenth in front, and recurs if the signal is longer than it can be.\n"
                   "\n"
                   "A recording is one signal, made in one piece, or --repeat of them with new random\n"
-                  "data and phases in each, and with noise also in the gaps. The same options always\n"
-                  "give the same recording.");
+                  "data and phases in each, and with noise also in the gaps. With --fixed-phase, all\n"
+                  "but psk, qam, fsk and 80211a go on without a jump if a signal is a whole number of\n"
+                  "their periods. The same options always give the same recording.");
   command->callback([options] { Run(*options); });
 }
 
