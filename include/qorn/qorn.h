@@ -77,7 +77,9 @@
 #include "qorn/dsp/Window.h"
 #include "qorn/dsp/WindowFactory.h"
 
+#include "qorn/utils/CMatlabEngine.h"
 #include "qorn/utils/IQFReader.h"
+#include "qorn/utils/MatlabProcess.h"
 #include "qorn/utils/UnitTestRecorder.h"
 #include "qorn/utils/XIQReader.h"
 

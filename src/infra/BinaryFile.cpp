@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "Errors.h"
 
@@ -57,14 +58,29 @@ BinaryFile::BinaryFile(const BinaryFile &other, const char *module, long line)
   if (m_descriptor < 0) Throw(errors::kFileOpen, module, line);
 }
 
+BinaryFile::BinaryFile(int descriptor) : m_descriptor(descriptor) {
+  struct stat status;
+  m_regular = descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 BinaryFile::~BinaryFile() { Close(); }
+
+void BinaryFile::Swap(BinaryFile &other) {
+  std::swap(m_descriptor, other.m_descriptor);
+  std::swap(m_regular, other.m_regular);
+}
 
 std::int64_t BinaryFile::Size() const {
   struct stat status;
   return fstat(m_descriptor, &status) == 0 ? status.st_size : 0;
 }
 
-bool BinaryFile::Resize(std::int64_t bytes) const { return ftruncate(m_descriptor, bytes) == 0; }
+bool BinaryFile::Resize(std::int64_t bytes) const {
+  int result;
+  do result = ftruncate(m_descriptor, bytes);
+  while (result != 0 && errno == EINTR);
+  return result == 0;
+}
 
 bool BinaryFile::IsAt(const char *path) const {
   struct stat here, there;

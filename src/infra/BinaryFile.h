@@ -24,9 +24,17 @@ public:
   /// Another handle on the file that other has open; throws 13001 of the module if there is none left.
   BinaryFile(const BinaryFile &other, const char *module, long line = __builtin_LINE());
 
+  /// Takes over an open file; a negative descriptor is none.
+  explicit BinaryFile(int descriptor);
+
   ~BinaryFile();
   BinaryFile(const BinaryFile &) = delete;
   BinaryFile &operator=(const BinaryFile &) = delete;
+
+  void Swap(BinaryFile &other);
+
+  /// The system's number of the open file, or a negative one; still owned by the object.
+  int Descriptor() const { return m_descriptor; }
 
   /// True for a file of the disk, which has a size and can be read at any place.
   bool IsRegular() const { return m_regular; }
