@@ -28,7 +28,7 @@ inline double ParseReal(std::string_view text) {
     std::int64_t power = 0;
     bool behindPoint = false;
     bool counts = false;
-    for (; s != end && (*s == '.' || (*s >= '0' && *s <= '9')); ++s) {
+    for (; s != result.ptr && (*s == '.' || (*s >= '0' && *s <= '9')); ++s) {
       if (*s == '.') {
         behindPoint = true;
         continue;
@@ -37,9 +37,10 @@ inline double ParseReal(std::string_view text) {
       if (counts && !behindPoint) ++power;
       if (!counts && behindPoint) --power;
     }
-    if (s != end && ++s != end && *s == '+') ++s;
-    std::int64_t exponent = 0;
-    if (std::from_chars(s, end, exponent).ec == std::errc::result_out_of_range) {
+    // Behind the digits of the number stands its exponent, if it has one.
+    if (s != result.ptr && *++s == '+') ++s;
+    int exponent = 0;
+    if (std::from_chars(s, result.ptr, exponent).ec == std::errc::result_out_of_range) {
       exponent = *s == '-' ? INT_MIN : INT_MAX;
     }
     value = power + exponent < 0 ? 0.0 : HUGE_VAL;

@@ -131,6 +131,9 @@ TEST(ParseReal, AnyText_IsReadAsAtofReadsIt) {
                                     "1e99999999999999999999",
                                     "0e999",
                                     "1e-99999999999999999999",
+                                    "1e9223372036854775807",
+                                    "0.01e-9223372036854775808",
+                                    "0.01e-2147483648",
                                     "4.9e-324",
                                     "2e-324",
                                     "1.7976931348623157e308"};
@@ -138,6 +141,10 @@ TEST(ParseReal, AnyText_IsReadAsAtofReadsIt) {
   texts.push_back("0." + std::string(400, '0') + "1");
   texts.push_back("0." + std::string(400, '0') + "1e390");
   texts.push_back(std::string(400, '1') + "e-390");
+  // What stands behind the number is no exponent.
+  for (const char *rest : {"x-999", "e", "e+", "e+-999", "-999", ".e", "e-"}) {
+    texts.push_back(std::string(400, '1') + rest);
+  }
   texts.push_back("-" + std::string(500, '1') + "." + std::string(500, '1'));
   for (const std::string &text : texts) {
     const double want = std::atof(text.c_str()), got = ParseReal(text);
