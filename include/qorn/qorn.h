@@ -36,9 +36,9 @@
 #include "qorn/infra/VectorStorage.h"
 
 #include "qorn/math/CubicHermiteInterpolation.h"
+#include "qorn/math/Detector.h"
 #include "qorn/math/Interpolation.h"
 #include "qorn/math/InterpolationFactory.h"
-#include "qorn/math/Detector.h"
 #include "qorn/math/LeastSqrFit.h"
 #include "qorn/math/MathUtils.h"
 #include "qorn/math/NearestInterpolation.h"

@@ -21,6 +21,8 @@ int FlagsOf(BinaryFile::Mode mode) {
     return O_WRONLY | O_CREAT | O_TRUNC;
   case BinaryFile::Mode::kScratch:
     return O_RDWR | O_CREAT | O_TRUNC;
+  case BinaryFile::Mode::kReadRegular:
+    return O_RDONLY | O_NONBLOCK;
   default:
     return O_RDONLY;
   }
@@ -46,29 +48,23 @@ BinaryFile::BinaryFile(const char *path, Mode mode, const char *module, long lin
     while (m_descriptor < 0 && errno == EINTR);
   }
   struct stat status;
-  if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+  if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || S_ISDIR(status.st_mode) ||
+      (mode == Mode::kReadRegular && !S_ISREG(status.st_mode))) {
     Close();
     Throw(errors::kFileOpen, module, line);
   }
-  m_regular = S_ISREG(status.st_mode);
 }
 
 BinaryFile::BinaryFile(const BinaryFile &other, const char *module, long line)
-    : m_descriptor(fcntl(other.m_descriptor, F_DUPFD_CLOEXEC, 0)), m_regular(other.m_regular) {
+    : m_descriptor(fcntl(other.m_descriptor, F_DUPFD_CLOEXEC, 0)) {
   if (m_descriptor < 0) Throw(errors::kFileOpen, module, line);
 }
 
-BinaryFile::BinaryFile(int descriptor) : m_descriptor(descriptor) {
-  struct stat status;
-  m_regular = descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
+BinaryFile::BinaryFile(int descriptor) : m_descriptor(descriptor) {}
 
 BinaryFile::~BinaryFile() { Close(); }
 
-void BinaryFile::Swap(BinaryFile &other) {
-  std::swap(m_descriptor, other.m_descriptor);
-  std::swap(m_regular, other.m_regular);
-}
+void BinaryFile::Swap(BinaryFile &other) { std::swap(m_descriptor, other.m_descriptor); }
 
 std::int64_t BinaryFile::Size() const {
   struct stat status;
@@ -84,7 +80,7 @@ bool BinaryFile::Resize(std::int64_t bytes) const {
 
 bool BinaryFile::IsAt(const char *path) const {
   struct stat here, there;
-  return m_regular && fstat(m_descriptor, &here) == 0 && stat(path, &there) == 0 &&
+  return fstat(m_descriptor, &here) == 0 && S_ISREG(here.st_mode) && stat(path, &there) == 0 &&
          here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 

@@ -12,13 +12,14 @@ namespace QORN {
 class BinaryFile {
 public:
   enum class Mode {
-    kRead,
-    kReplace, ///< for writing, empty at first
-    kScratch  ///< for reading and writing, empty at first
+    kRead,        ///< anything but a folder; waits for the writer of a pipe
+    kReadRegular, ///< a file of the disk, which has a size and can be read at any place; waits for nothing
+    kReplace,     ///< for writing, empty at first
+    kScratch      ///< for reading and writing, empty at first
   };
 
-  /// Opens the file; throws 13001 of the module whose path literal is given if that fails or path is null or
-  /// a folder.
+  /// Opens the file; throws 13001 of the module whose path literal is given if that fails, path is null or
+  /// the file is not what the mode asks for.
   BinaryFile(const char *path, Mode mode, const char *module, long line = __builtin_LINE());
 
   /// Another handle on the file that other has open; throws 13001 of the module if there is none left.
@@ -35,9 +36,6 @@ public:
 
   /// The system's number of the open file, or a negative one; still owned by the object.
   int Descriptor() const { return m_descriptor; }
-
-  /// True for a file of the disk, which has a size and can be read at any place.
-  bool IsRegular() const { return m_regular; }
 
   /// Bytes of a regular file, now.
   std::int64_t Size() const;
@@ -69,7 +67,6 @@ public:
 
 private:
   int m_descriptor;
-  bool m_regular = false;
 };
 
 } // namespace QORN

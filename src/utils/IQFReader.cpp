@@ -42,9 +42,7 @@ static_assert(std::endian::native == std::endian::little, "frames are read as th
 // A recording, open for reading.
 class File {
 public:
-  explicit File(const char *path) : m_file(path, BinaryFile::Mode::kRead, kModule) {
-    if (!m_file.IsRegular()) Throw(errors::kFileOpen, kModule);
-  }
+  explicit File(const char *path) : m_file(path, BinaryFile::Mode::kReadRegular, kModule) {}
 
   std::int64_t Size() const { return m_file.Size(); }
 

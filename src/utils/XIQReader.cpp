@@ -54,10 +54,8 @@ template <class Run> auto OrNoMemory(Run run) {
 }
 
 std::unique_ptr<BinaryFile> Open(const char *path) {
-  auto file =
-      OrNoMemory([&] { return std::make_unique<BinaryFile>(path, BinaryFile::Mode::kRead, kModule); });
-  if (!file->IsRegular()) Throw(errors::kFileOpen, kModule);
-  return file;
+  return OrNoMemory(
+      [&] { return std::make_unique<BinaryFile>(path, BinaryFile::Mode::kReadRegular, kModule); });
 }
 
 } // namespace
@@ -186,7 +184,7 @@ void XIQReader::ExtractSetupInfo() {
   while (lines.NextHolding(line) && !Holds(line, kEnd) && !Holds(line, kOtherEnd)) {
     double &field = Holds(line, kOffset) ? setupInfo.anOffset : setupInfo.anLenReq;
     field = 0.0;
-    if (lines.Next(line)) GetValueFromKey(line, "Value", "/Value", field, "<");
+    if (lines.Next(line)) GetValueFromKey(line, "Value", field);
   }
 }
 

@@ -408,8 +408,7 @@ TYPED_TEST(VectorFile, StoreAndLoad_SmallPipeAndSignals_MoveEveryByte) {
   using K = TypeParam;
   constexpr int kLength = 50003;
   const TempFile file;
-  ASSERT_EQ(unlink(file.Path()), 0);
-  ASSERT_EQ(mkfifo(file.Path(), 0600), 0);
+  file.BecomePipe();
   struct sigaction action = {}, old;
   action.sa_handler = [](int) {};
   ASSERT_EQ(sigaction(SIGUSR1, &action, &old), 0);

@@ -2,39 +2,11 @@
 #ifndef QORN_TESTS_SUPPORT_IQFRECORDING_H
 #define QORN_TESTS_SUPPORT_IQFRECORDING_H
 
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 
 namespace QORN::test {
-
-/// A file of the system's temporary folder with the given contents, removed at the end of its life.
-class TemporaryFile {
-public:
-  explicit TemporaryFile(const std::string &bytes = {}) {
-    static int count = 0;
-    path = std::filesystem::temp_directory_path() /
-           ("qorn-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".iqf");
-    Write(bytes);
-  }
-  ~TemporaryFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-  }
-  TemporaryFile(const TemporaryFile &) = delete;
-  TemporaryFile &operator=(const TemporaryFile &) = delete;
-
-  void Write(const std::string &bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
-  std::string Path() const { return path.string(); }
-
-private:
-  std::filesystem::path path;
-};
 
 /// The parts of a recording as text, to be joined.
 namespace iqf {

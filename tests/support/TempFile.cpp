@@ -1,6 +1,7 @@
 #include "support/TempFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -19,6 +20,10 @@ TempFile::TempFile(const std::string &content) : path_(testing::TempDir().append
 }
 
 TempFile::~TempFile() { std::remove(path_.c_str()); }
+
+void TempFile::BecomePipe() const {
+  if (std::remove(path_.c_str()) != 0 || mkfifo(path_.c_str(), 0600) != 0) std::abort();
+}
 
 std::string TempFile::Content() const {
   std::ifstream file(path_, std::ios::binary);

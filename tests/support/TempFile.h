@@ -16,6 +16,9 @@ public:
 
   const char *Path() const { return path_.c_str(); }
 
+  /// Puts a named pipe in the place of the file.
+  void BecomePipe() const;
+
   /// Everything that the file holds now.
   std::string Content() const;
 

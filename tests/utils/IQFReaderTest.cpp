@@ -17,7 +17,9 @@
 #include "qorn/infra/VecReal32.h"
 #include "qorn/infra/VecReal64.h"
 #include "support/Allocations.h"
+#include "support/Capture.h"
 #include "support/IqfRecording.h"
+#include "support/TempFile.h"
 
 namespace QORN {
 
@@ -48,7 +50,7 @@ using QORN::VecReal64;
 using Peer = QORN::IQFReaderPeer;
 using QORN::test::AllocationCount;
 using QORN::test::AllocationLimit;
-using QORN::test::TemporaryFile;
+using QORN::test::TempFile;
 using QORN::test::iqf::Frame;
 using QORN::test::iqf::Header;
 using QORN::test::iqf::Mark;
@@ -56,23 +58,20 @@ using QORN::test::iqf::Pair;
 
 // Runs what must throw, and gives the code; every exception of the reader bears its path and the code's text.
 template <class F> int CodeOf(const F &f) {
-  try {
-    f();
-  } catch (QORNException &e) {
-    EXPECT_STREQ(e.GetFileName(), "utils\\IQFReader");
-    const char *message = e.GetErrorCode() == 13001   ? "error opening file"
-                          : e.GetErrorCode() == 11001 ? "memory allocation error"
-                                                      : "invalid input parameter";
-    EXPECT_STREQ(e.GetMessage(), message);
-    EXPECT_GT(e.GetLineNumber(), 0);
-    return e.GetErrorCode();
-  }
-  return 0;
+  const QORNException e = QORN::test::ThrownBy(f);
+  const int code = e.GetErrorCode();
+  if (code == 0) return 0;
+  EXPECT_STREQ(e.GetFileName(), "utils\\IQFReader");
+  EXPECT_STREQ(e.GetMessage(), code == 13001   ? "error opening file"
+                               : code == 11001 ? "memory allocation error"
+                                               : "invalid input parameter");
+  EXPECT_GT(e.GetLineNumber(), 0);
+  return code;
 }
 
 int CodeOfOpening(const std::string &bytes) {
-  const TemporaryFile file(bytes);
-  return CodeOf([&] { const IQFReader reader(file.Path().c_str()); });
+  const TempFile file(bytes);
+  return CodeOf([&] { const IQFReader reader(file.Path()); });
 }
 
 constexpr char kLevels[] = "MaxInputLevel=7 LevelOffset=-2 GainOffset=-95 IOffset=3 QOffset=-5 ";
@@ -116,8 +115,8 @@ TEST(IQFReader, Constructor_AllKeys_SetsAllFields) {
   const std::string text = "FFTPoints=1000\r\nBins=820\r\nMaxInputLevel=7.5\r\nLevelOffset=-2\r\n"
                            "CenterFrequency=1090.5M\r\nSpan=40M\r\nBlockSize=4\r\nValidFrames=10\r\n"
                            "UnitPeriod=20n\r\nFrameLength=500u\r\nGainOffset=1.5\r\nMultiFrames=3\r\n";
-  const TemporaryFile file(Header(text));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(text));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetFFTPoints(), 1000);
   EXPECT_EQ(reader.GetNofBins(), 820);
   EXPECT_EQ(reader.GetMaxInputLevel(), 7.5);
@@ -144,8 +143,8 @@ TEST(IQFReader, Constructor_AllKeys_SetsAllFields) {
 }
 
 TEST(IQFReader, Constructor_NoKeys_SetsDefaults) {
-  const TemporaryFile file(Header(""));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(""));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetFFTPoints(), 0);
   EXPECT_EQ(reader.GetNofBins(), 0);
   EXPECT_EQ(reader.GetBlockSize(), 0);
@@ -166,26 +165,25 @@ TEST(IQFReader, Constructor_NoKeys_SetsDefaults) {
 TEST(IQFReader, Constructor_AnySeparators_ParseTheSame) {
   for (const char *text :
        {"Span=40M BlockSize=2", "Span 40M\nBlockSize 2\n", "\t Span\t=\r\n40M==BlockSize 2"}) {
-    const TemporaryFile file(Header(text));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(Header(text));
+    const IQFReader reader(file.Path());
     EXPECT_EQ(reader.GetSpan(), 40e6) << text;
     EXPECT_EQ(reader.GetBlockSize(), 2) << text;
   }
 }
 
 TEST(IQFReader, Constructor_TextBehindAZeroByte_IsIgnored) {
-  const TemporaryFile file(Header(std::string("Bins=5 \0Span=1M", 15)));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(std::string("Bins=5 \0Span=1M", 15)));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetNofBins(), 5);
   EXPECT_EQ(reader.GetSpan(), 0.0);
   EXPECT_EQ(reader.GetDataOffset(), 18);
 }
 
 TEST(IQFReader, Constructor_HugeNumbers_StopAtTheLimits) {
-  const TemporaryFile file(
-      Header("FFTPoints=99999999999999999999 ValidFrames=2147483647 BlockSize=-9999999999 "
-             "Span=1e999 FrameLength=-1e999 UnitPeriod=1e-999"));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header("FFTPoints=99999999999999999999 ValidFrames=2147483647 BlockSize=-9999999999 "
+                             "Span=1e999 FrameLength=-1e999 UnitPeriod=1e-999"));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetFFTPoints(), INT_MAX);
   EXPECT_EQ(reader.GetNofValidFrames(), INT_MAX);
   EXPECT_EQ(reader.GetBlockSize(), INT_MIN);
@@ -205,9 +203,9 @@ TEST(IQFReader, Constructor_FramesAndBlockSize_GiveBlocks) {
   for (const Blocks &row : {Blocks{10, 4, 3, 2}, Blocks{8, 4, 2, 4}, Blocks{1, 1, 1, 1}, Blocks{3, 64, 1, 3},
                             Blocks{0, 4, 0, 4}, Blocks{10, 0, 0, 0}, Blocks{10, -3, 0, 0},
                             Blocks{INT_MAX, INT_MAX, 1, INT_MAX}, Blocks{INT_MAX, 1, INT_MAX, 1}}) {
-    const TemporaryFile file(
+    const TempFile file(
         Header("ValidFrames=" + std::to_string(row.frames) + " BlockSize=" + std::to_string(row.blockSize)));
-    const IQFReader reader(file.Path().c_str());
+    const IQFReader reader(file.Path());
     EXPECT_EQ(reader.GetNofBlocks(), row.nofBlocks) << row.frames << ' ' << row.blockSize;
     EXPECT_EQ(reader.GetFirstBlockSize(), row.firstBlockSize) << row.frames << ' ' << row.blockSize;
   }
@@ -218,6 +216,24 @@ TEST(IQFReader, Constructor_FileThatIsNotThere_Throws13001) {
   EXPECT_EQ(CodeOf([] { const IQFReader reader(nullptr); }), 13001);
   const std::string folder = std::filesystem::temp_directory_path().string();
   EXPECT_EQ(CodeOf([&] { const IQFReader reader(folder.c_str()); }), 13001);
+}
+
+// Nobody writes to it, so that an open that waits for that would not come back.
+TEST(IQFReader, Constructor_NamedPipe_Throws13001AtOnce) {
+  const TempFile file;
+  file.BecomePipe();
+  const int files = QORN::test::OpenFiles();
+  EXPECT_EQ(CodeOf([&] { const IQFReader reader(file.Path()); }), 13001);
+  EXPECT_EQ(QORN::test::OpenFiles(), files);
+}
+
+// The recording has become a pipe since it was opened.
+TEST(IQFReader, Read_OfANamedPipe_Throws13001AtOnce) {
+  const TempFile file(Recording(8, 1));
+  const IQFReader reader(file.Path());
+  file.BecomePipe();
+  VecCplx32 dst;
+  EXPECT_EQ(CodeOf([&] { reader.ReadIQData(0, 1, dst); }), 13001);
 }
 
 TEST(IQFReader, Constructor_NoRecording_Throws13001) {
@@ -239,8 +255,8 @@ TEST(IQFReader, Constructor_LengthWithOtherCharacters_IsReadUpToThem) {
     int nofBins, dataOffset;
   } rows[] = {{"2 6Bins=5", 5, 9}, {"3 6xBins=5", 5, 10}, {"2xyBins=5", 0, 3}, {"3+06Bins=5", 5, 10}};
   for (const auto &row : rows) {
-    const TemporaryFile file(row.bytes);
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(row.bytes);
+    const IQFReader reader(file.Path());
     EXPECT_EQ(reader.GetNofBins(), row.nofBins) << row.bytes;
     EXPECT_EQ(reader.GetDataOffset(), row.dataOffset) << row.bytes;
   }
@@ -262,13 +278,13 @@ TEST(IQFReader, Constructor_AnyTruncationOfTheHeader_Throws13001) {
 TEST(IQFReaderDeathTest, Constructor_FirstCharacterAboveNine_EndsTheProgram) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   for (const char *bytes : {":", "A", "<?xml", "\x7F"}) {
-    const TemporaryFile file(bytes);
-    EXPECT_EXIT(IQFReader(file.Path().c_str()), testing::KilledBySignal(SIGABRT), "") << bytes;
+    const TempFile file(bytes);
+    EXPECT_EXIT(IQFReader(file.Path()), testing::KilledBySignal(SIGABRT), "") << bytes;
   }
 }
 
 TEST(IQFReader, Constructor_NoMemoryForTheHeader_Throws11001) {
-  const TemporaryFile file(Header(std::string(1 << 20, ' ')));
+  const TempFile file(Header(std::string(1 << 20, ' ')));
   const std::string path = file.Path();
   const AllocationLimit limit(1 << 19);
   EXPECT_EQ(CodeOf([&] { const IQFReader reader(path.c_str()); }), 11001);
@@ -277,8 +293,8 @@ TEST(IQFReader, Constructor_NoMemoryForTheHeader_Throws11001) {
 TEST(IQFReader, Constructor_Tokens_AreTakenUpToAHundred) {
   std::string text;
   for (int i = 0; i < 50; ++i) text += "Name" + std::to_string(i) + "=Value" + std::to_string(i) + "\n";
-  const TemporaryFile full(Header(text));
-  const IQFReader reader(full.Path().c_str());
+  const TempFile full(Header(text));
+  const IQFReader reader(full.Path());
   char value[61];
   EXPECT_TRUE(reader.GetHeader("Name49", value));
   EXPECT_STREQ(value, "Value49");
@@ -289,8 +305,8 @@ TEST(IQFReader, Constructor_Tokens_AreTakenUpToAHundred) {
 TEST(IQFReader, Constructor_OverlongTokens_AreCut) {
   const std::string name(200, 'n');
   const std::string number(300, 'v');
-  const TemporaryFile file(Header(name + "=" + number + " Bins=5 " + std::string(5000, 'z')));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(name + "=" + number + " Bins=5 " + std::string(5000, 'z')));
+  const IQFReader reader(file.Path());
   char value[61];
   EXPECT_TRUE(reader.GetHeader(std::string(40, 'n').c_str(), value));
   EXPECT_EQ(value, std::string(60, 'v'));
@@ -299,7 +315,7 @@ TEST(IQFReader, Constructor_OverlongTokens_AreCut) {
 }
 
 TEST(IQFReader, Constructor_PathOf999AndMoreCharacters_OpensButReadsOnlyTheShorter) {
-  const TemporaryFile file(Recording(8, 1));
+  const TempFile file(Recording(8, 1));
   const std::string folder = std::filesystem::path(file.Path()).parent_path().string() + "/";
   const std::string name = std::filesystem::path(file.Path()).filename().string();
   const std::string fits = folder + std::string(999 - folder.size() - name.size(), '/') + name;
@@ -312,8 +328,8 @@ TEST(IQFReader, Constructor_PathOf999AndMoreCharacters_OpensButReadsOnlyTheShort
 }
 
 TEST(IQFReader, GetHeader_Key_IsComparedWhole) {
-  const TemporaryFile file(Header("Bins=5 Note=a note=b Note=c Last"));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header("Bins=5 Note=a note=b Note=c Last"));
+  const IQFReader reader(file.Path());
   char value[61];
   EXPECT_TRUE(reader.GetHeader("Note", value));
   EXPECT_STREQ(value, "a");
@@ -329,19 +345,19 @@ TEST(IQFReader, GetHeader_Key_IsComparedWhole) {
 }
 
 TEST(IQFReader, ListHeader_Records_ArePrintedInOrder) {
-  const TemporaryFile file(Header("Title=mode-s\r\nBins=5\r\nLast"));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header("Title=mode-s\r\nBins=5\r\nLast"));
+  const IQFReader reader(file.Path());
   testing::internal::CaptureStdout();
   reader.ListHeader();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Title = mode-s\nBins = 5\nLast = \n");
 }
 
 TEST(IQFReader, Copy_OfASourceThatDiesFirst_StandsAlone) {
-  const TemporaryFile file(Recording(8, 2));
-  const TemporaryFile other(Header("Bins=7"));
-  auto source = std::make_unique<IQFReader>(file.Path().c_str());
+  const TempFile file(Recording(8, 2));
+  const TempFile other(Header("Bins=7"));
+  auto source = std::make_unique<IQFReader>(file.Path());
   const IQFReader copy(*source);
-  IQFReader assigned(other.Path().c_str());
+  IQFReader assigned(other.Path());
   assigned = *source;
   assigned = *&assigned;
   source.reset();
@@ -359,8 +375,8 @@ TEST(IQFReader, Copy_OfASourceThatDiesFirst_StandsAlone) {
 }
 
 TEST(IQFReader, GetIQData_CartesianFrames_GiveVoltsAndHeaders) {
-  const TemporaryFile file(Recording(1024, 3));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(1024, 3));
+  const IQFReader reader(file.Path());
   FrameHeader headers[3] = {};
   headers[2].reserved0 = 7;
   VecCplx32 dst;
@@ -378,11 +394,11 @@ TEST(IQFReader, GetIQData_CartesianFrames_GiveVoltsAndHeaders) {
 }
 
 TEST(IQFReader, GetIQData_FullScaleIntegers_KeepTheirSign) {
-  const TemporaryFile file(Header(Text(2, 1, "")) + Frame(Mark::kNone, [](int k) {
-                             return k == 0 ? Pair{-32768, 32767} : Pair{32767, -32768};
-                           }));
+  const TempFile file(Header(Text(2, 1, "")) + Frame(Mark::kNone, [](int k) {
+                        return k == 0 ? Pair{-32768, 32767} : Pair{32767, -32768};
+                      }));
   VecCplx32 dst;
-  IQFReader(file.Path().c_str()).GetIQData(0, 1, nullptr, dst);
+  IQFReader(file.Path()).GetIQData(0, 1, nullptr, dst);
   const auto scale = static_cast<double>(static_cast<float>(std::sqrt(0.1)));
   EXPECT_EQ(dst[0].re, static_cast<float>(32767 * scale));
   EXPECT_EQ(dst[0].im, static_cast<float>(-32768 * scale));
@@ -395,9 +411,9 @@ TEST(IQFReader, GetIQData_PolarMark_ConvertsAllFramesSoFarAnew) {
   std::string bytes = Header(Text(4, 4));
   for (int f = 0; f < 4; ++f)
     bytes += Frame(f == 1 || f == 2 ? Mark::kPolar : Mark::kNone, [f](int k) { return Sample(f, k); });
-  const TemporaryFile file(bytes);
+  const TempFile file(bytes);
   VecCplx32 dst;
-  EXPECT_TRUE(IQFReader(file.Path().c_str()).GetIQData(0, 4, nullptr, dst));
+  EXPECT_TRUE(IQFReader(file.Path()).GetIQData(0, 4, nullptr, dst));
   ASSERT_EQ(dst.GetSize(), 16);
   for (int i = 0; i < 16; ++i) {
     const Cplx32 volts = Volts(Sample(i / 4, i % 4));
@@ -418,15 +434,15 @@ TEST(IQFReader, GetIQData_PolarMark_ConvertsAllFramesSoFarAnew) {
 TEST(IQFReader, GetIQData_OneMarkOnly_IsNotPolar) {
   std::string bytes = Recording(8, 1, Mark::kPolar);
   bytes[bytes.size() - 2 * 4120 + 2] = 0;
-  const TemporaryFile file(bytes);
+  const TempFile file(bytes);
   VecCplx32 dst;
-  IQFReader(file.Path().c_str()).GetIQData(0, 1, nullptr, dst);
+  IQFReader(file.Path()).GetIQData(0, 1, nullptr, dst);
   ExpectSamples(dst, 8, 0, 8);
 }
 
 TEST(IQFReader, GetIQData_BadCounts_Throw10002) {
-  const TemporaryFile file(Recording(1024, 2));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(1024, 2));
+  const IQFReader reader(file.Path());
   VecCplx32 dst;
   EXPECT_EQ(CodeOf([&] { reader.GetIQData(-1, 1, nullptr, dst); }), 10002);
   EXPECT_EQ(CodeOf([&] { reader.GetIQData(0, -1, nullptr, dst); }), 10002);
@@ -439,8 +455,8 @@ TEST(IQFReader, GetIQData_BadCounts_Throw10002) {
 
 TEST(IQFReader, Reads_PointsOutsideOneTo1024_Throw10002) {
   for (const int points : {0, -1, 1025, INT_MAX, INT_MIN}) {
-    const TemporaryFile file(Recording(points, 2));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(Recording(points, 2));
+    const IQFReader reader(file.Path());
     EXPECT_EQ(reader.GetFFTPoints(), points);
     VecCplx32 dst;
     VecReal32 a;
@@ -459,8 +475,8 @@ TEST(IQFReader, GetIQData_FileCutShort_ReadsZeroIntegersAfterIt) {
   const std::size_t frames = bytes.size() - 4 * 4120;
   VecCplx32 dst;
   for (const std::size_t kept : {0U, 10U, 24U, 24U + 5U, 24U + 12U, 4120U, 4120U + 30U}) {
-    const TemporaryFile file(bytes.substr(0, frames + kept));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(bytes.substr(0, frames + kept));
+    const IQFReader reader(file.Path());
     dst.Resize(24);
     for (int i = 0; i < 24; ++i) dst[i] = {99.0f, 99.0f};
     EXPECT_TRUE(reader.GetIQData(0, 3, nullptr, dst));
@@ -484,8 +500,8 @@ TEST(IQFReader, GetIQData_FileCutShort_ReadsZeroIntegersAfterIt) {
 }
 
 TEST(IQFReader, Reads_FileRemovedAfterOpening_Throw13001) {
-  auto file = std::make_unique<TemporaryFile>(Recording(8, 1));
-  const IQFReader reader(file->Path().c_str());
+  auto file = std::make_unique<TempFile>(Recording(8, 1));
+  const IQFReader reader(file->Path());
   file.reset();
   VecCplx32 dst;
   VecCplx64 wide;
@@ -502,8 +518,8 @@ TEST(IQFReader, Reads_FileRemovedAfterOpening_Throw13001) {
 }
 
 TEST(IQFReader, Reads_NoMemoryForTheSamples_Throw11001) {
-  const TemporaryFile file(Recording(1024, 40));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(1024, 40));
+  const IQFReader reader(file.Path());
   VecCplx32 dst;
   const AllocationLimit limit(1 << 18);
   testing::internal::CaptureStdout(); // the container reports the request
@@ -523,10 +539,10 @@ TEST(IQFReader, GetIQData2_LastFrameCartesian_WorksInFloat) {
         Header(Text(4, 2, "MaxInputLevel=7 LevelOffset=-2 GainOffset=-95 IOffset=0.3 QOffset=-0.7"));
     bytes += Frame(Mark::kPolar, [](int k) { return Sample(0, k); });
     bytes += Frame(mark, [](int k) { return Sample(1, k); });
-    const TemporaryFile file(bytes);
+    const TempFile file(bytes);
     FrameHeader headers[2];
     VecCplx32 dst;
-    EXPECT_TRUE(IQFReader(file.Path().c_str()).GetIQData2(0, 2, headers, dst));
+    EXPECT_TRUE(IQFReader(file.Path()).GetIQData2(0, 2, headers, dst));
     EXPECT_EQ(headers[0].polarMark1, 0xFFFF);
     EXPECT_EQ(headers[1].cartMark2, 0xFFFF);
     ASSERT_EQ(dst.GetSize(), 8);
@@ -543,9 +559,9 @@ TEST(IQFReader, GetIQData2_LastFramePolar_AddsTheOffsetToEverySample) {
   std::string bytes = Header(Text(4, 2));
   bytes += Frame(Mark::kCartesian, [](int k) { return Pair{k - 2, 1000 + k}; });
   bytes += Frame(Mark::kPolar, [](int k) { return Pair{3 - k, 2000 + k}; });
-  const TemporaryFile file(bytes);
+  const TempFile file(bytes);
   VecCplx32 dst;
-  EXPECT_TRUE(IQFReader(file.Path().c_str()).GetIQData2(0, 2, nullptr, dst));
+  EXPECT_TRUE(IQFReader(file.Path()).GetIQData2(0, 2, nullptr, dst));
   ASSERT_EQ(dst.GetSize(), 8);
   for (int i = 0; i < 8; ++i) {
     const double phase = i < 4 ? i - 2 : 7 - i;
@@ -558,11 +574,11 @@ TEST(IQFReader, GetIQData2_LastFramePolar_AddsTheOffsetToEverySample) {
 
 TEST(IQFReader, GetIQData2_NoMarkInTheLastFrame_Throws13001) {
   std::string bytes = Header(Text(4, 2)) + Frame(Mark::kCartesian, [](int k) { return Sample(0, k); });
-  const TemporaryFile cut(bytes);
-  const TemporaryFile unmarked(bytes + Frame(Mark::kNone, [](int k) { return Sample(1, k); }));
+  const TempFile cut(bytes);
+  const TempFile unmarked(bytes + Frame(Mark::kNone, [](int k) { return Sample(1, k); }));
   VecCplx32 dst;
-  for (const TemporaryFile *file : {&cut, &unmarked}) {
-    const IQFReader reader(file->Path().c_str());
+  for (const TempFile *file : {&cut, &unmarked}) {
+    const IQFReader reader(file->Path());
     FrameHeader headers[2];
     EXPECT_EQ(CodeOf([&] { reader.GetIQData2(0, 2, headers, dst); }), 13001);
     EXPECT_EQ(dst.GetSize(), 8);
@@ -581,8 +597,8 @@ TEST(IQFReader, GetIQData2_OneMarkOnly_Throws13001) {
       const std::size_t frame = bytes.size();
       bytes += Frame(mark, [](int k) { return Sample(0, k); });
       bytes[frame + static_cast<std::size_t>(at)] = 0;
-      const TemporaryFile file(bytes);
-      const IQFReader reader(file.Path().c_str());
+      const TempFile file(bytes);
+      const IQFReader reader(file.Path());
       VecCplx32 dst;
       FrameHeader header;
       EXPECT_EQ(CodeOf([&] { reader.GetIQData2(0, 1, &header, dst); }), 13001) << at;
@@ -595,16 +611,16 @@ TEST(IQFReader, GetIQData2_OneMarkOnly_Throws13001) {
 }
 
 TEST(IQFReader, Constructor_FramesWithoutABlockSize_HasNoBlocks) {
-  const TemporaryFile file(Header("FFTPoints=4 ValidFrames=10"));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header("FFTPoints=4 ValidFrames=10"));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetBlockSize(), 0);
   EXPECT_EQ(reader.GetNofBlocks(), 0);
   EXPECT_EQ(reader.GetFirstBlockSize(), 0);
 }
 
 TEST(IQFReader, Constructor_SignsOfNumbers_AreReadAsAtofReadsThem) {
-  const TemporaryFile file(Header("IOffset=+5 QOffset=+-5 MaxInputLevel=-5 Span=+2k"));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header("IOffset=+5 QOffset=+-5 MaxInputLevel=-5 Span=+2k"));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetMaxInputLevel(), -5.0);
   EXPECT_EQ(reader.GetSpan(), 2000.0);
   EXPECT_EQ(Peer::Convert("+-5"), 0.0);
@@ -616,8 +632,8 @@ struct Range {
 
 TEST(IQFReader, ReadIQData_AnyRange_DeliversItsSamples) {
   for (const int points : {1, 7, 1024}) {
-    const TemporaryFile file(Recording(points, 6));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(Recording(points, 6));
+    const IQFReader reader(file.Path());
     for (const Range &range : {Range{0, 1}, Range{0, 6}, Range{3, 2}, Range{5, 1}, Range{0, 6 * points},
                                Range{points - 1, 2}, Range{points, 3 * points}}) {
       VecCplx32 dst;
@@ -642,9 +658,9 @@ TEST(IQFReader, ReadIQData_AcrossAFrame_ReadsNoOtherFrame) {
   std::string bytes = Header(Text(1024, 3));
   for (int f = 0; f < 3; ++f)
     bytes += Frame(f == 2 ? Mark::kPolar : Mark::kNone, [f](int k) { return Sample(f, k); });
-  const TemporaryFile file(bytes);
+  const TempFile file(bytes);
   VecCplx32 dst;
-  EXPECT_TRUE(IQFReader(file.Path().c_str()).ReadIQData(1000, 100, dst));
+  EXPECT_TRUE(IQFReader(file.Path()).ReadIQData(1000, 100, dst));
   ExpectSamples(dst, 1024, 1000, 100);
 }
 
@@ -652,16 +668,16 @@ TEST(IQFReader, ReadIQData_MoreFramesThanABlock_IsSafe) {
   for (const char *blockSize : {"BlockSize=1 ", "BlockSize=0 ", "BlockSize=-4 ", ""}) {
     std::string bytes = Header(std::string("FFTPoints=16 ValidFrames=40 ") + blockSize + kLevels);
     for (int f = 0; f < 40; ++f) bytes += Frame(Mark::kNone, [f](int k) { return Sample(f, k); });
-    const TemporaryFile file(bytes);
+    const TempFile file(bytes);
     VecCplx32 dst;
-    EXPECT_TRUE(IQFReader(file.Path().c_str()).ReadIQData(3, 600, dst));
+    EXPECT_TRUE(IQFReader(file.Path()).ReadIQData(3, 600, dst));
     ExpectSamples(dst, 16, 3, 600);
   }
 }
 
 TEST(IQFReader, ReadIQData_BadArguments_Throw10002) {
-  const TemporaryFile file(Recording(1024, 2));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(1024, 2));
+  const IQFReader reader(file.Path());
   VecCplx32 dst;
   VecCplx64 wide;
   EXPECT_EQ(CodeOf([&] { reader.ReadIQData(-1, 1, dst); }), 10002);
@@ -677,8 +693,8 @@ TEST(IQFReader, ReadIQData_BadArguments_Throw10002) {
 
 TEST(IQFReader, Reads_OfAFileThatShrinks_GiveZeros) {
   const std::string whole = Recording(1000, 20);
-  const TemporaryFile file(whole);
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(whole);
+  const IQFReader reader(file.Path());
   std::filesystem::resize_file(file.Path(), static_cast<std::size_t>(reader.GetDataOffset()) + 9 * 4120 + 24);
   VecCplx32 dst;
   EXPECT_TRUE(reader.ReadIQData(0, 20000, dst));
@@ -690,18 +706,18 @@ TEST(IQFReader, Reads_OfAFileThatShrinks_GiveZeros) {
 }
 
 TEST(IQFReader, Constructor_FileThatMayNotBeRead_Throws13001) {
-  const TemporaryFile file(Recording(8, 1));
+  const TempFile file(Recording(8, 1));
   std::filesystem::permissions(file.Path(), std::filesystem::perms::none);
   // The superuser may read everything and has to step down for this.
   const bool superuser = geteuid() == 0;
   if (superuser && seteuid(65534) != 0) GTEST_SKIP() << "the superuser cannot step down";
-  EXPECT_EQ(CodeOf([&] { const IQFReader reader(file.Path().c_str()); }), 13001);
+  EXPECT_EQ(CodeOf([&] { const IQFReader reader(file.Path()); }), 13001);
   EXPECT_TRUE(!superuser || seteuid(0) == 0);
 }
 
 TEST(IQFReader, ReadIQData_FramesBeyondTheLimitsOfInt_ReadAsZeros) {
-  const TemporaryFile file(Header(Text(1, INT_MAX)) + Frame(Mark::kNone, [](int k) { return Sample(0, k); }));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(Text(1, INT_MAX)) + Frame(Mark::kNone, [](int k) { return Sample(0, k); }));
+  const IQFReader reader(file.Path());
   VecCplx32 dst;
   EXPECT_TRUE(reader.ReadIQData(INT_MAX - 5, 100, dst));
   ASSERT_EQ(dst.GetSize(), 100);
@@ -709,9 +725,8 @@ TEST(IQFReader, ReadIQData_FramesBeyondTheLimitsOfInt_ReadAsZeros) {
 }
 
 TEST(IQFReader, ReadIQData_HostileValidFrames_MakesUpNoGigabytes) {
-  const TemporaryFile file(Header(Text(1024, INT_MAX)) +
-                           Frame(Mark::kNone, [](int k) { return Sample(0, k); }));
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Header(Text(1024, INT_MAX)) + Frame(Mark::kNone, [](int k) { return Sample(0, k); }));
+  const IQFReader reader(file.Path());
   EXPECT_EQ(reader.GetNoflSamplesInFile(), INT_MAX);
   VecCplx32 dst;
   EXPECT_EQ(CodeOf([&] { reader.ReadIQData(0, reader.GetNoflSamplesInFile(), dst); }), 10002);
@@ -728,8 +743,8 @@ struct BlockRead {
 };
 
 TEST(IQFReader, ReadIQDataInBlock_PastTheBlock_IsCutShort) {
-  const TemporaryFile file(Recording(10, 6)); // blocks of 4 frames
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(10, 6)); // blocks of 4 frames
+  const IQFReader reader(file.Path());
   for (const BlockRead &row :
        {BlockRead{0, 40, 40}, BlockRead{0, 41, 40}, BlockRead{35, 100, 5}, BlockRead{39, 1, 1},
         BlockRead{40, 1, 0}, BlockRead{55, 3, 0}, BlockRead{60, 1, 0}, BlockRead{7, 0, 0},
@@ -747,8 +762,8 @@ TEST(IQFReader, ReadIQDataInBlock_PastTheBlock_IsCutShort) {
 }
 
 TEST(IQFReader, ReadIQDataInBlock_PastTheFrames_GivesNothing) {
-  const TemporaryFile file(Recording(10, 2)); // blocks of 4 frames, but only 2 frames
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(Recording(10, 2)); // blocks of 4 frames, but only 2 frames
+  const IQFReader reader(file.Path());
   VecCplx32 dst;
   EXPECT_EQ(reader.ReadIQData(0, 20, 5, dst), 0);
   EXPECT_EQ(reader.ReadIQData(0, 19, 1, dst), 1);
@@ -759,8 +774,8 @@ TEST(IQFReader, Reads_RepeatedIntoKeptVectors_AllocateNothing) {
   for (const Mark mark : {Mark::kCartesian, Mark::kPolar, Mark::kNone, Mark::kBoth, Mark::kNone}) {
     bytes += Frame(mark, [](int k) { return Pair{k, -k}; });
   }
-  const TemporaryFile file(bytes);
-  const IQFReader reader(file.Path().c_str());
+  const TempFile file(bytes);
+  const IQFReader reader(file.Path());
   VecCplx32 samples(4000);
   VecReal32 first(4096), second(4096);
   FrameHeader headers[4];
@@ -777,8 +792,8 @@ TEST(IQFReader, Reads_RepeatedIntoKeptVectors_AllocateNothing) {
 
 TEST(IQFReader, GetRawIQAPData_FewerThan1024Points_StaysWithinTheVectors) {
   for (const int points : {1, 1000, 1024}) {
-    const TemporaryFile file(Recording(points, 3));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(Recording(points, 3));
+    const IQFReader reader(file.Path());
     FrameHeader headers[3];
     VecReal32 first;
     VecReal32 second;
@@ -797,8 +812,8 @@ TEST(IQFReader, GetRawIQAPData_FewerThan1024Points_StaysWithinTheVectors) {
 
 TEST(IQFReader, GetFlatness_Record_IsScaled) {
   for (const int points : {1, 1000, 1024}) {
-    const TemporaryFile file(Recording(points, 3));
-    const IQFReader reader(file.Path().c_str());
+    const TempFile file(Recording(points, 3));
+    const IQFReader reader(file.Path());
     FrameHeader header;
     VecReal32 amplitude;
     VecReal32 phase;

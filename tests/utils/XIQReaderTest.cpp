@@ -155,9 +155,11 @@ TEST(XIQReader, QueryDataSetInfo_SetThatIsNotThere_GivesZeros) {
 
 TEST(XIQReader, Constructor_FileThatCannotBeRead_Throws13001) {
   const std::string folder = std::filesystem::temp_directory_path().string();
+  const TempFile pipe; // to which nobody writes
+  pipe.BecomePipe();
   const int files = test::OpenFiles();
   for (const char *path :
-       {test::kNoSuchFile, folder.c_str(), "/dev/zero", static_cast<const char *>(nullptr)}) {
+       {test::kNoSuchFile, folder.c_str(), "/dev/zero", pipe.Path(), static_cast<const char *>(nullptr)}) {
     ExpectThrown([&] { const XIQReader reader(path); }, 13001, "error opening file", "utils\\XIQReader");
   }
   const TempFile locked(Recording(1, 1));
