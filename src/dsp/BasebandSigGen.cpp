@@ -323,7 +323,7 @@ void BasebandSigGen::Construct_PSK_QAM_Constellation(VecCplx32 &dst, SignalType 
 // The relation of the rates. False if they make no signal.
 bool BasebandSigGen::MakeRates() {
   m_samplesPerSymbol = m_sampleRate / m_symbolRate;
-  if (!(m_symbolRate > 0.0 && m_samplesPerSymbol >= 1.0 && m_samplesPerSymbol < kIntMax)) return false;
+  if (!(m_symbolRate > 0.0 && m_samplesPerSymbol > 0.0 && m_samplesPerSymbol < kIntMax)) return false;
   m_oversampling = std::max(static_cast<int>(std::ceil(m_samplesPerSymbol)), 2);
   return std::isfinite(m_oversampling * m_symbolRate);
 }

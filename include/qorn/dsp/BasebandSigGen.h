@@ -39,11 +39,12 @@ class FIRBaseFilter;
 ///
 /// Parameters are not checked. Where one makes no signal, the signal is silent: n zeros, for which the
 /// generator draws nothing. These are: a frequency that is not finite relative to the sample rate, such as
-/// any at a sample rate of 0; for PSK, QAM and FSK a symbol rate that is not above 0 and at most the sample
-/// rate; for pulses a sample rate that is not above 0 and finite, or a period that rounds to no sample. The
-/// sample rate of a new object, -1, makes signals that mean nothing. Memory is asked for n samples and, with
-/// PSK, QAM and FSK, for the transients of the filter and the resampler, which last for tens of symbols;
-/// QORNException 11001 is thrown if there is none.
+/// any at a sample rate of 0; for PSK, QAM and FSK a symbol rate, or sampleRate / symbolRate, that is not
+/// above 0 and finite, twice the rate included, and 2147483647 samples per symbol or more; for pulses a
+/// sample rate that is not above 0 and finite, or a period that rounds to no sample. The sample rate of a new
+/// object, -1, makes signals that mean nothing. Memory is asked for n samples and, with PSK, QAM and FSK, for
+/// n symbolRate / sampleRate symbols and those of the transients of the filter and the resampler, which last
+/// for tens of symbols or samples, whichever are longer; QORNException 11001 is thrown if there is none.
 ///
 /// A class that derives from it supplies the type Custom. A copy is an independent object with its own filter
 /// and resampler. One object serves one thread at a time.
