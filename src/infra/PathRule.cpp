@@ -8,11 +8,6 @@ namespace {
 
 bool IsSlash(char c) { return c == '/' || c == '\\'; }
 
-bool IsAbsolute(std::string_view path, char separator) {
-  if (path.empty()) return false;
-  return path[0] == '\\' || path[0] == separator || (path.size() > 1 && path[1] == ':');
-}
-
 // What has no separator is cut no further.
 void CutLast(std::string_view &base, char separator) {
   const std::size_t last = base.rfind(separator);
@@ -27,6 +22,11 @@ std::string_view AfterStepUp(std::string_view path, char separator) {
 }
 
 } // namespace
+
+bool IsAbsolute(std::string_view path, char separator) {
+  if (path.empty()) return false;
+  return path[0] == '\\' || path[0] == separator || (path.size() > 1 && path[1] == ':');
+}
 
 std::string ResolvePath(std::string_view program, std::string_view path, char separator) {
   if (IsAbsolute(path, separator)) return std::string(path);

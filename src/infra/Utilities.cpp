@@ -1,11 +1,12 @@
 #include "qorn/infra/Utilities.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "PathRule.h"
 
@@ -22,9 +23,9 @@ std::string RunningProgram() {
   return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
-char *HeapCopy(const std::string &text) {
+char *HeapCopy(std::string_view text) {
   auto *copy = static_cast<char *>(std::malloc(text.size() + 1));
-  if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
+  if (copy != nullptr) *std::copy(text.begin(), text.end(), copy) = '\0';
   return copy;
 }
 
@@ -33,9 +34,11 @@ char *HeapCopy(const std::string &text) {
 char *Utilities::GetAbsolutePath(const char *path) {
   if (path == nullptr) return nullptr;
   try {
+    constexpr char kSeparator = std::filesystem::path::preferred_separator;
+    if (IsAbsolute(path, kSeparator)) return HeapCopy(path);
     const std::string program = RunningProgram();
     if (program.empty()) return nullptr;
-    return HeapCopy(ResolvePath(program, path, std::filesystem::path::preferred_separator));
+    return HeapCopy(ResolvePath(program, path, kSeparator));
   } catch (const std::exception &) { // no memory for a text
     return nullptr;
   }

@@ -84,6 +84,15 @@ TEST(Utilities, GetAbsolutePath_OfThisProgram_IsTheFolderAboveItsFolder) {
   EXPECT_EQ(Utilities::GetAbsolutePath(nullptr), nullptr);
 }
 
+// The running program takes memory to tell.
+TEST(Utilities, GetAbsolutePath_OfAnAbsolutePath_DoesNotAskForTheProgram) {
+  for (const char *path : {"/a/../b", "\\a", "d:\\a/b"}) {
+    const QORN::test::AllocationLimit limit(0);
+    const std::unique_ptr<char, decltype(&std::free)> copy(Utilities::GetAbsolutePath(path), &std::free);
+    EXPECT_STREQ(copy.get(), path);
+  }
+}
+
 TEST(Utilities, GetAbsolutePath_WithoutMemory_IsNull) {
   const QORN::test::AllocationLimit limit(0);
   EXPECT_EQ(Utilities::GetAbsolutePath("a/b"), nullptr);

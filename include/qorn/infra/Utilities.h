@@ -25,7 +25,7 @@ public:
   /// comes back as it is.
   ///
   /// The result comes from malloc and goes back through free. Null if there is no memory, for a null path,
-  /// and where the system does not tell the running program.
+  /// and for a relative path where the system does not tell the running program.
   static char *GetAbsolutePath(const char *path);
 
   /// GetAbsolutePath into dst, a buffer of kPathLength characters, or into the static one if dst is null. A
