@@ -19,24 +19,25 @@ using namespace QORN;
 using fuzz::Input;
 using fuzz::Try;
 
-template <class V, class Read> void ReadTwice(Read read) {
-  V first, second(2);
+// The second time into a container that has the given size.
+template <class V, class Read, class... Sizes> void ReadTwice(Read read, Sizes... sizes) {
+  V first, second(sizes...);
   Try([&] { read(first); });
   Try([&] { read(second); });
-  const auto bytes = sizeof(first[0]) * static_cast<std::size_t>(first.GetSize());
+  const auto bytes = sizeof(*first.GetPtr()) * static_cast<std::size_t>(first.GetSize());
   if (first.GetSize() != second.GetSize()) std::abort();
   if (bytes > 0 && std::memcmp(first.GetPtr(), second.GetPtr(), bytes) != 0) std::abort();
 }
 
 template <class V> void ImportBothWays(const char *path) {
-  ReadTwice<V>([&](V &vector) { vector.Import(path); });
-  ReadTwice<V>([&](V &vector) { vector.Import(path, true); });
+  ReadTwice<V>([&](V &vector) { vector.Import(path); }, 2);
+  ReadTwice<V>([&](V &vector) { vector.Import(path, true); }, 2);
 }
 
 template <class V> void ImportColumns(const char *path) {
   for (int columns = 0; columns <= 4; ++columns)
     for (int column = -1; column <= 3; ++column)
-      ReadTwice<V>([&](V &vector) { vector.Import(path, columns, column); });
+      ReadTwice<V>([&](V &vector) { vector.Import(path, columns, column); }, 2);
 }
 
 } // namespace
@@ -56,8 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   ImportColumns<VecReal64>(path);
   for (const int width : {1, 7, 32}) {
     for (const bool hasIndex : {false, true}) {
-      BitVector bits;
-      Try([&] { bits.Import(path, width, hasIndex); });
+      ReadTwice<BitVector>([&](BitVector &bits) { bits.Import(path, width, hasIndex); }, 2, 2);
     }
   }
   return 0;

@@ -22,8 +22,6 @@ void SetBits(unsigned char *word, int width, int value) {
   for (int c = width - 1; c >= 0; --c, value >>= 1) word[c] = static_cast<unsigned char>(value & 1);
 }
 
-bool ScanNumber(std::FILE *file, int &value) { return std::fscanf(file, "%d", &value) == 1; }
-
 // The complete code words of a file, each of `fields` numbers.
 int CountWords(std::FILE *file, std::int64_t fields) {
   if (fields < 1) return 0;

@@ -210,10 +210,14 @@ template <class V, class T, class S, class R>
 void CplxVectorOps<V, T, S, R>::Import(const char *path, bool threeColumn) {
   using Traits = VectorTraits<V>;
   const int columns = threeColumn ? 3 : 2;
-  ImportRecords<S>(*this, path, Traits::kFileModule, Traits::kScan[columns - 1], columns,
-                   [columns](const S(&fields)[3]) {
-                     return T{fields[columns - 2], fields[columns - 1]};
-                   });
+  ImportRecords<S>(
+      *this, path, Traits::kFileModule,
+      [columns](std::FILE *file, S(&fields)[3]) {
+        return ScanRecord(file, Traits::kScan[columns - 1], columns, fields);
+      },
+      [columns](const S(&fields)[3]) {
+        return T{fields[columns - 2], fields[columns - 1]};
+      });
 }
 
 template <class V, class T, class S, class R> void CplxVectorOps<V, T, S, R>::Export(T *dst, int n) const {

@@ -12,8 +12,10 @@ namespace QORN {
 
 template <class V, class T> void IntVectorText<V, T>::Import(const char *path, bool twoColumn) {
   const int columns = twoColumn ? 2 : 1;
-  ImportRecords<int>(*this, path, VectorTraits<V>::kFileModule, twoColumn ? "%d %d" : "%d", columns,
-                     [columns](const int(&fields)[3]) { return static_cast<T>(fields[columns - 1]); });
+  ImportRecords<int>(
+      *this, path, VectorTraits<V>::kFileModule,
+      [columns](std::FILE *file, int(&fields)[3]) { return ScanRecord(file, columns, fields); },
+      [columns](const int(&fields)[3]) { return static_cast<T>(fields[columns - 1]); });
 }
 
 template <class V, class T> void IntVectorText<V, T>::Dump(const char *path, bool announce) const {

@@ -178,8 +178,12 @@ template <class V, class T> void RealVectorOps<V, T>::Import(const char *path, i
   using Traits = VectorTraits<V>;
   if (columns < 1 || columns > 3) columns = 1;
   if (column < 0 || column >= columns) column = 0;
-  ImportRecords<T>(*this, path, Traits::kFileModule, Traits::kScan[columns - 1], columns,
-                   [column](const T(&fields)[3]) { return fields[column]; });
+  ImportRecords<T>(
+      *this, path, Traits::kFileModule,
+      [columns](std::FILE *file, T(&fields)[3]) {
+        return ScanRecord(file, Traits::kScan[columns - 1], columns, fields);
+      },
+      [column](const T(&fields)[3]) { return fields[column]; });
 }
 
 template <class V, class T> void RealVectorOps<V, T>::Export(T *dst, int n) const { this->CopyTo(dst, n); }

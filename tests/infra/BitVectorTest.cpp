@@ -180,6 +180,37 @@ TEST(BitVector, ImportOfFile_WholeWords_KeepsLowBytes) {
   EXPECT_EQ(ByRows(bits), (Rows{{0, 1}, {255, 1}, {0, 255}, {0, 1}}));
 }
 
+// 2^64 + 1, -2^64 - 1, 2^32 and 2^31 + 2.
+TEST(BitVector, ImportOfFile_NumbersBeyondInt_KeepsLowBytes) {
+  const TempFile file("18446744073709551617 -18446744073709551617 4294967296 2147483650");
+  Bits bits;
+  bits.Import(file.Path(), 4);
+  EXPECT_EQ(ByRows(bits), (Rows{{1, 255, 0, 2}}));
+}
+
+// What the scanning format "%d" takes for a number.
+TEST(BitVector, ImportOfFile_AnyText_StopsWhereNoNumberStands) {
+  const struct {
+    const char *text;
+    Rows rows;
+  } cases[] = {{" \t\n\v\f\r+1-0", {{1}, {0}}},
+               {"1,1", {{1}}},
+               {"1 - 1", {{1}}},
+               {"1 +-1", {{1}}},
+               {"007", {{7}}},
+               {"0x1", {{0}}},
+               {"1 \xA0"
+                "1",
+                {{1}}},
+               {"-", {}}};
+  for (const auto &c : cases) {
+    const TempFile file(c.text);
+    Bits bits;
+    bits.Import(file.Path(), 1);
+    EXPECT_EQ(ByRows(bits), c.rows) << c.text;
+  }
+}
+
 TEST(BitVector, ImportOfFile_WithIndex_DropsTheFirstOfEachWord) {
   const TempFile file("  0 0 1 \n  1 1 1 \n  2 1");
   Bits bits(9, 9);

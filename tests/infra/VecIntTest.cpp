@@ -337,6 +337,16 @@ TEST(VecInt16, Import_OfLargeNumbers_KeepsTheLowBits) {
   EXPECT_EQ(Values(vector), (Integers{-25536, 0, 32767, -1}));
 }
 
+// 2^64 + 5, 2^32 - 2, 2^31 and -2^64 - 3.
+TYPED_TEST(VecIntText, Import_OfNumbersBeyondInt_KeepsTheLowBits) {
+  const TempFile file("18446744073709551621 4294967294 2147483648 -18446744073709551619 +9");
+  TypeParam vector;
+  vector.Import(file.Path());
+  using T = std::decay_t<decltype(vector[0])>;
+  const auto low = [](long long value) { return static_cast<long long>(static_cast<T>(value)); };
+  EXPECT_EQ(Values(vector), (Integers{5, low(-2), low(2147483648LL), low(-3), 9}));
+}
+
 TEST(VecUInt32, Import_OfNegativeNumbers_KeepsTheirBits) {
   const TempFile file("-1 2147483647 -2147483648");
   VecUInt32 vector;
@@ -396,7 +406,7 @@ TEST(VecUInt32, DumpToFile_WritesTheValueOnly) {
 
 TEST(VecUInt32, Import_OfItsDump_GivesTheElements) {
   const TempFile file;
-  const auto vector = Of<VecUInt32>({0, 7, 2147483647LL});
+  const auto vector = Of<VecUInt32>({0, 7, 2147483647LL, 2147483648LL, 4294967295LL});
   vector.Dump(file.Path());
   VecUInt32 back;
   back.Import(file.Path(), false);

@@ -11,8 +11,8 @@ namespace QORN {
 template <class V, class T> class QORN_API IntVectorText : public VectorOps<V, T> {
 public:
   /// Reads a text file of decimal numbers, separated by white space, and resizes to their count. With
-  /// twoColumn each record has two numbers, an index that is dropped and the value. Each is read as a signed
-  /// 32-bit integer, of which T keeps the low bits. Reading stops without a report at the first record that
+  /// twoColumn each record has two numbers, an index that is dropped and the value. T keeps the
+  /// low bits of each. Reading stops without a report at the first record that
   /// is not complete. The file is read twice, so it must allow a return to its start: of a pipe nothing is
   /// kept. Throws QORNException 13001 if the file cannot be opened.
   void Import(const char *path, bool twoColumn = false);
