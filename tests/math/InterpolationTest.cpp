@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 #include "qorn/math/CubicHermiteInterpolation.h"
@@ -159,6 +160,8 @@ TEST(Interpolation, Interpolate_WithoutPoints_Returns10002AndNotANumber) {
 
 using Owner = std::unique_ptr<Interpolation>;
 
+const char *NameOf(const Interpolation &interpolation) { return typeid(interpolation).name(); }
+
 template <class Check> void ForAllKinds(Check check) {
   for (int type = 0; type < 4; ++type) {
     check([type] {
@@ -179,7 +182,7 @@ template <class V> void ExpectScalarIsVector() {
       T got = 99;
       const T v = values[j];
       EXPECT_EQ(one->Interpolate(got, x, y, v), 0);
-      EXPECT_TRUE(test::SameBits(got, T{out[j]})) << typeid(*one).name() << ' ' << v;
+      EXPECT_TRUE(test::SameBits(got, T{out[j]})) << NameOf(*one) << ' ' << v;
     }
   });
 }
@@ -219,11 +222,11 @@ template <class V> void ExpectInPlace() {
     const Owner interpolation = make();
     interpolation->Interpolate(out, x, y, values);
     interpolation->Interpolate(inPlace, x, y, inPlace);
-    EXPECT_EQ(List(inPlace), List(out)) << typeid(*interpolation).name();
+    EXPECT_EQ(List(inPlace), List(out)) << NameOf(*interpolation);
     narrowed.Trim(10);
     for (int j = 0; j <= 600; ++j) narrowed[j] = values[j];
     interpolation->Interpolate(narrowed, x, y, narrowed);
-    EXPECT_EQ(List(narrowed), List(out)) << typeid(*interpolation).name();
+    EXPECT_EQ(List(narrowed), List(out)) << NameOf(*interpolation);
   });
 }
 
@@ -246,7 +249,7 @@ template <class V> void ExpectNoAllocations() {
     interpolation->Interpolate(out, x, y, values);
     interpolation->Interpolate(one, x, y, at);
     if (type != InterpCubicHermite) interpolation->Interpolate(out, shuffled, y, values);
-    EXPECT_EQ(AllocationCount(), before) << typeid(*interpolation).name();
+    EXPECT_EQ(AllocationCount(), before) << NameOf(*interpolation);
   }
 }
 
