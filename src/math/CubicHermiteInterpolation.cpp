@@ -63,15 +63,13 @@ struct CubicHermiteInterpolation::Curve {
     for (int first = 0; first < ne; first += table::kBlock) {
       const int count = std::min(table::kBlock, ne - first);
       table::Find(xs, intervals, xe.GetPtr(first), count, index);
-      for (int j = 0, end = 0; j < count; j = end) {
-        const int i = index[j];
-        while (end < count && index[end] == i) ++end;
-        const int result = chfev(static_cast<double>(xs[i]), static_cast<double>(xs[i + 1]),
-                                 static_cast<double>(ys[i]), static_cast<double>(ys[i + 1]), d[i], d[i + 1],
-                                 end - j, xe, first + j, ye, first + j, next);
+      table::ForRuns(index, count, [&, first](int j, int length, int i) {
+        const int result =
+            chfev(static_cast<double>(xs[i]), static_cast<double>(xs[i + 1]), static_cast<double>(ys[i]),
+                  static_cast<double>(ys[i + 1]), d[i], d[i + 1], length, xe, first + j, ye, first + j, next);
         const bool strays = (i > 0 && next[0] > 0) || (i < intervals - 1 && next[1] > 0);
         if (result < 0 || strays) exit(1);
-      }
+      });
     }
   }
 

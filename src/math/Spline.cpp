@@ -52,7 +52,6 @@ struct Spline::Evaluation {
 
   template <class T> static T Cubic(const T *x, const T *y, const T *y2, int low, int high, T v) {
     const T h = x[high] - x[low];
-    if (h == 0) return y[high];
     const T a = (x[high] - v) / h, b = (v - x[low]) / h;
     const T bend = ((b * b * b - b) * y2[high] + (a * a * a - a) * y2[low]) * (h * h);
     return static_cast<T>(Wide(bend) / 6.0 + Wide(y[high] * b + y[low] * a));
@@ -81,7 +80,7 @@ struct Spline::Evaluation {
     }
     spline.m_low = low;
     spline.m_high = high;
-    return Cubic(x, y, y2, low, high, v);
+    return x[high] - x[low] == 0 ? y[high] : Cubic(x, y, y2, low, high, v);
   }
 
   // In a table that ascends, the bracket does not matter and every value is looked up by itself.
