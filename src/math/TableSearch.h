@@ -135,7 +135,7 @@ int InterpolateOne(I &interpolation, V &in, V &out, T &yOut, const V &x, const V
   in.Resize(1);
   in[0] = xIn;
   const int result = interpolation.Interpolate(out, x, y, in);
-  yOut = out[0];
+  if (out.GetSize() > 0) yOut = out[0];
   return result;
 }
 

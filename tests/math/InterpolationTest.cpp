@@ -213,6 +213,18 @@ TEST(Interpolation, Interpolate_OfOneValue_RunsTheVectorFormOfTheObject) {
   EXPECT_EQ(f, 7.0F);
 }
 
+TEST(Interpolation, Interpolate_OfOneValueByAVectorFormWithoutAResult_KeepsTheDestination) {
+  struct Refusing : Interpolation {
+    using Interpolation::Interpolate;
+    int Interpolate(VecReal64 &, const VecReal64 &, const VecReal64 &, const VecReal64 &) override {
+      return 44;
+    }
+  } refusing;
+  double d = 9;
+  EXPECT_EQ(refusing.Interpolate(d, VecReal64(), VecReal64(), 5.0), 44);
+  EXPECT_EQ(d, 9.0);
+}
+
 template <class V> void ExpectInPlace() {
   const auto x = Of<V>({0, 1, 2, 4}), y = Of<V>({0, 1, -2, 3});
   V values(601);
