@@ -1,6 +1,8 @@
 #include "qorn/math/Detector.h"
 
 #include "Elementwise.h"
+#include "infra/kernels/Lanes.h"
+#include "infra/kernels/Levels.h"
 #include "qorn/infra/VecReal32.h"
 #include "qorn/math/MathUtils.h"
 #include "qorn/math/VecUtils.h"
@@ -9,45 +11,67 @@ namespace QORN {
 
 namespace {
 
-// point(samples, dst) makes what stands at dst of a block of `ratio` samples.
-template <class Point>
-void ForEachBlock(VecReal32 &dst, const VecReal32 &src, int ratio, int points, Point point) {
-  for (int b = 0; b < src.GetSize() / ratio; ++b) point(src.GetPtr(b * ratio), dst.GetPtr(b * points));
+// Samples of which the logarithms are kept at a time, in the nearest cache.
+constexpr int kPiece = 4096;
+static_assert(kPiece % kernels::kSumLanes == 0, "pieces of a block go on in the first lane");
+
+void GuardedLn(float *dst, const float *src, int n) {
+  Kernels<float>::Copy(src, dst, n);
+  Kernels<float>::AddC(static_cast<float>(MathUtils::kLogZeroOffset), dst, n);
+  Kernels<float>::Ln(dst, dst, n);
+}
+
+float MeanOfLn(const float *block, int ratio) {
+  float logarithms[kPiece];
+  double lanes[kernels::kSumLanes] = {};
+  for (int start = 0; start < ratio; start += std::min(kPiece, ratio - start)) {
+    const int n = std::min(kPiece, ratio - start);
+    GuardedLn(logarithms, block + start, n);
+    kernels::active->AddToLanes(logarithms, n, lanes);
+  }
+  return kernels::active->MeanOfLanes(lanes, ratio);
+}
+
+void MeansOfLn(const float *src, int ratio, float *dst, int blocks) {
+  if (ratio > kPiece) {
+    for (int b = 0; b < blocks; ++b) dst[b] = MeanOfLn(src + std::ptrdiff_t{b} * ratio, ratio);
+    return;
+  }
+  float logarithms[kPiece];
+  const int group = kPiece / ratio;
+  for (int b = 0; b < blocks; b += std::min(group, blocks - b)) {
+    const int count = std::min(group, blocks - b);
+    GuardedLn(logarithms, src + std::ptrdiff_t{b} * ratio, count * ratio);
+    kernels::active->DetectMean(logarithms, ratio, dst + b, count);
+  }
 }
 
 void Detect(VecReal32 &dst, const VecReal32 &src, int ratio, DetectorType type) {
+  const kernels::Table &kernel = *kernels::active;
+  const float *x = src.GetPtr();
+  float *y = dst.GetPtr();
+  const int blocks = src.GetSize() / ratio;
   switch (type) {
   case DetectorAverage:
   case DetectorAverageAlt:
-    return ForEachBlock(dst, src, ratio, 1,
-                        [=](const float *x, float *y) { TargetLib::Mean_32f(x, ratio, y); });
+    return kernel.DetectMean(x, ratio, y, blocks);
   case DetectorPeak:
   case DetectorPeakAlt:
-    return ForEachBlock(dst, src, ratio, 1,
-                        [=](const float *x, float *y) { TargetLib::Max_32f(x, ratio, y); });
+    return kernel.DetectMax(x, ratio, y, blocks);
   case DetectorMin:
-    return ForEachBlock(dst, src, ratio, 1,
-                        [=](const float *x, float *y) { TargetLib::Min_32f(x, ratio, y); });
+    return kernel.DetectMin(x, ratio, y, blocks);
   case DetectorPeakAndMin:
-    return ForEachBlock(dst, src, ratio, 2, [=](const float *x, float *y) {
-      TargetLib::Max_32f(x, ratio, y);
-      TargetLib::Min_32f(x, ratio, y + 1);
-    });
-  case DetectorRms: {
-    const auto root = static_cast<float>(MathUtils::Sqrt(static_cast<double>(ratio)));
-    return ForEachBlock(dst, src, ratio, 1, [=](const float *x, float *y) {
-      TargetLib::Norm_L2_32f(x, ratio, y);
-      *y /= root;
-    });
+    return kernel.DetectMaxMin(x, ratio, y, blocks);
+  case DetectorRms:
+    return kernel.DetectNorm(x, ratio, static_cast<float>(MathUtils::Sqrt(static_cast<double>(ratio))), y,
+                             blocks);
+  case DetectorPointSample: {
+    int written = 0, phase = 0;
+    return TargetLib::SampleDown_32f(x, blocks * ratio, y, &written, ratio, &phase);
   }
-  case DetectorPointSample:
-    return ForEachBlock(dst, src, ratio, 1, [](const float *x, float *y) { *y = *x; });
-  case DetectorLogAverage: {
-    VecReal32 logarithms;
-    MathUtils::Ln(logarithms, src, MathUtils::Log0Check);
-    Detect(dst, logarithms, ratio, DetectorAverage);
+  case DetectorLogAverage:
+    MeansOfLn(x, ratio, y, blocks);
     return MathUtils::Exp(dst);
-  }
   default:
     return;
   }

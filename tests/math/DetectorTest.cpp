@@ -202,7 +202,7 @@ TEST(Detector, AnyType_NoMemory_Throws11001) {
 // result.
 
 struct Point {
-  float average, peak, min, rms, logAverage;
+  float first, average, peak, min, rms, logAverage;
 };
 
 Point PointOf(const float *x, int n) {
@@ -216,7 +216,11 @@ Point PointOf(const float *x, int n) {
     min = std::min(min, x[i]);
   }
   const auto mean = [n](Quad total) { return static_cast<long double>(total / n); };
-  return {static_cast<float>(mean(sum)), peak, min, static_cast<float>(std::sqrt(mean(squares))),
+  return {x[0],
+          static_cast<float>(mean(sum)),
+          peak,
+          min,
+          static_cast<float>(std::sqrt(mean(squares))),
           static_cast<float>(std::exp(mean(logarithms)))};
 }
 
@@ -239,55 +243,41 @@ std::vector<int> Ratios() {
 TEST(Detector, AnyType_EveryRatioAndLevel_IsRight) {
   const std::vector<float> samples = Levels(12345 + 11);
   const VecReal32 src = Of<VecReal32>(samples);
-  for (const kernels::Level &level : kernels::AvailableLevels()) {
-    const kernels::ScopedLevel scope(level);
-    for (const int ratio : Ratios()) {
-      const int blocks = src.GetSize() / ratio;
-      for (const DetectorType type : kAll) {
-        if (type == DetectorNone || type > DetectorLogAverage || type < 0) continue;
-        const int points = type == DetectorPeakAndMin ? 2 : 1;
-        VecReal32 dst(blocks * points + 1);
-        dst[blocks * points] = -7;
+  for (const int ratio : Ratios()) {
+    const int blocks = src.GetSize() / ratio;
+    std::vector<Point> points;
+    for (int b = 0; b < blocks; ++b) points.push_back(PointOf(src.GetPtr(b * ratio), ratio));
+    for (const kernels::Level &level : kernels::AvailableLevels()) {
+      const kernels::ScopedLevel scope(level);
+      // right(block, results) for all blocks, with a guard behind the results.
+      const auto check = [&](DetectorType type, int perBlock, auto right) {
+        VecReal32 dst(blocks * perBlock + 1);
+        dst[blocks * perBlock] = -7;
         Detector::DetectAndDecimate(dst, src, ratio, type);
-        ASSERT_EQ(dst.GetSize(), blocks * points);
-        dst.Resize(blocks * points + 1);
-        ASSERT_EQ(dst[blocks * points], -7) << level.name << ' ' << type << ' ' << ratio;
+        ASSERT_EQ(dst.GetSize(), blocks * perBlock);
+        dst.Resize(blocks * perBlock + 1);
+        ASSERT_EQ(dst[blocks * perBlock], -7) << level.name << ' ' << type << ' ' << ratio;
         for (int b = 0; b < blocks; ++b) {
-          const Point want = PointOf(src.GetPtr(b * ratio), ratio);
-          const float got = dst[b * points];
-          // Sums of positive doubles round once to float; the root's quotient and the mean of logarithms
-          // (magnitudes up to 7, to half a unit each) add roundings of their own.
-          const auto within = [&](float value, double ulps) { return test::WithinUlps{ulps}(got, value); };
-          bool right = true;
-          switch (type) {
-          case DetectorAverage:
-          case DetectorAverageAlt:
-            right = within(want.average, 1);
-            break;
-          case DetectorPeak:
-          case DetectorPeakAlt:
-            right = got == want.peak;
-            break;
-          case DetectorMin:
-            right = got == want.min;
-            break;
-          case DetectorPeakAndMin:
-            right = got == want.peak && dst[2 * b + 1] == want.min;
-            break;
-          case DetectorRms:
-            right = within(want.rms, 2);
-            break;
-          case DetectorPointSample:
-            right = got == src[b * ratio];
-            break;
-          default:
-            right = within(want.logAverage, 8);
-            break;
-          }
-          ASSERT_TRUE(right) << level.name << ", type " << type << ", ratio " << ratio << ", block " << b
-                             << ": " << got;
+          ASSERT_TRUE(right(points[static_cast<std::size_t>(b)], dst.GetPtr(b * perBlock)))
+              << level.name << ", type " << type << ", ratio " << ratio << ", block " << b;
         }
-      }
+      };
+      // Sums of positive doubles round once to float; the root's quotient and the mean of logarithms
+      // (magnitudes up to 7, to half a unit each) add roundings of their own.
+      const auto average = [](const Point &p, const float *x) { return test::WithinUlps{1}(*x, p.average); };
+      const auto peak = [](const Point &p, const float *x) { return *x == p.peak; };
+      check(DetectorAverage, 1, average);
+      check(DetectorAverageAlt, 1, average);
+      check(DetectorPeak, 1, peak);
+      check(DetectorPeakAlt, 1, peak);
+      check(DetectorMin, 1, [](const Point &p, const float *x) { return *x == p.min; });
+      check(DetectorPeakAndMin, 2,
+            [](const Point &p, const float *x) { return x[0] == p.peak && x[1] == p.min; });
+      check(DetectorRms, 1, [](const Point &p, const float *x) { return test::WithinUlps{2}(*x, p.rms); });
+      check(DetectorPointSample, 1, [](const Point &p, const float *x) { return *x == p.first; });
+      check(DetectorLogAverage, 1,
+            [](const Point &p, const float *x) { return test::WithinUlps{8}(*x, p.logAverage); });
+      if (HasFatalFailure()) return;
     }
   }
 }

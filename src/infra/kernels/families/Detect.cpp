@@ -1,0 +1,259 @@
+#include "infra/fourier/passes/Vec.h"
+#include "infra/kernels/Lanes.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+// A kernel call for each block would take longer than a short block itself. So each block is brought down to
+// one narrow vector, and the vectors of a few blocks together to their results. A block is read in rows, no
+// wider than it needs; what its last row lacks is replaced by what changes nothing.
+
+// The first count elements from p on, and `other` in the lanes beyond. Nothing is read from end on.
+template <int kL>
+[[gnu::always_inline]] inline Vec<float, kL> LoadPart(const float *p, Index count, const float *end,
+                                                      float other) {
+  using F = Vec<float, kL>;
+  F x = {};
+  if (end - p >= kL) {
+    x = Load<F>(p);
+  } else {
+    float part[kL] = {};
+    for (Index i = 0; i < kL && i < count; ++i) part[i] = p[i];
+    x = Load<F>(part);
+  }
+  Vec<std::int32_t, kL> lane;
+  for (int j = 0; j < kL; ++j) lane[j] = j;
+  return lane < static_cast<std::int32_t>(count < kL ? count : kL) ? x : Broadcast<F>(other);
+}
+
+template <int kFirst, class E, int... I> [[gnu::always_inline]] inline auto Lanes(E a, E b, Seq<I...>) {
+  return __builtin_shufflevector(a, b, (kFirst + I)...);
+}
+template <int kUpper, int kL, class E> [[gnu::always_inline]] inline auto Half(E x) {
+  return Lanes<kUpper * kL / 2>(x, x, MakeSeq<kL / 2>{});
+}
+
+// Combines lane j with lane j + half of it, until kTo of kL lanes are left.
+template <int kTo, int kL, class E, class F> [[gnu::always_inline]] inline auto Folded(E x, F combine) {
+  if constexpr (kL == kTo) {
+    return x;
+  } else {
+    return Folded<kTo, kL / 2>(combine(Half<0, kL>(x), Half<1, kL>(x)), combine);
+  }
+}
+
+// Sums in double, in the lanes and with the order of every sum of the library.
+
+// GCC splits the conversion of a generic vector into narrower ones; and it warns of what the form without a
+// mask leaves undefined.
+[[gnu::always_inline]] inline Vec<double, 2> Widened(Vec<float, 2> x) {
+  return __builtin_convertvector(x, Vec<double, 2>);
+}
+#if defined(__AVX2__)
+[[gnu::always_inline]] inline Vec<double, 4> Widened(Vec<float, 4> x) { return _mm256_cvtps_pd(x); }
+#endif
+#if defined(__AVX512F__)
+[[gnu::always_inline]] inline Vec<double, 8> Widened(Vec<float, 8> x) {
+  return _mm512_maskz_cvtps_pd(0xff, x);
+}
+#endif
+
+struct Value {
+  template <class E> static E Of(E x) { return x; }
+};
+struct Square {
+  template <class E> static E Of(E x) { return Rounded(x * x); }
+};
+
+// kWidth lanes, of which those of absent elements are zeros.
+template <class Term, int kWidth> struct Sums {
+  static constexpr int kL = kLanes<double, kWidth>;
+  static constexpr int kN = kWidth / kL;
+  using D = Vec<double, kL>;
+  using F = Vec<float, kL>;
+  D lane[kN] = {};
+
+  [[gnu::always_inline]] void Add(const float *x, Index len, const float *end) {
+    for (; len >= kWidth; len -= kWidth, x += kWidth) {
+      Unroll<kN>([&](auto k) { lane[k] += Term::Of(Widened(Load<F>(x + k * kL))); });
+    }
+    Unroll<kN>([&](auto k) {
+      if (len > k * kL) lane[k] += Term::Of(Widened(LoadPart<kL>(x + k * kL, len - k * kL, end, 0.0F)));
+    });
+  }
+
+  // Lane j and lane j + half of them, down to the last two.
+  [[gnu::always_inline]] Vec<double, 2> Pair() {
+    for (int half = kN / 2; half > 0; half /= 2) {
+      for (int k = 0; k < half; ++k) lane[k] += lane[k + half];
+    }
+    return Folded<2, kL>(lane[0], [](auto a, auto b) { return a + b; });
+  }
+};
+
+// The sums of count blocks, whose elements end at end.
+template <class Term, int kWidth>
+void SumsOf(const float *src, Index ratio, int count, const float *end, double *sum) {
+  const auto pair = [=](int b) {
+    Sums<Term, kWidth> sums;
+    sums.Add(src + b * ratio, ratio, end);
+    return sums.Pair();
+  };
+  int b = 0;
+  for (; b + 2 <= count; b += 2) {
+    const Vec<double, 2> first = pair(b), second = pair(b + 1);
+    Store(sum + b,
+          __builtin_shufflevector(first, second, 0, 2) + __builtin_shufflevector(first, second, 1, 3));
+  }
+  if (b < count) {
+    const Vec<double, 2> last = pair(b);
+    sum[b] = last[0] + last[1];
+  }
+}
+
+template <class Term> void SumsOf(const float *src, Index ratio, int count, const float *end, double *sum) {
+  static_assert(kSumLanes == 32);
+  if (ratio <= 2) return SumsOf<Term, 2>(src, ratio, count, end, sum);
+  if (ratio <= 4) return SumsOf<Term, 4>(src, ratio, count, end, sum);
+  if (ratio <= 8) return SumsOf<Term, 8>(src, ratio, count, end, sum);
+  if (ratio <= 16) return SumsOf<Term, 16>(src, ratio, count, end, sum);
+  return SumsOf<Term, 32>(src, ratio, count, end, sum);
+}
+
+constexpr int kGroup = 64;
+
+template <class Term, class Finish>
+void DetectSums(const float *src, Index ratio, float *dst, Index blocks, Finish finish) {
+  double sum[kGroup];
+  for (Index start = 0; start < blocks; start += kGroup) {
+    const int count = static_cast<int>(blocks - start < kGroup ? blocks - start : kGroup);
+    SumsOf<Term>(src + start * ratio, ratio, count, src + blocks * ratio, sum);
+    for (int b = 0; b < count; ++b) dst[start + b] = static_cast<float>(finish(sum[b]));
+  }
+}
+
+void DetectMeans(const float *src, int ratio, float *dst, int blocks) {
+  DetectSums<Value>(src, ratio, dst, blocks,
+                    [count = static_cast<double>(ratio)](double sum) { return sum / count; });
+}
+void DetectNorms(const float *src, int ratio, float root, float *dst, int blocks) {
+  DetectSums<Square>(src, ratio, dst, blocks,
+                     [root](double sum) { return static_cast<float>(__builtin_sqrt(sum)) / root; });
+}
+
+void AddPiece(const float *src, int len, double *lanes) {
+  Sums<Value, kSumLanes> sums;
+  __builtin_memcpy(sums.lane, lanes, sizeof sums.lane);
+  sums.Add(src, len, src + len);
+  __builtin_memcpy(lanes, sums.lane, sizeof sums.lane);
+}
+float FoldedMean(const double *lanes, int count) {
+  Sums<Value, kSumLanes> sums;
+  __builtin_memcpy(sums.lane, lanes, sizeof sums.lane);
+  const Vec<double, 2> pair = sums.Pair();
+  return static_cast<float>((pair[0] + pair[1]) / static_cast<double>(count));
+}
+
+// Extremes. The search starts from what every number beats, and not-a-number beats nothing.
+struct Above {
+  static constexpr float kWorst = -__builtin_inff();
+  template <class E> static E Of(E x, E best) { return x > best ? x : best; }
+};
+struct Below {
+  static constexpr float kWorst = __builtin_inff();
+  template <class E> static E Of(E x, E best) { return x < best ? x : best; }
+};
+
+// The extreme in each of four lanes, of a block of one row or of any length.
+template <class Order, int kL, bool kOneRow>
+[[gnu::always_inline]] inline Vec<float, 4> BestFour(const float *x, Index len, const float *end) {
+  using F = Vec<float, kL>;
+  const F worst = Broadcast<F>(Order::kWorst);
+  const auto last = [=](const float *row, Index rest) {
+    return Order::Of(rest < kL ? LoadPart<kL>(row, rest, end, Order::kWorst) : Load<F>(row), worst);
+  };
+  const auto order = [](auto a, auto b) { return Order::Of(a, b); };
+  if constexpr (kOneRow) return Folded<4, kL>(last(x, len), order);
+  F best[4] = {worst, worst, worst, worst}; // chains of comparisons at once
+  for (; len >= 4 * kL; len -= 4 * kL, x += 4 * kL) {
+    Unroll<4>([&](auto k) { best[k] = Order::Of(Load<F>(x + k * kL), best[k]); });
+  }
+  Unroll<4>([&](auto k) {
+    if (len > k * kL) best[k] = Order::Of(last(x + k * kL, len - k * kL), best[k]);
+  });
+  return Folded<4, kL>(Order::Of(Order::Of(best[0], best[1]), Order::Of(best[2], best[3])), order);
+}
+
+// Where different elements could have given the value, a zero of either sign or the start of the search, the
+// first one counts, and without a number the first of all.
+template <class Order> inline float Settled(float best, const float *x, Index len) {
+  if (best != 0.0F && best != Order::kWorst) return best;
+  for (Index i = 0; i < len; ++i) {
+    if (x[i] == best) return x[i];
+  }
+  return x[0];
+}
+
+template <class Order, int kL, bool kOneRow>
+void ExtremesOf(const float *src, Index ratio, int count, const float *end, float *best) {
+  const auto four = [=](int b) __attribute__((always_inline)) {
+    return BestFour<Order, kL, kOneRow>(src + b * ratio, ratio, end);
+  };
+  int b = 0;
+  for (; b + 4 <= count; b += 4) {
+    using F = Vec<float, 4>;
+    const auto two = [=](int first) {
+      const F x = four(first), y = four(first + 1);
+      return Order::Of(__builtin_shufflevector(x, y, 0, 1, 4, 5), __builtin_shufflevector(x, y, 2, 3, 6, 7));
+    };
+    const F x = two(b), y = two(b + 2);
+    Store(best + b,
+          Order::Of(__builtin_shufflevector(x, y, 0, 2, 4, 6), __builtin_shufflevector(x, y, 1, 3, 5, 7)));
+  }
+  for (; b < count; ++b) {
+    const Vec<float, 4> x = four(b);
+    best[b] = Order::Of(Order::Of(x[0], x[1]), Order::Of(x[2], x[3]));
+  }
+  int doubtful = 0;
+  for (b = 0; b < count; ++b) doubtful |= (best[b] == 0.0F) | (best[b] == Order::kWorst);
+  for (b = 0; b < count && doubtful != 0; ++b) best[b] = Settled<Order>(best[b], src + b * ratio, ratio);
+}
+
+template <class Order>
+void ExtremesOf(const float *src, Index ratio, int count, const float *end, float *best) {
+  constexpr int kMost = kRegisterBytes / static_cast<int>(sizeof(float));
+  if (ratio <= 4) return ExtremesOf<Order, 4, true>(src, ratio, count, end, best);
+  if constexpr (kMost >= 8) {
+    if (ratio <= 8) return ExtremesOf<Order, 8, true>(src, ratio, count, end, best);
+  }
+  if constexpr (kMost >= 16) {
+    if (ratio <= 16) return ExtremesOf<Order, 16, true>(src, ratio, count, end, best);
+  }
+  return ExtremesOf<Order, kMost, false>(src, ratio, count, end, best);
+}
+
+// One point of a block for each order. Groups are short enough to be in the nearest caches for the second.
+template <int kPoints, class... Orders>
+void DetectExtremes(const float *src, int ratio, float *dst, int blocks) {
+  constexpr Index kSamples = 4096;
+  float best[kPoints][kGroup];
+  const Index wanted = kSamples / ratio / 4 * 4;
+  const Index group = wanted > kGroup ? kGroup : wanted < 1 ? 1 : wanted;
+  for (Index start = 0; start < blocks; start += group) {
+    const int count = static_cast<int>(blocks - start < group ? blocks - start : group);
+    const float *const block = src + start * ratio, *const end = src + Index{blocks} * ratio;
+    int point = 0;
+    (ExtremesOf<Orders>(block, ratio, count, end, kPoints == 1 ? dst + start : best[point++]), ...);
+    if constexpr (kPoints == 1) continue;
+    for (int b = 0; b < count; ++b) {
+      for (int k = 0; k < kPoints; ++k) dst[(start + b) * kPoints + k] = best[k][b];
+    }
+  }
+}
+
+} // namespace
+
+#define QORN_FAMILY "Detect.inc"
+#include "Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL
