@@ -145,7 +145,7 @@ void Run(const Options &options) {
     head.samples = parameters.Total();
     head.rate = parameters.rate;
     head.centre = centre;
-    head.step = step = StepFor(format, figures.largest);
+    head.step = step = StepFor(format, figures.largest > 0.0 ? figures.largest : 1.0);
     head.level = parameters.level;
     files.Write({[&](std::ostream &out) { WriteSheet(out, parameters, figures.start); },
                  [&](std::ostream &out) { WriteRecording(out, parameters, format, head, progress); }});
@@ -171,7 +171,7 @@ void AddGenerate(CLI::App &app) {
   command->footer("Signals: " + Wrapped(SignalNames(), 9) +
                   ".\n"
                   "Formats: " +
-                  Wrapped(FormatNames(), 9) +
+                  FormatNames() +
                   "; the last four are raw pairs of I and Q.\n"
                   "\n"
                   "The level is that of the carrier (cw, am, fm, pm, fsk), of the mean power (psk,\n"
@@ -180,10 +180,11 @@ void AddGenerate(CLI::App &app) {
                   "Widths of pulses that are not --sharp get edges, 5 % longer. The burst has a\n"
                   "silent tenth in front, and recurs if the signal is longer than it can be.\n"
                   "\n"
-                  "A recording is one signal, made in one piece, or --repeat of them with new random\n"
-                  "data and phases in each, and with noise also in the gaps. With --fixed-phase, all\n"
-                  "but psk, qam, fsk and 80211a go on without a jump if a signal is a whole number of\n"
-                  "their periods. The same options always give the same recording.");
+                  "A recording is one signal, made in one piece, or --repeat of them, with new\n"
+                  "random data and phases in each, and with noise also in the gaps. With\n"
+                  "--fixed-phase, all but psk, qam, fsk and 80211a go on without a jump if a signal\n"
+                  "is a whole number of their periods. The same options always give the same\n"
+                  "recording.");
   command->callback([options] { Run(*options); });
 }
 

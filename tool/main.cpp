@@ -23,7 +23,7 @@ int Fail(int status, std::string message) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App app("Measures, filters and makes recorded IQ files, and knows filters, windows and units.",
+  CLI::App app("Measures, filters and makes IQ recordings, and knows filters, windows and units.",
                "qorn");
   app.set_version_flag("--version", "qorn " QORN_VERSION_STRING);
   app.require_subcommand(1);

@@ -778,7 +778,7 @@ TEST_F(Generate, Help_EveryOption_HasBoundsAndDefault) {
   std::size_t widest = 0;
   std::istringstream lines(outcome.out);
   for (std::string line; std::getline(lines, line);) widest = std::max(widest, line.size());
-  EXPECT_LE(widest, 88U);
+  EXPECT_LE(widest, 80U);
 }
 
 } // namespace
