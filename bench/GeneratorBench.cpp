@@ -2,6 +2,9 @@
 // samples per symbol where there are symbols; those named 2.7 have that many, resampled from 3. The peers
 // shape as many symbols with as many taps (201) and do no more: their symbols are drawn beforehand, and they
 // neither resample nor set a level and a phase.
+//
+// OfdmBurst is the 802.11a burst at 54 Mbit/s, at the rate of its transform, and those with a number at so
+// many samples for one of these.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
@@ -10,6 +13,7 @@
 
 #include "peers/generator.h"
 #include "qorn/dsp/BasebandSigGen.h"
+#include "qorn/dsp/OFDMSigGen.h"
 
 namespace {
 
@@ -31,14 +35,7 @@ constexpr Row kRows[] = {
     {"Pulse", Gen::Pulse, false, 0}, {"Chirp", Gen::Chirp, false, 0},
 };
 
-void Ours(benchmark::State &state, Gen::SignalType type, double samplesPerSymbol, int n, bool addNoise) {
-  Gen generator(type);
-  generator.SetSampleRate(1e6);
-  generator.SetParameters_CW(12345.0);
-  generator.SetParameters_AM_FM_PM(1000.0, 50.0);
-  generator.SetParameters_PSK_QAM(1e6 / samplesPerSymbol, 0.25);
-  generator.SetParameters_FSK(1e6 / samplesPerSymbol, 50e3, false);
-  generator.SetParameters_Pulse(100e-6, 500e-6, 200e3);
+void Run(benchmark::State &state, Gen &generator, int n, bool addNoise) {
   QORN::VecCplx32 signal;
   generator.GenerateSignal(signal, n, addNoise);
   for (auto _ : state) {
@@ -47,6 +44,23 @@ void Ours(benchmark::State &state, Gen::SignalType type, double samplesPerSymbol
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * n);
+}
+
+void Ours(benchmark::State &state, Gen::SignalType type, double samplesPerSymbol, int n, bool addNoise) {
+  Gen generator(type);
+  generator.SetSampleRate(1e6);
+  generator.SetParameters_CW(12345.0);
+  generator.SetParameters_AM_FM_PM(1000.0, 50.0);
+  generator.SetParameters_PSK_QAM(1e6 / samplesPerSymbol, 0.25);
+  generator.SetParameters_FSK(1e6 / samplesPerSymbol, 50e3, false);
+  generator.SetParameters_Pulse(100e-6, 500e-6, 200e3);
+  Run(state, generator, n, addNoise);
+}
+
+void Burst(benchmark::State &state, double ratio, int n) {
+  QORN::OFDMSigGen generator;
+  generator.SetSampleRate(40e6 * ratio);
+  Run(state, generator, n, false);
 }
 
 #if defined(QORN_PEER_LIQUID)
@@ -70,6 +84,12 @@ void Peer(benchmark::State &state, const Row &row, int n) {
 #endif
 
 [[maybe_unused]] const bool registered = [] {
+  for (const int n : {4096, 65536}) {
+    const std::string size = std::to_string(n);
+    benchmark::RegisterBenchmark(("OfdmBurst/best/" + size).c_str(), Burst, 1.0, n);
+    benchmark::RegisterBenchmark(("OfdmBurst_0.5/best/" + size).c_str(), Burst, 0.5, n);
+    benchmark::RegisterBenchmark(("OfdmBurst_1.536/best/" + size).c_str(), Burst, 1.536, n);
+  }
   for (const int n : {4096, 262144}) {
     const std::string size = std::to_string(n);
     for (const Row &row : kRows) {
