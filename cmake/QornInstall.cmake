@@ -1,4 +1,4 @@
-# The installed package: headers, library, tool, a CMake package and a pkg-config file. Both files find their way
+# The installed package: headers, libraries, tool, a CMake package and a pkg-config file. Both files find their way
 # from where they lie, so that the installed tree can be moved.
 include(CMakePackageConfigHelpers)
 
@@ -6,6 +6,12 @@ install(TARGETS qorn EXPORT qornTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
+if(TARGET qorn_c)
+  install(TARGETS qorn_c EXPORT qornTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
+  install(FILES binding/c/qorn_c.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
+endif()
 install(DIRECTORY include/qorn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development FILES_MATCHING PATTERN "*.h")
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qorn)
@@ -26,5 +32,11 @@ endfunction()
 qorn_pc_path(QORN_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
 qorn_pc_path(QORN_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
 file(RELATIVE_PATH QORN_PC_PREFIX_FROM_HERE "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
-configure_file(cmake/qorn.pc.in qorn.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/qorn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
+foreach(library qorn qorn_c)
+  if(TARGET ${library})
+    set(QORN_PC_LIBRARY ${library})
+    configure_file(cmake/qorn.pc.in ${library}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+      COMPONENT Development)
+  endif()
+endforeach()

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the package to a folder of its own, moves it, and builds and runs a small program against it: by
+# Installs the package to a folder of its own, moves it, and builds and runs small programs against it: by
 # find_package, and by pkg-config.
 # Arguments: the build folder, the folder of this script, a scratch folder, the compiler, the generator.
 set -eu
@@ -17,10 +17,15 @@ cmake -G "$generator" -S "$source/consumer" -B "$scratch/build" -DCMAKE_PREFIX_P
   -DCMAKE_BUILD_TYPE=Release >"$scratch/configure.log"
 cmake --build "$scratch/build" >"$scratch/build.log"
 "$scratch/build/consumer"
+"$scratch/build/c_consumer"
 
 pc=$(find "$scratch/moved" -name qorn.pc)
 PKG_CONFIG_PATH=$(dirname "$pc")
 export PKG_CONFIG_PATH
 # shellcheck disable=SC2046
 "$compiler" -std=c++17 "$source/consumer/main.cpp" -o "$scratch/consumer" $(pkg-config --cflags --libs qorn)
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir qorn) "$scratch/consumer"
+cc -std=c11 "$source/../binding/c_program.c" -o "$scratch/c_consumer" $(pkg-config --cflags --libs qorn_c) -lm
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir qorn)
+export LD_LIBRARY_PATH
+"$scratch/consumer"
+"$scratch/c_consumer"
