@@ -79,6 +79,7 @@
 
 #include "qorn/utils/CMatlabEngine.h"
 #include "qorn/utils/IQFReader.h"
+#include "qorn/utils/MLAccess.h"
 #include "qorn/utils/MatlabProcess.h"
 #include "qorn/utils/UnitTestRecorder.h"
 #include "qorn/utils/XIQReader.h"

@@ -258,22 +258,22 @@ private:
   ChildProcess m_child;
 };
 
-MatlabProcess::MatlabProcess(const char *interpreter, double timeLimit_) : timeLimit(timeLimit_) {
+MatlabProcess::MatlabProcess(const char *interpreter, double timeLimit) : m_timeLimit(timeLimit) {
   try {
     const std::vector<const char *> candidates =
         interpreter != nullptr ? std::vector{interpreter} : std::vector{"matlab", "octave-cli"};
     for (const char *candidate : candidates) {
-      session = std::make_unique<Session>(candidate);
-      if (session->Started()) break;
+      m_session = std::make_unique<Session>(candidate);
+      if (m_session->Started()) break;
     }
-    if (!session->Started()) {
-      session.reset();
+    if (!m_session->Started()) {
+      m_session.reset();
       lastResult = MatlabEnded;
       SetMessage("no interpreter could be started");
       return;
     }
     std::string message;
-    lastResult = session->Greet(timeLimit, message);
+    lastResult = m_session->Greet(timeLimit, message);
     SetMessage(message);
     initialized = lastResult == MatlabOk;
   } catch (const std::bad_alloc &) {
@@ -287,22 +287,22 @@ int MatlabProcess::Ask(const std::string &code) {
   std::string message;
   int result = MatlabEnded;
   try {
-    result = session->Try(code, timeLimit, message);
+    result = m_session->Try(code, m_timeLimit, message);
   } catch (...) {
     // What the interpreter has been told, and what it will answer, is not known any more.
     initialized = false;
-    session.reset();
+    m_session.reset();
     throw;
   }
   SetMessage(message);
   if (result == MatlabTimedOut || result == MatlabEnded) {
     initialized = false;
-    session.reset();
+    m_session.reset();
   }
   return result;
 }
 
-int MatlabProcess::OnExecute(const char *text) { return Ask(Code("#eval(@1);", {session->Literal(text)})); }
+int MatlabProcess::OnExecute(const char *text) { return Ask(Code("#eval(@1);", {m_session->Literal(text)})); }
 
 // Matrices go row by row, and the interpreter keeps columns. The size is set anew, since there are kinds of
 // empty.
@@ -310,8 +310,8 @@ int MatlabProcess::OnPutFullMatrix(const char *name, const double *re, const dou
                                    int columns) {
   const std::int64_t bytes = BytesOf(rows, columns);
   const auto part = static_cast<std::size_t>(bytes);
-  if (!session->Reserve(im != nullptr ? 2 * bytes : bytes) || !session->shared.WriteAt(0, re, part) ||
-      (im != nullptr && !session->shared.WriteAt(bytes, im, part)))
+  if (!m_session->Reserve(im != nullptr ? 2 * bytes : bytes) || !m_session->shared.WriteAt(0, re, part) ||
+      (im != nullptr && !m_session->shared.WriteAt(bytes, im, part)))
     return MatlabNoMemory;
   const std::string read = Code("#reshape(#fread(${1},[@1,@2],'double=>double').',@2,@1);",
                                 {std::to_string(columns), std::to_string(rows)});
@@ -319,12 +319,12 @@ int MatlabProcess::OnPutFullMatrix(const char *name, const double *re, const dou
                       ? "$={#fopen(@1,'r')};${2}=@2${3}=@2${1}=#fclose(${1});"
                         "#assignin('base',@3,#complex(${2},${3}));#clear('$');"
                       : "$={#fopen(@1,'r')};${2}=@2${1}=#fclose(${1});#assignin('base',@3,${2});#clear('$');",
-                  {kSharedPath, read, session->Literal(name)}));
+                  {kSharedPath, read, m_session->Literal(name)}));
 }
 
 int MatlabProcess::OnGetFullMatrix(const char *name, double *re, double *im, int rows, int columns) {
   const std::int64_t bytes = BytesOf(rows, columns);
-  if (!session->Reserve(im != nullptr ? 2 * bytes : bytes)) return MatlabNoMemory;
+  if (!m_session->Reserve(im != nullptr ? 2 * bytes : bytes)) return MatlabNoMemory;
   const auto write = [](const char *part) {
     return Code("if #fwrite(${2},@1,'double')~=#numel(${1}),#error('there is no memory to share');end;",
                 {Code(part)});
@@ -335,47 +335,47 @@ int MatlabProcess::OnGetFullMatrix(const char *name, double *re, double *im, int
                "if #ndims(${1})~=2||#size(${1},1)~=@2||#size(${1},2)~=@3,"
                "#error('the variable has another size');end;"
                "${2}=#fopen(@4,'r+');@5@6${2}=#fclose(${2});#clear('$');",
-               {session->Literal(name), std::to_string(rows), std::to_string(columns), kSharedPath,
+               {m_session->Literal(name), std::to_string(rows), std::to_string(columns), kSharedPath,
                 write("#real(${1}).'"), im != nullptr ? write("#imag(${1}).'") : std::string()}));
   if (result != MatlabOk) return result;
   const auto part = static_cast<std::size_t>(bytes);
-  if (session->shared.ReadAt(0, re, part) != part) return MatlabError;
-  if (im != nullptr && session->shared.ReadAt(bytes, im, part) != part) return MatlabError;
+  if (m_session->shared.ReadAt(0, re, part) != part) return MatlabError;
+  if (im != nullptr && m_session->shared.ReadAt(bytes, im, part) != part) return MatlabError;
   return MatlabOk;
 }
 
 int MatlabProcess::OnPutCharArray(const char *name, const char *text) {
   const std::size_t length = std::strlen(text);
-  if (!session->Reserve(static_cast<std::int64_t>(length)) || !session->shared.WriteAt(0, text, length))
+  if (!m_session->Reserve(static_cast<std::int64_t>(length)) || !m_session->shared.WriteAt(0, text, length))
     return MatlabNoMemory;
-  return Ask(
-      Code("$={#fopen(@1,'r')};${2}=#fread(${1},[1,@2],'uint8=>uint8');${1}=#fclose(${1});"
-           "#assignin('base',@3,@4);#clear('$');",
-           {kSharedPath, std::to_string(length), session->Literal(name), session->Decoded(Code("${2}"))}));
+  return Ask(Code(
+      "$={#fopen(@1,'r')};${2}=#fread(${1},[1,@2],'uint8=>uint8');${1}=#fclose(${1});"
+      "#assignin('base',@3,@4);#clear('$');",
+      {kSharedPath, std::to_string(length), m_session->Literal(name), m_session->Decoded(Code("${2}"))}));
 }
 
 int MatlabProcess::OnGetCharArray(const char *name, std::string &text) {
-  if (!session->Reserve(0)) return MatlabNoMemory;
+  if (!m_session->Reserve(0)) return MatlabNoMemory;
   const int result =
       Ask(Code("if #exist(@1,'var')~=1,#error('there is no such variable');end;"
                "$={#evalin('base',@1)};if ~#ischar(${1}),#error('the variable is no text');end;"
                "${1}=#reshape(${1}.',1,#numel(${1}));${2}=#fopen(@2,'r+');"
                "${1}=#fwrite(${2},@3,'uint8');${2}=#fclose(${2});#clear('$');",
-               {session->Literal(name), kSharedPath, session->Encoded(Code("${1}"))}));
+               {m_session->Literal(name), kSharedPath, m_session->Encoded(Code("${1}"))}));
   if (result != MatlabOk) return result;
-  const std::int64_t size = session->shared.Size();
+  const std::int64_t size = m_session->shared.Size();
   if (size > INT_MAX) return MatlabNoMemory;
   text.resize(static_cast<std::size_t>(size));
-  return session->shared.ReadAt(0, text.data(), text.size()) == text.size() ? MatlabOk : MatlabError;
+  return m_session->shared.ReadAt(0, text.data(), text.size()) == text.size() ? MatlabOk : MatlabError;
 }
 
 int MatlabProcess::OnGetVisible(bool &visible) {
-  visible = session->visible;
+  visible = m_session->visible;
   return MatlabOk;
 }
 
 int MatlabProcess::OnSetVisible(bool visible) {
-  session->visible = visible;
+  m_session->visible = visible;
   return MatlabOk;
 }
 

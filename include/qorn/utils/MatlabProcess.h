@@ -41,8 +41,8 @@ public:
   ~MatlabProcess() override;
 
   /// The seconds that each operation may take.
-  double GetTimeLimit() const { return timeLimit; }
-  void SetTimeLimit(double seconds) { timeLimit = seconds; }
+  double GetTimeLimit() const { return m_timeLimit; }
+  void SetTimeLimit(double seconds) { m_timeLimit = seconds; }
 
 private:
   class Session;
@@ -57,8 +57,8 @@ private:
 
   int Ask(const std::string &code);
 
-  double timeLimit;
-  std::unique_ptr<Session> session;
+  double m_timeLimit;
+  std::unique_ptr<Session> m_session;
 };
 
 } // namespace QORN
