@@ -13,12 +13,12 @@
 
 #include "Failure.h"
 #include "RecordingWriter.h"
-#include "support/IqfRecording.h"
+#include "support/TempFile.h"
 
 namespace {
 
 using QORN::Cplx32;
-using QORN::test::TemporaryFile;
+using QORN::test::TempFile;
 using tool::Format;
 using tool::MakeRecordingWriter;
 using tool::RecordingHead;
@@ -71,8 +71,8 @@ TEST(RecordingWriter, Iqf_ReadByTheLibrary_GivesTheHeadAndTheSamples) {
       head.flatness = {{1, 2}, {-3, 4}};
       const Written written = Write(Format::kIqf, head, samples);
       EXPECT_EQ(written.saturated, 0);
-      const TemporaryFile file(written.bytes);
-      const QORN::IQFReader reader(file.Path().c_str());
+      const TempFile file(written.bytes);
+      const QORN::IQFReader reader(file.Path());
       EXPECT_EQ(reader.GetFFTPoints(), points);
       EXPECT_EQ(reader.GetNofValidFrames(), (9001 + points - 1) / points);
       EXPECT_EQ(reader.GetNofBlocks(), 1);
@@ -102,8 +102,8 @@ TEST(RecordingWriter, Iqf_Rates_AreReadBackExactly) {
   for (const double rate : {1.0, 3.0, 44100.0, 2.4e6, 61.44e6, 1e9 / 7.0, 0.3}) {
     RecordingHead head = HeadFor({}, 1.0);
     head.rate = rate;
-    const TemporaryFile file(Write(Format::kIqf, head, {}).bytes);
-    EXPECT_EQ(QORN::IQFReader(file.Path().c_str()).GetSamplingFrequency(), rate);
+    const TempFile file(Write(Format::kIqf, head, {}).bytes);
+    EXPECT_EQ(QORN::IQFReader(file.Path()).GetSamplingFrequency(), rate);
   }
 }
 
@@ -114,8 +114,8 @@ TEST(RecordingWriter, Xiq_ReadByTheLibrary_GivesTheHeadAndTheSamples) {
     head.level = -17.25;
     const Written written = Write(Format::kXiq, head, samples);
     EXPECT_EQ(written.saturated, 0);
-    const TemporaryFile file(written.bytes);
-    const QORN::XIQReader reader(file.Path().c_str());
+    const TempFile file(written.bytes);
+    const QORN::XIQReader reader(file.Path());
     EXPECT_EQ(reader.QueryNumDataSets(), 1);
     QORN::XIQReader::AcqInfoStruct info;
     reader.QueryAcqInfo(info);
