@@ -53,6 +53,27 @@ Checked CheckedParameters(const FilterKind &kind, const FilterParameters &p) {
   return floats;
 }
 
+// Whole, but no more than taps and comments can need: not every file ends.
+std::string TextOf(const std::string &option, const std::string &path) {
+  constexpr std::size_t kMost = std::size_t{64} * kMaxTaps + (1 << 20);
+  const auto refuse = [&](const std::string &reason) {
+    throw UsageError(option + ": " + Quoted(path) + " " + reason);
+  };
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) refuse("is a folder");
+  std::ifstream file(path);
+  if (!file) refuse(std::string("cannot be opened: ") + std::strerror(errno));
+  std::string text;
+  char block[65536];
+  do {
+    file.read(block, sizeof block);
+    text.append(block, static_cast<std::size_t>(file.gcount()));
+    if (text.size() > kMost) refuse("is longer than " + Grouped(kMost) + " bytes");
+  } while (file);
+  if (file.bad()) refuse(std::string("cannot be read: ") + std::strerror(errno));
+  return text;
+}
+
 } // namespace
 
 double FilterDesign::PassFrequency() const {
@@ -111,11 +132,7 @@ FilterDesign DesignOf(const FilterKind &kind, const FilterParameters &parameters
 
 QORN::VecCplx32 ReadTaps(const std::string &path) {
   const std::string option = "--taps-from";
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error))
-    throw UsageError(option + ": " + Quoted(path) + " is a folder");
-  std::ifstream file(path);
-  if (!file) throw UsageError(option + ": " + Quoted(path) + " cannot be opened: " + std::strerror(errno));
+  std::istringstream file(TextOf(option, path));
   constexpr double kLargest = 1e15;
   std::vector<std::complex<double>> taps;
   std::string text;

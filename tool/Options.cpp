@@ -34,6 +34,13 @@ CLI::Validator WholeNumber(std::int64_t least, std::int64_t most) {
           "", ""};
 }
 
+CLI::Validator FileName() {
+  return {[](const std::string &name) {
+            return name.empty() ? Quoted(name) + " is not the name of a file" : std::string();
+          },
+          "", ""};
+}
+
 CLI::Validator KnownWindow() {
   return {[](const std::string &name) {
             return FindWindow(name) != nullptr

@@ -14,6 +14,9 @@ constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 /// Whole numbers from least to most; all else gets one message.
 CLI::Validator WholeNumber(std::int64_t least, std::int64_t most = kNoLimit);
 
+/// Any text but an empty one.
+CLI::Validator FileName();
+
 /// The name of a window.
 CLI::Validator KnownWindow();
 

@@ -14,6 +14,18 @@ namespace tool {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// One spelling for each file, whether it is there or not.
+fs::path Canonical(const fs::path &path) {
+  std::error_code error;
+  const fs::path whole = fs::absolute(path, error);
+  const fs::path canonical = fs::weakly_canonical(whole, error);
+  return error ? whole.lexically_normal() : canonical;
+}
+
+} // namespace
+
 OutputFile::OutputFile(std::string option, const std::string &path, const std::string &recording)
     : m_option(std::move(option)), m_path(path) {
   const auto refuse = [&](const std::string &reason) {
@@ -87,14 +99,21 @@ void OutputFile::Commit() {
   m_temporary.clear();
 }
 
-OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::string &recording) {
+OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::string &recording,
+                         std::initializer_list<Request> inputs) {
   for (const Request &request : requests) {
     m_files.push_back(nullptr);
     if (request.path.empty()) continue;
     auto file = std::make_unique<OutputFile>(request.option, request.path, recording);
+    const auto refuse = [&](const std::string &other) {
+      throw UsageError(file->Option() + ": " + Quoted(request.path) + " is the file of " + other);
+    };
     for (const std::unique_ptr<OutputFile> &other : m_files)
-      if (other && other->Place().lexically_normal() == file->Place().lexically_normal())
-        throw UsageError(file->Option() + ": " + Quoted(request.path) + " is the file of " + other->Option());
+      if (other && Canonical(other->Place()) == Canonical(file->Place())) refuse(other->Option());
+    std::error_code error;
+    for (const Request &input : inputs)
+      if (fs::is_regular_file(file->Place(), error) && fs::equivalent(file->Place(), input.path, error))
+        refuse(input.option);
     m_files.back() = std::move(file);
   }
 }

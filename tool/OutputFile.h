@@ -55,8 +55,10 @@ public:
   };
   using Writer = OutputFile::Writer;
 
-  /// Throws as OutputFile, and UsageError if two are one file.
-  OutputFiles(std::initializer_list<Request> requests, const std::string &recording = "");
+  /// inputs are the options that name files to read. Throws as OutputFile, and UsageError if two are one
+  /// file, however they are spelt, or one is an input.
+  OutputFiles(std::initializer_list<Request> requests, const std::string &recording = "",
+              std::initializer_list<Request> inputs = {});
 
   /// Writes all in full, each by its writer, before the first takes its place.
   void Write(std::initializer_list<Writer> writers);

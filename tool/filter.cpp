@@ -57,7 +57,7 @@ void RunOne(const Options &options) {
   const FilterParameters parameters = ParametersOf(kind, options.filter, recording ? &*recording : nullptr);
   const QORN::VecCplx32 userTaps = UserTapsOf(kind, options.filter);
   OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}, {"--out", options.out}},
-                    options.recording);
+                    options.recording, {{"--taps-from", options.filter.tapsFrom}});
   const FilterFigures figures = FiguresOf(DesignOf(kind, parameters, userTaps));
   std::optional<FilteredRecording> filtered;
   files.Write(

@@ -12,6 +12,7 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "Options.h"
 #include "Text.h"
 
 namespace {
@@ -36,7 +37,11 @@ int Run(int argc, char **argv) {
   tool::AddWindows(app);
   tool::AddUnits(app);
   std::vector<std::string> commands;
-  for (const CLI::App *command : app.get_subcommands({})) commands.push_back(command->get_name());
+  for (CLI::App *command : app.get_subcommands({})) {
+    commands.push_back(command->get_name());
+    for (CLI::Option *option : command->get_options())
+      if (option->get_type_name() == "FILE") option->check(tool::FileName());
+  }
   const std::string known = "; known are " + tool::Joined(commands);
   if (argc < 2) return Fail(tool::kUsageStatus, "a subcommand is missing" + known + " (see qorn --help)");
   if (argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())

@@ -400,6 +400,7 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
       {{"spectrum", path, "--svg", path}, "--svg: '" + path + "' is the recording itself"},
       {{"spectrum", path, "--svg", folder / "x", "--csv", folder / "./x"},
        "--csv: '" + (folder / "./x") + "' is the file of --svg"},
+      {{"spectrum", path, "--svg", ""}, "--svg: '' is not the name of a file"},
   };
   for (const auto &[arguments, message] : cases) ExpectFailure(2, message, arguments);
   for (const std::vector<std::string> &arguments : {std::vector<std::string>{"spectrum", path, "--bogus"},
@@ -411,6 +412,25 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
     EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
   }
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"test.iqf"});
+}
+
+// A new file and one that is there, seen from another folder and through a link to its own.
+TEST_F(Tool, Outputs_OneFileSpeltTwice_ExitWithTwoAndKeepIt) {
+  const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
+  const std::string old = Save("old", "old.txt"), link = folder / "link";
+  std::filesystem::create_directory_symlink(folder / "", link);
+  const auto enter = [&] { ASSERT_EQ(chdir((folder / "").c_str()), 0); };
+  for (const std::string name : {"old.txt", "new.txt"}) {
+    const std::string whole = folder / name;
+    for (const std::string &other : {whole, "./link/" + name, link + "/" + name}) {
+      ExpectFailure(2, "--csv: '" + other + "' is the file of --svg",
+                    {"spectrum", path, "--svg", name, "--csv", other}, enter);
+      ExpectFailure(2, "--csv: '" + name + "' is the file of --svg",
+                    {"spectrum", path, "--svg", other, "--csv", name}, enter);
+    }
+  }
+  EXPECT_EQ(Contents(old), "old");
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"link", "old.txt", "test.iqf"}));
 }
 
 TEST_F(Tool, Window_Names_AreTakenInAnyCaseAndWithoutHyphens) {
