@@ -17,7 +17,8 @@ install(DIRECTORY include/qorn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qorn)
 install(EXPORT qornTargets NAMESPACE qorn:: DESTINATION ${package_dir} COMPONENT Development)
 configure_package_config_file(cmake/qornConfig.cmake.in qornConfig.cmake INSTALL_DESTINATION ${package_dir})
-write_basic_package_version_file(qornConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+# Until 1.0 a minor version may change what there is.
+write_basic_package_version_file(qornConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/qornConfig.cmake ${PROJECT_BINARY_DIR}/qornConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT Development)
 

@@ -12,7 +12,12 @@ rank() {
   echo -1
 }
 looked=0
-for file in $(find include/qorn src binding tool -name '*.h' -o -name '*.cpp' -o -name '*.inc'); do
+folders=
+for folder in include/qorn src binding tool; do
+  [ ! -d "$folder" ] || folders="$folders $folder"
+done
+# shellcheck disable=SC2086
+for file in $(find $folders -name '*.h' -o -name '*.cpp' -o -name '*.inc'); do
   from=$(printf '%s\n' "$file" | sed -E 's,^(include/qorn|src)/,,; s,/.*,,')
   own=$(rank "$from")
   [ "$own" -ge 0 ] || continue

@@ -19,6 +19,9 @@ cmake --build "$scratch/build" >"$scratch/build.log"
 "$scratch/build/consumer"
 "$scratch/build/c_consumer"
 
+tool="$scratch/moved/bin/qorn"
+[ ! -e "$tool" ] || "$tool" --version
+
 pc=$(find "$scratch/moved" -name qorn.pc)
 PKG_CONFIG_PATH=$(dirname "$pc")
 export PKG_CONFIG_PATH
