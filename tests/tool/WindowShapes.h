@@ -32,7 +32,6 @@ inline double Kaiser(int k, int n, double beta) {
   return std::cyl_bessel_i(0.0, beta * std::sqrt(std::max(0.0, 1.0 - x * x))) / std::cyl_bessel_i(0.0, beta);
 }
 
-// Those of the shapes below that the library makes.
 inline const std::vector<Shape> &Shapes() {
   static const std::vector<Shape> all = {
       {"rectangle", 0.89, [](int, int) { return 1.0; }},
@@ -62,13 +61,7 @@ inline const std::vector<Shape> &Shapes() {
       {"cispr6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }}, // below 9 kHz
       {"mil6db", 2.9605, [](int k, int n) { return Kaiser(k, n, 14.6); }},
   };
-  static const std::vector<Shape> shapes = [] {
-    std::vector<Shape> offered;
-    for (const Shape &shape : all)
-      if (tool::FindWindow(shape.name) != nullptr) offered.push_back(shape);
-    return offered;
-  }();
-  return shapes;
+  return all;
 }
 
 /// How far a tone reads low at so many bins off a bin, in decibels.
