@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Clone.h"
+#include "DelayLines.h"
 #include "infra/Errors.h"
 #include "infra/StreamingFir.h"
 #include "qorn/infra/TargetLib.h"
@@ -13,10 +15,6 @@ namespace {
 
 constexpr const char *kModule = "dsp\\SFIRFilter";
 
-template <class T> std::unique_ptr<T> Clone(const std::unique_ptr<T> &source) {
-  return source ? std::make_unique<T>(*source) : nullptr;
-}
-
 } // namespace
 
 SFIRFilter::SFIRFilter() = default;
@@ -24,10 +22,10 @@ SFIRFilter::SFIRFilter(VecReal32 const &taps) { SetTaps(taps); }
 SFIRFilter::SFIRFilter(VecCplx32 const &taps) { SetTaps(taps); }
 
 SFIRFilter::SFIRFilter(const SFIRFilter &other)
-    : m_tapCount(other.m_tapCount), m_isComplex(other.m_isComplex), m_taps(other.m_taps),
-      m_cplxTaps(other.m_cplxTaps), m_delayLine(other.m_delayLine), m_imagDelayLine(other.m_imagDelayLine),
-      m_cplxDelayLine(other.m_cplxDelayLine), m_engine(Clone(other.m_engine)),
-      m_cplxEngine(Clone(other.m_cplxEngine)) {}
+    : m_tapCount(other.m_tapCount), m_isComplex(other.m_isComplex), m_held(other.m_held),
+      m_taps(other.m_taps), m_cplxTaps(other.m_cplxTaps), m_delayLine(other.m_delayLine),
+      m_imagDelayLine(other.m_imagDelayLine), m_cplxDelayLine(other.m_cplxDelayLine),
+      m_engine(Clone(other.m_engine)), m_cplxEngine(Clone(other.m_cplxEngine)) {}
 
 // A copy that finds no memory leaves the object as it is.
 SFIRFilter &SFIRFilter::operator=(const SFIRFilter &other) { return *this = SFIRFilter(other); }
@@ -37,6 +35,7 @@ SFIRFilter::SFIRFilter(SFIRFilter &&other) noexcept { *this = std::move(other); 
 SFIRFilter &SFIRFilter::operator=(SFIRFilter &&other) noexcept {
   m_tapCount = std::exchange(other.m_tapCount, 0);
   m_isComplex = std::exchange(other.m_isComplex, false);
+  m_held = std::exchange(other.m_held, Held::kNothing);
   m_taps = std::move(other.m_taps);
   m_cplxTaps = std::move(other.m_cplxTaps);
   m_delayLine = std::move(other.m_delayLine);
@@ -52,6 +51,7 @@ SFIRFilter::~SFIRFilter() = default;
 void SFIRFilter::ReleaseResources() {
   m_tapCount = 0;
   m_isComplex = false;
+  m_held = Held::kNothing;
   m_taps.Release();
   m_cplxTaps.Release();
   m_delayLine.Release();
@@ -87,28 +87,30 @@ template <class V> void SFIRFilter::Trim(V &out, int tapCount, bool trim) {
   if (trim && tapCount > 1) out.Trim(std::min(tapCount - 1, out.GetSize()));
 }
 
-void SFIRFilter::ApplyReal(VecReal32 &out, VecReal32 const &in, VecReal32 &delayLine, bool trim) {
+// As long as the form of the signal stays, the engine has the samples before a block already.
+void SFIRFilter::Hold(Held form) {
+  if (m_held == form) return;
   const int past = m_tapCount - 1;
-  TargetLib::Copy_32f(delayLine.GetPtr(), m_engine->Past<float>(), past);
+  if (m_isComplex) {
+    TargetLib::Copy_32fc(m_cplxDelayLine.GetPtr(), m_cplxEngine->Past<Cplx32>(), past);
+  } else {
+    ChangeForm(m_held, form, *m_engine, m_delayLine, m_imagDelayLine, past);
+  }
+  m_held = form;
+}
+
+void SFIRFilter::ApplyReal(VecReal32 &out, VecReal32 const &in, bool trim) {
+  Hold(Held::kReal);
   m_engine->Run(in.GetPtr(), out.GetPtr(), in.GetSize());
-  TargetLib::Copy_32f(m_engine->Past<float>(), delayLine.GetPtr(), past);
   Trim(out, m_tapCount, trim);
 }
 
-// The parts of a complex signal run through the real filters side by side, as they lie in memory.
 void SFIRFilter::ApplyCplx(VecCplx32 &out, VecCplx32 const &in, bool trim) {
-  const int past = m_tapCount - 1;
+  Hold(Held::kCplx);
   if (m_isComplex) {
-    Cplx32 *const samples = m_cplxEngine->Past<Cplx32>();
-    TargetLib::Copy_32fc(m_cplxDelayLine.GetPtr(), samples, past);
     m_cplxEngine->Run(in.GetPtr(), out.GetPtr(), in.GetSize());
-    TargetLib::Copy_32fc(samples, m_cplxDelayLine.GetPtr(), past);
   } else {
-    Cplx32 *const samples = m_engine->Past<Cplx32>();
-    TargetLib::RealToCplx_32f(m_delayLine.GetPtr(), m_imagDelayLine.GetPtr(), samples, past);
     m_engine->Run(in.GetPtr(), out.GetPtr(), in.GetSize());
-    TargetLib::Real_32fc(samples, m_delayLine.GetPtr(), past);
-    TargetLib::Imag_32fc(samples, m_imagDelayLine.GetPtr(), past);
   }
   Trim(out, m_tapCount, trim);
 }
@@ -117,7 +119,7 @@ void SFIRFilter::Apply(VecReal32 &out, VecReal32 const &in, bool trim) {
   if (m_isComplex) Throw(errors::kInvalidParameter, kModule);
   if (&out != &in) out.Resize(std::max(in.GetSize(), 0));
   if (m_tapCount == 0) return out.SetZero();
-  if (in.GetSize() > 0) ApplyReal(out, in, m_delayLine, trim);
+  if (in.GetSize() > 0) ApplyReal(out, in, trim);
 }
 
 void SFIRFilter::Apply(VecReal32 &data, bool trim) { Apply(data, data, trim); }
@@ -131,6 +133,7 @@ void SFIRFilter::Apply(VecCplx32 &out, VecCplx32 const &in, bool trim) {
 void SFIRFilter::Apply(VecCplx32 &data, bool trim) { Apply(data, data, trim); }
 
 void SFIRFilter::Flush() {
+  m_held = Held::kNothing;
   m_delayLine.SetZero();
   m_imagDelayLine.SetZero();
   m_cplxDelayLine.SetZero();

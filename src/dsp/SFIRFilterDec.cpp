@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Clone.h"
+#include "DelayLines.h"
 #include "infra/Errors.h"
 #include "infra/StreamingFir.h"
 #include "qorn/infra/TargetLib.h"
@@ -21,8 +23,8 @@ SFIRFilterDec::SFIRFilterDec(VecReal32 const &taps, int decimation, int phase) {
 
 SFIRFilterDec::SFIRFilterDec(const SFIRFilterDec &other)
     : m_tapCount(other.m_tapCount), m_taps(other.m_taps), m_decimation(other.m_decimation),
-      m_phase(other.m_phase), m_delayLine(other.m_delayLine), m_imagDelayLine(other.m_imagDelayLine),
-      m_engine(other.m_engine ? std::make_unique<DecimatingFir>(*other.m_engine) : nullptr) {}
+      m_phase(other.m_phase), m_held(other.m_held), m_delayLine(other.m_delayLine),
+      m_imagDelayLine(other.m_imagDelayLine), m_engine(Clone(other.m_engine)) {}
 
 // A copy that finds no memory leaves the object as it is.
 SFIRFilterDec &SFIRFilterDec::operator=(const SFIRFilterDec &other) { return *this = SFIRFilterDec(other); }
@@ -34,6 +36,7 @@ SFIRFilterDec &SFIRFilterDec::operator=(SFIRFilterDec &&other) noexcept {
   m_taps = std::move(other.m_taps);
   m_decimation = std::exchange(other.m_decimation, 0);
   m_phase = std::exchange(other.m_phase, 0);
+  m_held = std::exchange(other.m_held, Held::kNothing);
   m_delayLine = std::move(other.m_delayLine);
   m_imagDelayLine = std::move(other.m_imagDelayLine);
   m_engine = std::move(other.m_engine);
@@ -80,36 +83,24 @@ template <class V> void SFIRFilterDec::EndOutput(V &out, int count) {
   }
 }
 
-void SFIRFilterDec::ApplyReal(VecReal32 &out, VecReal32 const &in, VecReal32 &delayLine) {
+template <class V> void SFIRFilterDec::ApplyAny(V &out, V const &in, Held form) {
   const int count = BeginOutput(out, in);
   if (m_engine && count > 0) {
-    TargetLib::Copy_32f(delayLine.GetPtr(), m_engine->Past<float>(), m_tapCount);
+    // As long as the form of the signal stays, the engine has the samples before a block already.
+    if (m_held != form) ChangeForm(m_held, form, *m_engine, m_delayLine, m_imagDelayLine, m_tapCount);
+    m_held = form;
     m_engine->Run(in.GetPtr(), out.GetPtr(), count);
-    TargetLib::Copy_32f(m_engine->Past<float>(), delayLine.GetPtr(), m_tapCount);
   } else {
     out.SetZero();
   }
   EndOutput(out, count);
 }
 
-void SFIRFilterDec::Apply(VecReal32 &out, VecReal32 const &in) { ApplyReal(out, in, m_delayLine); }
-
-// The parts of a complex signal run through the real filters side by side, as they lie in memory.
-void SFIRFilterDec::Apply(VecCplx32 &out, VecCplx32 const &in) {
-  const int count = BeginOutput(out, in);
-  if (m_engine && count > 0) {
-    Cplx32 *const samples = m_engine->Past<Cplx32>();
-    TargetLib::RealToCplx_32f(m_delayLine.GetPtr(), m_imagDelayLine.GetPtr(), samples, m_tapCount);
-    m_engine->Run(in.GetPtr(), out.GetPtr(), count);
-    TargetLib::Real_32fc(samples, m_delayLine.GetPtr(), m_tapCount);
-    TargetLib::Imag_32fc(samples, m_imagDelayLine.GetPtr(), m_tapCount);
-  } else {
-    out.SetZero();
-  }
-  EndOutput(out, count);
-}
+void SFIRFilterDec::Apply(VecReal32 &out, VecReal32 const &in) { ApplyAny(out, in, Held::kReal); }
+void SFIRFilterDec::Apply(VecCplx32 &out, VecCplx32 const &in) { ApplyAny(out, in, Held::kCplx); }
 
 void SFIRFilterDec::Flush() {
+  m_held = Held::kNothing;
   m_delayLine.SetZero();
   m_imagDelayLine.SetZero();
 }

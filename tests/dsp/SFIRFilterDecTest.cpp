@@ -186,6 +186,19 @@ TEST(SFIRFilterDec, Flush_ThenTheSameBlock_GivesTheSame) {
   EXPECT_TRUE(SameBits(first, again));
 }
 
+// Real signals and the real parts of complex ones have one delay line.
+TEST(SFIRFilterDec, Apply_RealSignalAfterAComplexOne_ContinuesItsRealParts) {
+  SFIRFilterDec filter(Of<VecReal32>({0.0F, 1.0F}), 2, 0);
+  VecCplx32 cplxOut;
+  filter.Apply(cplxOut, Of<VecCplx32>({{1.0F, 2.0F}, {3.0F, 4.0F}}));
+  VecReal32 out;
+  filter.Apply(out, Of<VecReal32>({5.0F, 6.0F}));
+  EXPECT_EQ(List(out), (Samples{3.0F}));
+  filter.Apply(cplxOut, VecCplx32(2));
+  ASSERT_EQ(cplxOut.GetSize(), 1);
+  EXPECT_EQ(cplxOut[0], (Cplx32{6.0F, 4.0F}));
+}
+
 TEST(SFIRFilterDec, SetParams_OnARunningFilter_BeginsAnew) {
   const auto taps = NoiseVector<VecReal32>(20), other = NoiseVector<VecReal32>(33);
   const auto in = NoiseVector<VecReal32>(120);

@@ -87,13 +87,18 @@ public:
   void Flush();
 
 private:
+  // The form of signal whose latest samples are in the filter's engine and not in the delay lines.
+  enum class Held { kNothing, kReal, kCplx };
+
+  void Hold(Held form);
   template <class V> static void Trim(V &out, int tapCount, bool trim);
-  void ApplyReal(VecReal32 &out, VecReal32 const &in, VecReal32 &delayLine, bool trim);
+  void ApplyReal(VecReal32 &out, VecReal32 const &in, bool trim);
   void ApplyCplx(VecCplx32 &out, VecCplx32 const &in, bool trim);
   void ReleaseResources();
 
   int m_tapCount = 0;
   bool m_isComplex = false;
+  Held m_held = Held::kNothing;
   VecReal32 m_taps;
   VecCplx32 m_cplxTaps;
   VecReal32 m_delayLine,

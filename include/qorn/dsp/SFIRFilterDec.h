@@ -62,15 +62,19 @@ public:
   void Flush();
 
 private:
+  // The form of signal whose latest samples are in the filter's engine and not in the delay lines.
+  enum class Held { kNothing, kReal, kCplx };
+
   template <class V> int BeginOutput(V &out, V const &in) const;
   template <class V> static void EndOutput(V &out, int count);
-  void ApplyReal(VecReal32 &out, VecReal32 const &in, VecReal32 &delayLine);
+  template <class V> void ApplyAny(V &out, V const &in, Held form);
   void ReleaseResources();
 
   int m_tapCount = 0;
   VecReal32 m_taps;
   int m_decimation = 0;
   int m_phase = 0;
+  Held m_held = Held::kNothing;
   VecReal32 m_delayLine, m_imagDelayLine; // T samples each
   std::unique_ptr<DecimatingFir> m_engine;
 };
