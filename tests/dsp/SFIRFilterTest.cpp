@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -516,20 +517,76 @@ TEST(SFIRFilter, SetTaps_NoMemory_ThrowsAndLeavesNoTaps) {
   EXPECT_EQ(Whole(filter, Of<VecReal32>({1.0F}))[0], taps[0]);
 }
 
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+float &LastPart(float &x) { return x; }
+float &LastPart(Cplx32 &x) { return x.im; }
+float LastPart(const float &x) { return x; }
+float LastPart(const Cplx32 &x) { return x.im; }
+float FirstPart(const float &x) { return x; }
+float FirstPart(const Cplx32 &x) { return x.re; }
+
+template <class Tap, class E> void CheckNotFiniteSamples(int tapCount, float value) {
+  constexpr bool kBothParts = std::is_same_v<Tap, E>; // those of a product
+  auto in = NoiseVector<VectorOf<E>>(9600);
+  LastPart(in[250]) = value;
+  SFIRFilter filter(NoiseVector<VectorOf<Tap>>(tapCount));
+  const auto out = InPieces(filter, in, {200, 70, 9330});
+  for (int n = 0; n < 9600; ++n) {
+    const bool apart = n < 250 || n >= 250 + tapCount;
+    ASSERT_EQ(std::isfinite(FirstPart(out[n])), apart || !kBothParts) << tapCount << ' ' << n;
+    ASSERT_EQ(std::isfinite(LastPart(out[n])), apart) << tapCount << ' ' << n;
+  }
+}
+
 TEST(SFIRFilter, Apply_NotFinite_ShowsOnlyUnderTheTaps) {
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  for (const int tapCount : {1, 5, 64, 100, 2000}) {
+  for (const int taps : {1, 5, 64, 100, 2000}) {
     for (const float value : {kInfinity, -kInfinity, kNaN}) {
-      VecReal32 taps = NoiseVector<VecReal32>(tapCount);
-      auto in = NoiseVector<VecCplx32>(9600);
-      in[250].im = value;
-      SFIRFilter filter(taps);
-      const auto out = InPieces(filter, in, {200, 70, 9330});
-      for (int n = 0; n < 9600; ++n) {
-        ASSERT_TRUE(std::isfinite(out[n].re)) << n;
-        ASSERT_EQ(std::isfinite(out[n].im), n < 250 || n >= 250 + tapCount) << tapCount << ' ' << n;
+      CheckNotFiniteSamples<float, float>(taps, value);
+      CheckNotFiniteSamples<float, Cplx32>(taps, value);
+      CheckNotFiniteSamples<Cplx32, Cplx32>(taps, value);
+      if (HasFailure()) return;
+    }
+  }
+}
+
+bool IsAlike(float a, float b) { return std::isnan(a) ? std::isnan(b) : a == b; }
+
+// A zero sample, one before the first included, gives not-a-number under such a tap, and a one the tap
+// itself.
+template <class Tap, class E> void CheckNotFiniteTaps(int tapCount, float value) {
+  constexpr int kLength = 5000, kPlace = 300;
+  const int late = tapCount - 3;
+  auto taps = NoiseVector<VectorOf<Tap>>(tapCount);
+  LastPart(taps[late]) = value;
+  VectorOf<E> in(kLength), one(1);
+  LastPart(in[kPlace]) = 1.0F;
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    SFIRFilter filter(taps), single(taps);
+    const auto out = InPieces(filter, in, {100, 4100, 800});
+    for (int n = 0; n < kLength; ++n) {
+      single.Apply(one, Part(in, n, 1), false);
+      ASSERT_TRUE(IsAlike(FirstPart(out[n]), FirstPart(one[0])) &&
+                  IsAlike(LastPart(out[n]), LastPart(one[0])))
+          << level.name << ' ' << tapCount << ' ' << n;
+      if constexpr (std::is_same_v<Tap, float>) {
+        const float expected = n == kPlace + late ? value : kNaN;
+        ASSERT_TRUE(IsAlike(LastPart(out[n]), expected)) << level.name << ' ' << tapCount << ' ' << n;
       }
+      ASSERT_FALSE(std::isfinite(LastPart(out[n]))) << level.name << ' ' << tapCount << ' ' << n;
+    }
+  }
+}
+
+TEST(SFIRFilter, Apply_NotFiniteTap_CountsForEverySample) {
+  for (const int taps : {100, 2000}) {
+    for (const float value : {kInfinity, -kInfinity, kNaN}) {
+      CheckNotFiniteTaps<float, float>(taps, value);
+      CheckNotFiniteTaps<float, Cplx32>(taps, value);
+      CheckNotFiniteTaps<Cplx32, Cplx32>(taps, value);
+      if (HasFailure()) return;
     }
   }
 }
