@@ -143,26 +143,20 @@ ArbRateResampler::ArbRateResampler(double ratio, float window, int nStep)
     : ArbRateResampler(ratio, window, nStep, 0.9F, 6.1422F) {}
 
 ArbRateResampler::ArbRateResampler(double ratio, float window, int nStep, float rollf, float alpha)
-    : m_window(window), m_nStep(nStep), m_alpha(alpha), m_rollf(rollf), m_ratio(ratio),
-      m_history(HistoryOf(window, ratio)),
+    : m_ratio(ratio), m_history(HistoryOf(window, ratio)),
       m_design(std::make_unique<Design>(ratio, window, nStep, rollf, alpha)) {
   const Index rows = ratio < 1.0 ? kernels::kResampleRows : 2;
   m_scratch.Resize(Saturated(2 * m_design->zeros + rows * m_design->pitch));
 }
 
 ArbRateResampler::ArbRateResampler(const ArbRateResampler &other)
-    : m_window(other.m_window), m_nStep(other.m_nStep), m_alpha(other.m_alpha), m_rollf(other.m_rollf),
-      m_ratio(other.m_ratio), m_history(other.m_history), m_design(std::make_unique<Design>(*other.m_design)),
+    : m_ratio(other.m_ratio), m_history(other.m_history), m_design(std::make_unique<Design>(*other.m_design)),
       m_scratch(other.m_scratch), m_useAlternate(other.m_useAlternate) {}
 
 ArbRateResampler &ArbRateResampler::operator=(const ArbRateResampler &other) {
   // What can fail comes first: it changes nothing but scratch.
   auto design = std::make_unique<Design>(*other.m_design);
   m_scratch = other.m_scratch;
-  m_window = other.m_window;
-  m_nStep = other.m_nStep;
-  m_alpha = other.m_alpha;
-  m_rollf = other.m_rollf;
   m_ratio = other.m_ratio;
   m_history = other.m_history;
   m_design = std::move(design);

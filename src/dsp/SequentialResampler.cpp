@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <utility>
 
 #include "qorn/dsp/ArbRateResampler.h"
 #include "qorn/infra/VecCplx32.h"
@@ -41,29 +40,24 @@ SequentialResampler::SequentialResampler(const SequentialResampler &other)
     : m_totalSamples(other.m_totalSamples), m_chunkIndex(other.m_chunkIndex), m_chunkSize(other.m_chunkSize),
       m_numChunks(other.m_numChunks), m_lastChunkSize(other.m_lastChunkSize),
       m_resampler(std::make_unique<ArbRateResampler>(*other.m_resampler)), m_ratio(other.m_ratio),
-      m_history(other.m_history), m_curHistory(other.m_curHistory), m_fractTime(other.m_fractTime),
-      m_numPreSamples(other.m_numPreSamples), m_numPostSamples(other.m_numPostSamples),
-      m_consumed(other.m_consumed), m_nextIndexInSrc(other.m_nextIndexInSrc) {}
+      m_history(other.m_history), m_fractTime(other.m_fractTime), m_consumed(other.m_consumed),
+      m_nextIndexInSrc(other.m_nextIndexInSrc) {}
 
 SequentialResampler &SequentialResampler::operator=(const SequentialResampler &other) {
-  SequentialResampler copy(other);
-  std::swap(m_resampler, copy.m_resampler);
-  m_totalSamples = copy.m_totalSamples;
-  m_chunkIndex = copy.m_chunkIndex;
-  m_chunkSize = copy.m_chunkSize;
-  m_numChunks = copy.m_numChunks;
-  m_lastChunkSize = copy.m_lastChunkSize;
-  m_ratio = copy.m_ratio;
-  m_history = copy.m_history;
-  m_curHistory = copy.m_curHistory;
-  m_fractTime = copy.m_fractTime;
-  m_numPreSamples = copy.m_numPreSamples;
-  m_numPostSamples = copy.m_numPostSamples;
-  m_consumed = copy.m_consumed;
-  m_nextIndexInSrc = copy.m_nextIndexInSrc;
+  // What can fail comes first.
+  m_resampler = std::make_unique<ArbRateResampler>(*other.m_resampler);
+  m_totalSamples = other.m_totalSamples;
+  m_chunkIndex = other.m_chunkIndex;
+  m_chunkSize = other.m_chunkSize;
+  m_numChunks = other.m_numChunks;
+  m_lastChunkSize = other.m_lastChunkSize;
+  m_ratio = other.m_ratio;
+  m_history = other.m_history;
+  m_fractTime = other.m_fractTime;
+  m_consumed = other.m_consumed;
+  m_nextIndexInSrc = other.m_nextIndexInSrc;
   return *this;
 }
-
 SequentialResampler::~SequentialResampler() = default;
 
 void SequentialResampler::ComputeSeqParams(int chunkSize) {
@@ -78,7 +72,6 @@ void SequentialResampler::ComputeSeqParams(int chunkSize) {
   } else {
     ++m_numChunks;
   }
-  m_curHistory = m_numPreSamples = m_numPostSamples = m_history;
   m_fractTime = 0.0;
   m_consumed = m_nextIndexInSrc = 0;
 }
@@ -88,12 +81,12 @@ void SequentialResampler::Apply(VecCplx32 &dst, const VecCplx32 &src) { ApplyNex
 
 template <class V> void SequentialResampler::ApplyNext(V &dst, const V &src) {
   const int count = m_chunkIndex == m_numChunks - 1 ? m_lastChunkSize : m_chunkSize;
-  const double time = m_resampler->Apply(dst, src, m_curHistory + m_fractTime, count);
+  const double time = m_resampler->Apply(dst, src, m_history + m_fractTime, count);
 
   // The next output lies `advance` samples behind the start of this chunk. The fraction is taken from that
   // and not from the place in the record, which would cost it a digit for every tenfold of samples. A place
   // that rounds to a sample is that sample.
-  const double advance = time - m_curHistory;
+  const double advance = time - m_history;
   const double place = advance + static_cast<double>(m_consumed);
   const long long consumed = Truncated(place, 0x1p62);
   m_fractTime =

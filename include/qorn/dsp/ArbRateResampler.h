@@ -128,10 +128,6 @@ private:
   template <class V> double RunFrom(V &dst, const V &src, double time, int len);
   template <class V> double Run(V &dst, int size, const V &src, double time, int len);
 
-  float m_window;
-  int m_nStep;
-  float m_alpha;
-  float m_rollf;
   double m_ratio;
   int m_history;
   std::unique_ptr<const Design> m_design;

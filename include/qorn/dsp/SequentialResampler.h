@@ -69,8 +69,8 @@ public:
 
   /// The samples to supply in front of a chunk and behind it.
   ///@{
-  int GetNumOfPreSamples() const { return m_numPreSamples; }
-  int GetNumOfPostSamples() const { return m_numPostSamples; }
+  int GetNumOfPreSamples() const { return m_history; }
+  int GetNumOfPostSamples() const { return m_history; }
   ///@}
 
   /// The place in the record at which the next chunk begins, its margin not counted.
@@ -94,10 +94,7 @@ private:
   std::unique_ptr<ArbRateResampler> m_resampler;
   double m_ratio;
   int m_history;
-  int m_curHistory = 0;
   double m_fractTime = 0.0;
-  int m_numPreSamples = 0;
-  int m_numPostSamples = 0;
   long long m_consumed = 0;
   long long m_nextIndexInSrc = 0;
 };
