@@ -182,38 +182,17 @@ IQFReader::IQFReader(const char *path) {
 
 IQFReader::~IQFReader() = default;
 
-IQFReader::IQFReader(const IQFReader &other) { *this = other; }
+IQFReader::IQFReader(const IQFReader &other) = default;
+IQFReader &IQFReader::operator=(const IQFReader &other) = default;
 
-IQFReader &IQFReader::operator=(const IQFReader &other) {
-  if (this == &other) return *this;
-  std::unique_ptr<HeaderItem[]> items;
+IQFReader::HeaderItems::HeaderItems(const HeaderItems &other) : vector() { *this = other; }
+
+IQFReader::HeaderItems &IQFReader::HeaderItems::operator=(const HeaderItems &other) {
   try {
-    items = std::make_unique<HeaderItem[]>(static_cast<std::size_t>(other.nofHeaderItems));
+    vector::operator=(other);
   } catch (const std::bad_alloc &) {
     Throw(errors::kMemoryAllocation, kModule);
   }
-  std::copy_n(other.headerItems.get(), other.nofHeaderItems, items.get());
-  std::copy_n(other.fileName, sizeof fileName, fileName);
-  fftPoints = other.fftPoints;
-  nofBins = other.nofBins;
-  maxInputLevel = other.maxInputLevel;
-  levelOffset = other.levelOffset;
-  centerFrequency = other.centerFrequency;
-  span = other.span;
-  blockSize = other.blockSize;
-  firstBlockSize = other.firstBlockSize;
-  validFrames = other.validFrames;
-  unitPeriod = other.unitPeriod;
-  frameLength = other.frameLength;
-  gainOffset = other.gainOffset;
-  multiFrames = other.multiFrames;
-  scalingFactor = other.scalingFactor;
-  iOffset = other.iOffset;
-  qOffset = other.qOffset;
-  dataOffset = other.dataOffset;
-  nofBlocks = other.nofBlocks;
-  headerItems = std::move(items);
-  nofHeaderItems = other.nofHeaderItems;
   return *this;
 }
 
@@ -235,13 +214,11 @@ void IQFReader::ParseHeader(const char *text) {
     }
   }
   FreeStrTok(state);
-  nofHeaderItems = (tokens + 1) / 2;
   try {
-    headerItems = std::make_unique<HeaderItem[]>(static_cast<std::size_t>(nofHeaderItems));
+    headerItems.assign(items, items + (tokens + 1) / 2);
   } catch (const std::bad_alloc &) {
     Throw(errors::kMemoryAllocation, kModule);
   }
-  std::copy_n(items, nofHeaderItems, headerItems.get());
 }
 
 void IQFReader::SetFields() {
@@ -292,9 +269,9 @@ double IQFReader::ScaledRealOf(const char *key) const {
 }
 
 bool IQFReader::GetHeader(const char *key, char *value) const {
-  for (int i = 0; i < nofHeaderItems; ++i) {
-    if (std::strcmp(headerItems[static_cast<std::size_t>(i)].name, key) == 0) {
-      std::strcpy(value, headerItems[static_cast<std::size_t>(i)].value);
+  for (const HeaderItem &item : headerItems) {
+    if (std::strcmp(item.name, key) == 0) {
+      std::strcpy(value, item.value);
       return true;
     }
   }
@@ -303,10 +280,7 @@ bool IQFReader::GetHeader(const char *key, char *value) const {
 }
 
 void IQFReader::ListHeader() const {
-  for (int i = 0; i < nofHeaderItems; ++i) {
-    const HeaderItem &item = headerItems[static_cast<std::size_t>(i)];
-    std::printf("%s = %s\n", item.name, item.value);
-  }
+  for (const HeaderItem &item : headerItems) std::printf("%s = %s\n", item.name, item.value);
 }
 
 int IQFReader::GetNofSamplesInBlock() const { return Clamped(std::int64_t{blockSize} * fftPoints); }

@@ -352,6 +352,29 @@ TEST(IQFReader, ListHeader_Records_ArePrintedInOrder) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Title = mode-s\nBins = 5\nLast = \n");
 }
 
+TEST(IQFReader, Copy_NoMemory_Throws11001AndChangesNothing) {
+  const TempFile file(Header("Bins=5")), other(Header("Bins=7"));
+  const IQFReader reader(file.Path());
+  IQFReader target(other.Path());
+  EXPECT_EQ(CodeOf([&] {
+              const AllocationLimit limit(0);
+              const IQFReader copy(reader);
+            }),
+            11001);
+  // There is room for a record already, so it takes more of them.
+  const TempFile more(Header("Bins=5 Span=1M FFTPoints=8"));
+  const IQFReader larger(more.Path());
+  EXPECT_EQ(CodeOf([&] {
+              const AllocationLimit limit(0);
+              target = larger;
+            }),
+            11001);
+  EXPECT_EQ(target.GetNofBins(), 7);
+  EXPECT_EQ(target.GetFFTPoints(), 0);
+  target = larger;
+  EXPECT_EQ(target.GetFFTPoints(), 8);
+}
+
 TEST(IQFReader, Copy_OfASourceThatDiesFirst_StandsAlone) {
   const TempFile file(Recording(8, 2));
   const TempFile other(Header("Bins=7"));

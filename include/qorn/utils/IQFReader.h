@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "qorn/Export.h"
 #include "qorn/infra/Cplx.h"
@@ -166,6 +167,13 @@ private:
     char value[61];
   };
 
+  // Copying throws QORNException 11001 if there is no memory.
+  struct HeaderItems : std::vector<HeaderItem> {
+    HeaderItems() = default;
+    HeaderItems(const HeaderItems &other);
+    HeaderItems &operator=(const HeaderItems &other);
+  };
+
   // The first character of s that is in set, or null.
   static char *StrPBrk(char *s, const char *set);
   static int InitStrTok(ST_STR &state);
@@ -192,6 +200,7 @@ private:
   bool ReadFlatness(FrameHeader *header, Vector &first, Vector &second, Real firstScale,
                     Real secondScale) const;
 
+  HeaderItems headerItems; // first: an assignment that finds no memory for them changes nothing
   char fileName[1024] = {};
   int fftPoints;
   int nofBins;
@@ -211,8 +220,6 @@ private:
   double qOffset;
   int dataOffset;
   int nofBlocks;
-  std::unique_ptr<HeaderItem[]> headerItems;
-  int nofHeaderItems;
 };
 
 } // namespace QORN
