@@ -8,7 +8,9 @@
 #include <memory>
 #include <utility>
 
+#include "Clone.h"
 #include "FIRFilterTable.h"
+#include "infra/Constants.h"
 #include "math/Elementwise.h"
 #include "qorn/dsp/ArbRateResampler.h"
 #include "qorn/dsp/DSPUtils.h"
@@ -24,9 +26,8 @@ namespace {
 
 using Index = std::ptrdiff_t;
 
-constexpr double kPi = 3.141592653589793;
-constexpr double kTwoPi = 6.283185307179586;
-constexpr float kTwoPi32 = 6.2831855F;
+using constants::kPi;
+using constants::kTwoPi;
 constexpr float kSqrtTwo32 = 1.4142135F;
 constexpr double kIntMax = 2147483647.0;
 
@@ -46,7 +47,7 @@ void MultiplyByEdge(Cplx32 *p, int count, int first, int e, bool falls) {
   double cosine[kBlock];
   for (int start = 0; start < count; start += kBlock) {
     const int n = std::min(kBlock, count - start);
-    for (int i = 0; i < n; ++i) cosine[i] = -kPi + (first + start + i) * kPi / e;
+    for (int i = 0; i < n; ++i) cosine[i] = -kPi<double> + (first + start + i) * kPi<double> / e;
     TargetLib::Cos_64f(cosine, cosine, n);
     for (int i = 0; i < n; ++i, ++p) {
       const float rise = (static_cast<float>(cosine[i]) + 1.0F) * 0.5F;
@@ -62,9 +63,7 @@ template <>
 BasebandSigGen::Owner<FIRBaseFilter>::Owner(const Owner &other)
     : Owner(other ? CloneFilter(*other) : nullptr) {}
 
-template <>
-BasebandSigGen::Owner<ArbRateResampler>::Owner(const Owner &other)
-    : Owner(other ? std::make_unique<ArbRateResampler>(*other) : nullptr) {}
+template <> BasebandSigGen::Owner<ArbRateResampler>::Owner(const Owner &other) : Owner(Clone(other)) {}
 
 BasebandSigGen::BasebandSigGen() : BasebandSigGen(static_cast<SignalType>(-1)) {}
 BasebandSigGen::BasebandSigGen(SignalType type) : m_signalType(type) {}
@@ -173,7 +172,7 @@ void BasebandSigGen::Generate_Custom(VecCplx32 &, int) {}
 double BasebandSigGen::GetPhase() {
   if (!m_enableRandomPhase) return 0.0;
   float phase = 0.0F;
-  TargetLib::RandUniform_Direct_32f(&phase, 1, 0.0F, kTwoPi32, &m_phaseSeed);
+  TargetLib::RandUniform_Direct_32f(&phase, 1, 0.0F, kTwoPi<float>, &m_phaseSeed);
   return static_cast<double>(phase);
 }
 
@@ -223,7 +222,7 @@ void BasebandSigGen::Generate_CW(VecCplx32 &dst, int n) {
 
 // m_wave = the modulating wave. False if its frequency makes no sense.
 bool BasebandSigGen::MakeWave(int n) {
-  const double step = m_modFrequency / m_sampleRate * kTwoPi;
+  const double step = m_modFrequency / m_sampleRate * kTwoPi<double>;
   if (!std::isfinite(static_cast<float>(step))) return false;
   if (m_modFrequency >= 0.0) {
     MathUtils::Cos(m_wave, n, step, GetPhase());
@@ -253,7 +252,8 @@ void BasebandSigGen::FillTriangle(int n) {
 
 void BasebandSigGen::Generate_AM_FM_PM(VecCplx32 &dst, int n) {
   if (n < 0) return;
-  const auto deviation = static_cast<float>(m_modIndex / m_sampleRate * kTwoPi); // FM, radians per sample
+  const auto deviation =
+      static_cast<float>(m_modIndex / m_sampleRate * kTwoPi<double>); // FM, radians per sample
   if ((m_signalType == FM && !std::isfinite(deviation)) || !MakeWave(n)) return Silence(dst, n);
   switch (m_signalType) {
   case AM:
@@ -267,8 +267,8 @@ void BasebandSigGen::Generate_AM_FM_PM(VecCplx32 &dst, int n) {
     MathUtils::Expj(dst, m_wave);
     break;
   case PM:
-    m_wave.Mul(
-        static_cast<float>(m_modIndex < 0.0 ? -m_modIndex : m_modIndex * 0.002777777777777778 * kTwoPi));
+    m_wave.Mul(static_cast<float>(m_modIndex < 0.0 ? -m_modIndex
+                                                   : m_modIndex * 0.002777777777777778 * kTwoPi<double>));
     MathUtils::Expj(dst, m_wave);
     break;
   default:
@@ -293,7 +293,7 @@ void BasebandSigGen::Construct_PSK_QAM_Constellation(VecCplx32 &dst, SignalType 
   case PSK16:
     base.Set({1.0F, 0.0F}, 1);
     copies = type == PSK8 ? 8 : 16;
-    rotator = Complex::Cplx(kTwoPi32 / static_cast<float>(copies));
+    rotator = Complex::Cplx(kTwoPi<float> / static_cast<float>(copies));
     break;
   case QAM16:
     Construct_PSK_QAM_Constellation(base, QPSK, true);
@@ -431,7 +431,7 @@ void BasebandSigGen::MakePulse(int length, double on, double edge) {
     const auto slope = static_cast<float>(bandwidth / on * 0.5), start = static_cast<float>(-bandwidth * 0.5);
     DSPUtils::Ramp(m_wave, length, 0.0F, static_cast<float>(1.0 / m_sampleRate));
     float *x = m_wave.GetPtr();
-    for (int k = 0; k < length; ++k) x[k] = (x[k] * slope + start) * x[k] * kTwoPi32;
+    for (int k = 0; k < length; ++k) x[k] = (x[k] * slope + start) * x[k] * kTwoPi<float>;
     MathUtils::Expj(m_points, m_wave);
   }
   // Of edges that are longer than what the pulse was cut to there is the part that lies in it.

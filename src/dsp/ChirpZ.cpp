@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "Clone.h"
+#include "infra/Constants.h"
 #include "infra/Errors.h"
 #include "math/Elementwise.h"
 #include "qorn/dsp/FFT.h"
@@ -15,9 +17,8 @@ namespace QORN {
 namespace {
 
 // Want of memory is reported as the vectors report it, under their name.
-constexpr const char *kVectorModule = "infra/Vector";
 
-constexpr double kTwoPi64 = 6.283185307179586;
+using constants::kTwoPi;
 
 // exp(-j a i) and the chirp exp(-j (b / 2) i^2) for 0 <= i < n. The two precisions differ in how they form
 // the phases, and with that in what a negative b does: in double its square root is not-a-number.
@@ -72,8 +73,8 @@ ChirpZ::ChirpZ(const ChirpZ &other)
     : m_inputLength(other.m_inputLength), m_outputPoints(other.m_outputPoints),
       m_fftLength(other.m_fftLength), m_startFrequency(other.m_startFrequency),
       m_frequencyStep(other.m_frequencyStep), m_samplingRate(other.m_samplingRate),
-      m_useDouble(other.m_useDouble), m_fft(other.m_fft ? std::make_unique<FFT>(*other.m_fft) : nullptr),
-      m_double(other.m_double), m_float(other.m_float) {
+      m_useDouble(other.m_useDouble), m_fft(Clone(other.m_fft)), m_double(other.m_double),
+      m_float(other.m_float) {
   if (m_fft) RequireMemory(*m_fft);
 }
 
@@ -93,7 +94,7 @@ void ChirpZ::InitParamsToInvalid() {
 
 // A plan that found no memory would leave every vector as it is.
 void ChirpZ::RequireMemory(const FFT &fft) {
-  if (!fft.m_work) Throw(errors::kMemoryAllocation, kVectorModule);
+  if (!fft.m_work) Throw(errors::kMemoryAllocation, modules::kVector);
 }
 
 bool ChirpZ::SetParameters(int n, double fs, int m, double f0, double df, bool useDouble) {
@@ -107,13 +108,13 @@ bool ChirpZ::SetParameters(int n, double fs, int m, double f0, double df, bool u
 
   int order = 0;
   while ((std::int64_t{1} << order) < std::int64_t{n} + m - 1) ++order;
-  if (order > kMaxOrder) Throw(errors::kMemoryAllocation, kVectorModule);
+  if (order > kMaxOrder) Throw(errors::kMemoryAllocation, modules::kVector);
   std::unique_ptr<FFT> fft;
   if (n > 0 && m > 0) {
     fft = std::make_unique<FFT>(order, useDouble);
     RequireMemory(*fft);
-    const double a = kTwoPi64 * f0 / fs;
-    const double b = kTwoPi64 * df / fs;
+    const double a = kTwoPi<double> * f0 / fs;
+    const double b = kTwoPi<double> * df / fs;
     if (useDouble) {
       m_double = Prepare<VecCplx64>(*fft, n, m, a, b);
     } else {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "infra/Constants.h"
 #include "infra/kernels/Levels.h"
 #include "math/Elementwise.h"
 #include "qorn/dsp/DSPUtils.h"
@@ -15,8 +16,8 @@ namespace QORN {
 namespace {
 
 // pi and 2 pi as the type has them: the float nearest to each is not the value itself.
-template <class T> constexpr T kPi = static_cast<T>(3.141592653589793);
-template <class T> constexpr T kTwoPi = static_cast<T>(6.283185307179586);
+using constants::kPi;
+using constants::kTwoPi;
 
 // The whole turns of a positive phase, in radians; counted in double for both types.
 template <class T> T WholeTurns(T x) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "infra/Constants.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecReal32.h"
 
@@ -38,7 +39,7 @@ template <class Pulse> void SamplePulse(VecReal32 &taps, float period, int n, fl
 
 /// The standard deviation, in symbol periods, of the Gaussian of bandwidth-time product bt: sqrt(ln 2) / (2
 /// pi bt).
-inline float GaussianDeviation(float bt) { return 0.83255464F / (3.1415927F * 2.0F * bt); }
+inline float GaussianDeviation(float bt) { return 0.83255464F / (constants::kPi<float> * 2.0F * bt); }
 
 } // namespace QORN
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include "infra/Constants.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecReal64.h"
 
@@ -10,14 +11,14 @@ namespace QORN {
 
 namespace {
 
-constexpr double kTwoPi64 = 6.283185307179586;
+using constants::kTwoPi;
 
 // The n elements a[0] - a[1] cos t + a[2] cos 2t - ... at t = 2 pi k / n, before normalisation. All in double
 // but the last step, in the order written; the second half mirrors the first.
 template <std::size_t terms> VecReal32 CosineSum(int n, const std::array<double, terms> &a) {
   VecReal32 shape(n);
   if (n < 1) return shape;
-  const double step = kTwoPi64 / n;
+  const double step = kTwoPi<double> / n;
   const int count = n / 2 + 1;
   VecReal64 sum(count);
   VecReal64 cosine(count);

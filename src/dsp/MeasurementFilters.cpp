@@ -6,6 +6,7 @@
 
 #include "FilterDesign.h"
 #include "IS95Taps.h"
+#include "infra/Constants.h"
 #include "math/Elementwise.h"
 #include "qorn/dsp/FFT.h"
 #include "qorn/infra/VecReal64.h"
@@ -51,7 +52,7 @@ void IS95Filter::SetParameters(int ratio) {
 namespace {
 
 constexpr double kC4FMSymbolRate = 4800.0; // and the edge of the response, in hertz
-constexpr double kPi64 = 3.141592653589793;
+using constants::kPi;
 
 struct PowerOfTwo {
   int order;
@@ -94,7 +95,7 @@ void C4FMReverseShapingFilter::C4FMFilterTap(VecReal32 &taps, float T, float Ts,
   const double step = wide * kC4FMSymbolRate / bins;
   int end = 1;
   for (double f = step; end < bins / 2 && !(f >= kC4FMSymbolRate); f += step) {
-    angle[end++] = f * kPi64 / kC4FMSymbolRate;
+    angle[end++] = f * kPi<double> / kC4FMSymbolRate;
   }
   TargetLib::Sin_64f(angle.GetPtr(), sine.GetPtr(), end);
   response[0].re = samplesPerSymbol;

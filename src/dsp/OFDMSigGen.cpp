@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Clone.h"
 #include "OfdmFrame.h"
 #include "infra/Errors.h"
 #include "qorn/dsp/ArbRateResampler.h"
@@ -16,8 +17,6 @@
 namespace QORN {
 
 namespace {
-
-constexpr const char *kVectorModule = "infra/Vector";
 
 constexpr double kStandardRate = 2e7; // Hz
 constexpr double kLeastRate = 1000.0;
@@ -41,9 +40,7 @@ void Guarded(Cplx32 *dst, const VecCplx32 &x, int guard, int times) {
 
 } // namespace
 
-template <>
-BasebandSigGen::Owner<FFT>::Owner(const Owner &other)
-    : Owner(other ? std::make_unique<FFT>(*other) : nullptr) {}
+template <> BasebandSigGen::Owner<FFT>::Owner(const Owner &other) : Owner(Clone(other)) {}
 
 OFDMSigGen::OFDMSigGen() : BasebandSigGen(Custom) { SetParameters(kStandardRate, Mbps6, kStandardGuard); }
 OFDMSigGen::OFDMSigGen(const OFDMSigGen &other) = default;
@@ -95,7 +92,7 @@ void OFDMSigGen::Build() {
   const int order = std::countr_zero(static_cast<unsigned>(m_fftLength));
   m_fft = std::make_unique<FFT>(order, FftScaleNone, QORNAlgorithmAccurate, false);
   // A transform without memory would leave the carriers as they are.
-  if (!m_fft->m_work) Throw(errors::kMemoryAllocation, kVectorModule);
+  if (!m_fft->m_work) Throw(errors::kMemoryAllocation, modules::kVector);
   m_symbolDuration = m_symbolLength / m_fftRate;
   m_spectrum.Resize(m_symbolFftLength);
   GeneratePreamble(m_preamble);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "infra/Constants.h"
 #include "infra/Errors.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/math/VecUtils.h"
@@ -13,7 +14,6 @@ namespace {
 constexpr const char *kModule = "dsp\\WindowTaylor";
 
 // Want of memory for a window's elements is reported as the vectors report it, under their name.
-constexpr const char *kVectorModule = "infra/Vector";
 
 struct KaiserMode {
   float beta;
@@ -45,7 +45,7 @@ void KaiserWindow::SetParameters(int n, float beta) {
   // No element of the shape is negative: one that the kernel left unwritten for want of memory shows.
   shape.Set(-1.0F);
   TargetLib::GenKaiserWin_32f(shape.GetPtr(), n, beta);
-  if (n > 0 && shape[0] < 0.0F) Throw(errors::kMemoryAllocation, kVectorModule);
+  if (n > 0 && shape[0] < 0.0F) Throw(errors::kMemoryAllocation, modules::kVector);
   StoreNormalised(shape);
 }
 
@@ -91,8 +91,8 @@ namespace {
 
 constexpr float kDefaultLevel = -30.0F;
 constexpr int kDefaultSidelobes = 4;
-constexpr double kPi64 = 3.141592653589793;
-constexpr float kTwoPi32 = 2.0F * 3.1415927F;
+using constants::kPi;
+using constants::kTwoPi;
 
 // 10^x and ln x, the library's own: the C library's last bits differ from machine to machine.
 double PowerOfTen(double x) {
@@ -135,7 +135,7 @@ void TaylorWindow::SetParameters(int n, float level, int nbar) {
   const auto ratio = static_cast<float>(PowerOfTen(static_cast<double>(level / -20.0F)));
   const float x = std::sqrt(ratio * ratio - 1.0F) + ratio;
   if (!(x > 0.0F)) Throw(errors::kInvalidParameter, kModule);
-  const auto a = static_cast<float>(NaturalLogarithm(static_cast<double>(x)) / kPi64);
+  const auto a = static_cast<float>(NaturalLogarithm(static_cast<double>(x)) / kPi<double>);
   const auto sidelobes = static_cast<float>(nbar);
   if (sidelobes < 2.0F * a * a + 0.5F) Throw(errors::kInvalidParameter, kModule);
   const float sigma2 = Square(sidelobes) / Zero(sidelobes, a);
@@ -147,7 +147,7 @@ void TaylorWindow::SetParameters(int n, float level, int nbar) {
   for (int m = 1; m < nbar; ++m) {
     const float factor = 2.0F * ComputeFm(nbar, sigma2, a, m);
     term = ramp;
-    term *= kTwoPi32 * static_cast<float>(m);
+    term *= kTwoPi<float> * static_cast<float>(m);
     TargetLib::Cos_32f(term.GetPtr(), term.GetPtr(), n);
     term *= factor;
     shape += term;

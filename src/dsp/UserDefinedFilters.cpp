@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "infra/Constants.h"
 #include "qorn/infra/TargetLib.h"
 
 namespace QORN {
@@ -72,8 +73,8 @@ namespace {
 
 constexpr double kMostTaps = 1 << 22; // also points of the fine grid
 constexpr double kMostAdditions = 0x1p+37;
-constexpr double kPi64 = 3.141592653589793;
-constexpr auto kWidenedPi = static_cast<double>(3.1415927F);
+using constants::kPi;
+constexpr auto kWidenedPi = static_cast<double>(kPi<float>);
 
 bool IsPositive(double x) { return x > 0.0 && std::isfinite(x); }
 
@@ -195,7 +196,7 @@ void IntegralUserDefinedFilter::ComputeResampledFilterTaps(VecCplx32 &out, VecCp
       continue;
     }
     const int first = std::max(i - half, 0), last = std::min(i + half, points - 1);
-    const SincWeights weights(p, r, length, kPi64);
+    const SincWeights weights(p, r, length, kPi<double>);
     for (int k = weights.First(); k < weights.End(); ++k) {
       TargetLib::AddC_32fc_I(weights.Times(user, k), fine.GetPtr(first), last - first + 1);
     }

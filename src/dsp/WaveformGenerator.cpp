@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "infra/Constants.h"
 #include "math/Elementwise.h"
 #include "qorn/infra/VecReal32.h"
 #include "qorn/infra/VecReal64.h"
@@ -12,7 +13,8 @@ namespace QORN {
 
 namespace {
 
-constexpr float kPi32 = 3.1415927F;
+using constants::kPi;
+using constants::kTwoPi;
 constexpr unsigned int kSeed = 0x12345678;
 
 // Below this |x| the series stands for sin(x) / x: its next term is x^4 / 120, which reaches eps there.
@@ -108,15 +110,15 @@ void WaveformGenerator::RaisedCosinePulse(VecReal32 &dst, float rolloff, float T
     TargetLib::MulC_32f_I(invT, x, n);
     TargetLib::Copy_32f(x, y, n);
     TargetLib::MulC_32f_I(rolloff * 2.0F, y, n);
-    OffsetAndScale(y, 1.0F, kPi32 * 0.5F, p, n);
-    OffsetAndScale(y, -1.0F, kPi32 * 0.5F, q, n);
+    OffsetAndScale(y, 1.0F, kPi<float> * 0.5F, p, n);
+    OffsetAndScale(y, -1.0F, kPi<float> * 0.5F, q, n);
     PulseSinc(p, n);
     PulseSinc(q, n);
     TargetLib::Add_32f_I(q, p, n);
-    TargetLib::MulC_32f_I(kPi32, x, n);
+    TargetLib::MulC_32f_I(kPi<float>, x, n);
     PulseSinc(x, n);
     TargetLib::Mul_32f_I(p, x, n);
-    TargetLib::MulC_32f_I(kPi32 * 0.25F, x, n);
+    TargetLib::MulC_32f_I(kPi<float> * 0.25F, x, n);
   });
 }
 
@@ -125,9 +127,9 @@ namespace {
 // cos((x[i] + offset) pi) S((u[i] + offset) pi): one of the two mirrored terms of the root raised cosine.
 void RootTerm(const float *x, const float *u, float offset, float *dst, int n) {
   float cosine[kBlock];
-  OffsetAndScale(x, offset, kPi32, cosine, n);
+  OffsetAndScale(x, offset, kPi<float>, cosine, n);
   TargetLib::Cos_32f(cosine, cosine, n);
-  OffsetAndScale(u, offset, kPi32, dst, n);
+  OffsetAndScale(u, offset, kPi<float>, dst, n);
   PulseSinc(dst, n);
   TargetLib::Mul_32f_I(cosine, dst, n);
 }
@@ -151,7 +153,7 @@ void WaveformGenerator::RootRaisedCosinePulse(VecReal32 &dst, float rolloff, flo
     RootTerm(x, u, -0.25F, late, n);
     TargetLib::Add_32f_I(late, early, n);
     TargetLib::MulC_32f_I(rolloff, early, n);
-    TargetLib::MulC_32f_I((1.0F - rolloff) * invT * kPi32, time, n);
+    TargetLib::MulC_32f_I((1.0F - rolloff) * invT * kPi<float>, time, n);
     PulseSinc(time, n);
     TargetLib::MulC_32f_I(1.0F - rolloff, time, n);
     TargetLib::Add_32f_I(early, time, n);
@@ -180,7 +182,7 @@ void WaveformGenerator::GaussianPulse(VecReal32 &dst, float B, const VecReal32 &
 void WaveformGenerator::SincPulse(VecReal32 &dst, float B, const VecReal32 &t) {
   const float w = B * 2.0F;
   MapInSteps(dst, t, [=](float *x, int n) {
-    TargetLib::MulC_32f_I(kPi32 * w, x, n);
+    TargetLib::MulC_32f_I(kPi<float> * w, x, n);
     PulseSinc(x, n);
     TargetLib::MulC_32f_I(w, x, n);
   });
@@ -226,7 +228,7 @@ void WaveformGenerator::IntegralConvGauss(VecReal32 &dst, float T, float b, cons
   const auto q = static_cast<double>(-(b * 2.0F * b * T * T));
   const auto w = static_cast<double>(1.4142135F * b * T);
   const auto edge =
-      static_cast<double>(static_cast<float>(-static_cast<double>(b) / std::sqrt(6.283185307179586)));
+      static_cast<double>(static_cast<float>(-static_cast<double>(b) / std::sqrt(kTwoPi<double>)));
   BetweenLimits(dst, t, T * b * 10.0F, 0.0F, 1.0F, [=](float *x, int n) {
     double e1[kBlock];
     double e2[kBlock];

@@ -10,10 +10,6 @@
 
 namespace QORN {
 
-namespace {
-constexpr const char *kModule = "infra/Vector";
-}
-
 // The classes with storage of their own free it in their destructors: a bare base copy shares its source's
 // block.
 template <class T> BaseVector<T>::~BaseVector() = default;
@@ -82,7 +78,7 @@ template <class T> bool BaseVector<T>::Truncate(int first, int count) {
   return Trim(first, first - 1 + count);
 }
 
-template <class T> void BaseVector<T>::Alloc(int) { Throw(errors::kUnexpectedSoftware, kModule); }
+template <class T> void BaseVector<T>::Alloc(int) { Throw(errors::kUnexpectedSoftware, modules::kVector); }
 
 #if defined(QORN_CHECKED)
 template <class T> void BaseVector<T>::CheckIndex(int i) const {

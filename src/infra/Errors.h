@@ -26,6 +26,11 @@ inline constexpr Error kFileVersion{13004, "file version error"};
 inline constexpr Error kFileType{13005, "file type error"};
 } // namespace errors
 
+/// Modules whose paths stand in the exceptions of several files.
+namespace modules {
+inline constexpr char kVector[] = "infra/Vector";
+} // namespace modules
+
 /// Throws error as a QORNException of the module whose path literal is given; the line is that of the call.
 [[noreturn]] inline void Throw(const Error &error, const char *module, long line = __builtin_LINE()) {
   throw QORNException(error.code, error.message, module, line);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "Constants.h"
 #include "kernels/Levels.h"
 #include "qorn/infra/QORNMalloc.h"
 #include "qorn/infra/TargetLib.h"
@@ -15,9 +16,8 @@ namespace {
 
 using Index = std::ptrdiff_t;
 
-constexpr double kPi64 = 3.141592653589793;
-constexpr double kTwoPi64 = 6.283185307179586;
-constexpr float kTwoPi32 = 6.2831855F; // the float next to 2 pi, not 2 pi itself
+using constants::kPi;
+using constants::kTwoPi;
 
 // x reduced to 0 <= x < period. A negative x so small that the sum rounds to the period is taken as 0.
 double Reduced(double x, double period) {
@@ -33,30 +33,31 @@ double Reduced(double x, double period) {
 
 void TargetLib::Tone_Direct_64fc(Cplx64 *dst, int len, double magnitude, double relFreq, double *phase) {
   if (dst == nullptr || phase == nullptr || len < 1) return;
-  const double slope = kTwoPi64 * Reduced(relFreq, 1.0);
-  const double start = *phase = Reduced(*phase, kTwoPi64);
+  const double slope = kTwoPi<double> * Reduced(relFreq, 1.0);
+  const double start = *phase = Reduced(*phase, kTwoPi<double>);
   VecReal64 ramp(len);
   VectorSlope_64f(ramp.GetPtr(), len, start, slope);
   Expj_64f(ramp.GetPtr(), dst, len);
   // As scalars, of which there may be more than an int counts.
   MulC_64f_I(magnitude, &dst->re, len);
   MulC_64f_I(magnitude, &dst->re + len, len);
-  *phase = std::fmod(len * slope + start, kTwoPi64);
+  *phase = std::fmod(len * slope + start, kTwoPi<double>);
 }
 
 void TargetLib::Tone_Direct_32fc(Cplx32 *dst, int len, float magnitude, float relFreq, float *phase) {
   if (dst == nullptr || phase == nullptr || len < 1) return;
   const float frequency = static_cast<float>(Reduced(static_cast<double>(relFreq), 1.0));
-  const float start = static_cast<float>(Reduced(static_cast<double>(*phase), static_cast<double>(kTwoPi32)));
+  const float start =
+      static_cast<float>(Reduced(static_cast<double>(*phase), static_cast<double>(kTwoPi<float>)));
   *phase = start;
   VecReal32 ramp(len);
-  VectorSlope_32f(ramp.GetPtr(), len, start, kTwoPi32 * frequency);
+  VectorSlope_32f(ramp.GetPtr(), len, start, kTwoPi<float> * frequency);
   Expj_32f(ramp.GetPtr(), dst, len);
   MulC_32f_I(magnitude, &dst->re, len);
   MulC_32f_I(magnitude, &dst->re + len, len);
   // The phase that is carried on is as exact as can be, though the ramp ran in float.
-  *phase = static_cast<float>(
-      std::fmod(len * (kTwoPi64 * static_cast<double>(frequency)) + static_cast<double>(start), kTwoPi64));
+  *phase = static_cast<float>(std::fmod(
+      len * (kTwoPi<double> * static_cast<double>(frequency)) + static_cast<double>(start), kTwoPi<double>));
 }
 
 namespace {
@@ -177,13 +178,13 @@ double Cosine(double x) {
 
 // The ideal response m samples from the centre of what passes the frequencies from 0 to relFreq.
 double LowPass(double relFreq, double m) {
-  return m == 0.0 ? 2.0 * relFreq : Sine(kTwoPi64 * relFreq * m) / (kPi64 * m);
+  return m == 0.0 ? 2.0 * relFreq : Sine(kTwoPi<double> * relFreq * m) / (kPi<double> * m);
 }
 
 // Likewise for lowFreq to highFreq: a low-pass of half the width, moved to the middle. As the difference of
 // two low-passes it would cancel in narrow bands.
 double BandPass(double lowFreq, double highFreq, double m) {
-  return 2.0 * Cosine(kPi64 * (lowFreq + highFreq) * m) * LowPass((highFreq - lowFreq) / 2.0, m);
+  return 2.0 * Cosine(kPi<double> * (lowFreq + highFreq) * m) * LowPass((highFreq - lowFreq) / 2.0, m);
 }
 
 // Windows response(m), m = n - (len - 1) / 2, and scales it to a gain of 1 at relFreq. Tap n and its mirror
@@ -193,9 +194,9 @@ template <class Response> void Design(double *taps, int len, double relFreq, Res
   double gain = 0;
   for (int n = 0; n < (len + 1) / 2; ++n) {
     const double m = n - centre;
-    const double window = 0.54 - 0.46 * Cosine(kTwoPi64 * n / (len - 1));
+    const double window = 0.54 - 0.46 * Cosine(kTwoPi<double> * n / (len - 1));
     taps[n] = response(m) * window;
-    gain += (m == 0.0 ? 1.0 : 2.0) * taps[n] * Cosine(kTwoPi64 * relFreq * m);
+    gain += (m == 0.0 ? 1.0 : 2.0) * taps[n] * Cosine(kTwoPi<double> * relFreq * m);
   }
   for (int n = 0; n < (len + 1) / 2; ++n) taps[n] = taps[len - 1 - n] = taps[n] / std::fabs(gain);
 }

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 
+#include "Errors.h"
 #include "qorn/infra/QORNMalloc.h"
 
 namespace QORN {
@@ -21,7 +22,7 @@ class VecUInt8;
 
 /// The paths that exceptions name, and the separator of most dumps.
 struct VectorPaths {
-  static constexpr const char *kAllocModule = "infra/Vector";
+  static constexpr const char *kAllocModule = modules::kVector;
   static constexpr const char *kFileModule = "infra\\Vector";
   static constexpr const char *kSeparator = "\n.................";
 };
