@@ -1,0 +1,81 @@
+#!/bin/sh
+# The managed binding on the .NET SDK, against the libraries of a build.
+#   dotnet.sh test NATIVE SCRATCH     its own tests
+#   dotnet.sh package NATIVE SCRATCH  packs it, and has a new program take the package and print a spectrum
+# NATIVE is the folder of the native libraries, SCRATCH a folder for what is made. NuGet packages come from the sources
+# that the machine is configured with, or from those in QORN_NUGET_SOURCES, separated by blanks. Ends with 77 where there
+# is no SDK that could do it.
+set -eu
+mode=$1
+native=$2
+scratch=$3
+needed=10
+here=$(cd "$(dirname "$0")" && pwd)
+projects=$here/../../binding/dotnet
+
+found=$(dotnet --version 2>/dev/null || true)
+case "${found%%.*}" in
+  "" | *[!0-9]*) echo "skipped: the .NET SDK is not here (version $needed or later)"; exit 77 ;;
+esac
+if [ "${found%%.*}" -lt $needed ]; then
+  echo "skipped: the .NET SDK here is $found, and version $needed or later is needed"
+  exit 77
+fi
+export DOTNET_CLI_TELEMETRY_OPTOUT=1 DOTNET_NOLOGO=1 DOTNET_CLI_UI_LANGUAGE=en MSBUILDDISABLENODEREUSE=1
+mkdir -p "$scratch"
+
+# run LOG COMMAND... - shows what the command printed only if it fails.
+run() {
+  log=$scratch/$1.log
+  shift
+  "$@" >"$log" 2>&1 || { cat "$log"; return 1; }
+}
+
+# restore LOG PROJECT ARGUMENTS... - fetches the packages that a project needs.
+restore() {
+  log=$1
+  shift
+  run "$log" dotnet restore -m:1 "$@" || {
+    echo "The packages of $1 could not be fetched, see above. Without access to a source of NuGet packages, name"
+    echo "those that you have in QORN_NUGET_SOURCES, or configure with -DQORN_BUILD_DOTNET=OFF."
+    exit 1
+  }
+}
+
+sources=""
+for source in ${QORN_NUGET_SOURCES:-}; do sources="$sources --source $source"; done
+common="-c Release -m:1 -p:UseSharedCompilation=false -p:ArtifactsPath=$scratch/artifacts"
+
+case "$mode" in
+  test)
+    # shellcheck disable=SC2086
+    restore restore "$projects/QORNWrapper.Tests/QORNWrapper.Tests.csproj" $sources \
+      "-p:ArtifactsPath=$scratch/artifacts"
+    # shellcheck disable=SC2086
+    run test dotnet test "$projects/QORNWrapper.Tests/QORNWrapper.Tests.csproj" --no-restore $common \
+      "-p:QornNativeDirectory=$native"
+    grep -E '^(Passed|Failed)!' "$scratch/test.log"
+    ;;
+  package)
+    rm -rf "$scratch/packages" "$scratch/program" "$scratch/cache"
+    for project in MVPlatformShared QORNWrapper; do
+      # shellcheck disable=SC2086
+      restore "restore-$project" "$projects/$project/$project.csproj" $sources "-p:ArtifactsPath=$scratch/artifacts"
+      # shellcheck disable=SC2086
+      run "pack-$project" dotnet pack "$projects/$project/$project.csproj" --no-restore $common \
+        "-p:QornNativeDirectory=$native" -o "$scratch/packages"
+    done
+    # The program knows the packages alone: their folder is its one source, and its cache is its own.
+    mkdir -p "$scratch/program"
+    cp "$here/program/"* "$scratch/program"
+    version=$(sed -n 's/.*VERSION_STRING "\(.*\)".*/\1/p' "$here/../../include/qorn/Version.h")
+    NUGET_PACKAGES=$scratch/cache
+    export NUGET_PACKAGES
+    restore restore-program "$scratch/program/Program.csproj" --source "$scratch/packages" "-p:QornVersion=$version"
+    run build-program dotnet build "$scratch/program/Program.csproj" --no-restore -c Release -m:1 \
+      -p:UseSharedCompilation=false "-p:QornVersion=$version" -o "$scratch/program/out"
+    dotnet "$scratch/program/out/Program.dll" >"$scratch/spectrum.txt"
+    diff "$here/program/expected.txt" "$scratch/spectrum.txt"
+    echo "The program printed the spectrum that it should."
+    ;;
+esac
