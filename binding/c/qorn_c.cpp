@@ -20,8 +20,25 @@
 
 using namespace QORN;
 
+namespace {
+
+// A vector that can see memory of another's: without a block of its own it never frees it, and it only ever
+// grows into a block of its own.
+template <class V> class Seeing : public V {
+public:
+  void See(const void *data, int n) {
+    using T = std::remove_pointer_t<decltype(this->m_pData)>;
+    this->Release();
+    this->m_pData = static_cast<T *>(const_cast<void *>(data));
+    this->m_length = n;
+  }
+};
+
 // A vector's class is the alternative whose index is its number in qorn_element.
-using AnyVector = std::variant<VecInt16, VecInt32, VecUInt32, VecReal32, VecReal64, VecCplx32, VecCplx64>;
+using AnyVector = std::variant<Seeing<VecInt16>, Seeing<VecInt32>, Seeing<VecUInt32>, Seeing<VecReal32>,
+                               Seeing<VecReal64>, Seeing<VecCplx32>, Seeing<VecCplx64>>;
+
+} // namespace
 
 struct qorn_vector {
   AnyVector any;
@@ -43,7 +60,7 @@ namespace {
 
 constexpr const char *kModule = "binding\\qorn_c";
 
-template <int I, class V> constexpr bool kIs = std::is_same_v<std::variant_alternative_t<I, AnyVector>, V>;
+template <int I, class V> constexpr bool kIs = std::is_base_of_v<V, std::variant_alternative_t<I, AnyVector>>;
 static_assert(kIs<QORN_INT16, VecInt16> && kIs<QORN_INT32, VecInt32> && kIs<QORN_UINT32, VecUInt32> &&
               kIs<QORN_REAL32, VecReal32> && kIs<QORN_REAL64, VecReal64> && kIs<QORN_CPLX32, VecCplx32> &&
               kIs<QORN_CPLX64, VecCplx64>);
@@ -98,7 +115,7 @@ template <class T> T &Object(T *object) {
 
 // The vector as one of class V, which may be const.
 template <class V, class Handle> V &As(Handle *vector) {
-  V *found = std::get_if<std::remove_const_t<V>>(&Object(vector).any);
+  V *found = std::get_if<Seeing<std::remove_const_t<V>>>(&Object(vector).any);
   if (found == nullptr) Refuse();
   return *found;
 }
@@ -125,9 +142,34 @@ int32_t Interpolate(Interpolation &native, qorn_vector *yOut, const qorn_vector 
 
 int32_t InterpolateAny(Interpolation &native, qorn_vector *yOut, const qorn_vector *x, const qorn_vector *y,
                        const qorn_vector *xOut) {
-  return std::holds_alternative<VecReal32>(Object(x).any) ? Interpolate<VecReal32>(native, yOut, x, y, xOut)
-                                                          : Interpolate<VecReal64>(native, yOut, x, y, xOut);
+  return std::holds_alternative<Seeing<VecReal32>>(Object(x).any)
+             ? Interpolate<VecReal32>(native, yOut, x, y, xOut)
+             : Interpolate<VecReal64>(native, yOut, x, y, xOut);
 }
+
+void Apply(Spectrum &native, VecReal32 &out, const qorn_vector &in) {
+  if (std::holds_alternative<Seeing<VecCplx32>>(in.any)) {
+    native.Apply(out, As<const VecCplx32>(&in));
+  } else {
+    native.Apply(out, As<const VecReal32>(&in));
+  }
+}
+
+// While it lives, a vector sees data; then it is empty.
+class Sight {
+public:
+  Sight(qorn_vector &vector, const void *data, int n) : m_vector(vector) { See(data, n); }
+  ~Sight() { See(nullptr, 0); }
+  Sight(const Sight &) = delete;
+  Sight &operator=(const Sight &) = delete;
+
+private:
+  void See(const void *data, int n) {
+    std::visit([=](auto &v) { v.See(data, n); }, m_vector.any);
+  }
+
+  qorn_vector &m_vector;
+};
 
 } // namespace
 
@@ -212,13 +254,17 @@ int32_t qorn_spectrum_size(const qorn_spectrum *spectrum) {
 int32_t qorn_spectrum_apply(qorn_spectrum *spectrum, qorn_vector *out, const qorn_vector *in,
                             qorn_error *error) {
   return Guarded(error, [&] {
-    Spectrum &native = Object(spectrum).native;
-    VecReal32 &result = As<VecReal32>(out);
-    if (std::holds_alternative<VecCplx32>(Object(in).any)) {
-      native.Apply(result, As<const VecCplx32>(in));
-    } else {
-      native.Apply(result, As<const VecReal32>(in));
-    }
+    Apply(Object(spectrum).native, As<VecReal32>(out), Object(in));
+    return 0;
+  });
+}
+
+int32_t qorn_spectrum_apply_block(qorn_spectrum *spectrum, qorn_vector *out, qorn_vector *in,
+                                  const void *data, int32_t n, qorn_error *error) {
+  return Guarded(error, [&] {
+    if (out == in || n < 0 || (data == nullptr && n > 0)) Refuse();
+    const Sight sight(Object(in), data, n);
+    Apply(Object(spectrum).native, As<VecReal32>(out), *in);
     return 0;
   });
 }

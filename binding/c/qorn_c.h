@@ -129,6 +129,13 @@ QORN_C_API int32_t qorn_spectrum_size(const qorn_spectrum *spectrum);
 QORN_C_API int32_t qorn_spectrum_apply(qorn_spectrum *spectrum, qorn_vector *out, const qorn_vector *in,
                                        qorn_error *error);
 
+/**
+ * The same for n samples at data, which are read where they lie: in, whose kind is theirs, sees them during
+ * the call and is empty after it. data may be null if n is 0, and must not be memory of out.
+ */
+QORN_C_API int32_t qorn_spectrum_apply_block(qorn_spectrum *spectrum, qorn_vector *out, qorn_vector *in,
+                                             const void *data, int32_t n, qorn_error *error);
+
 /* Interpolation of a table: point i is (x[i], y[i]), x ascending. See QORN::Spline,
  * QORN::CubicHermiteInterpolation. */
 

@@ -228,6 +228,53 @@ TEST(CInterface_Spectrum, RealCosine_ReadsHalfItsAmplitudeAtEitherSide) {
   EXPECT_EQ(QORN::test::AllocationCount(), before);
 }
 
+TEST(CInterface_Spectrum, BlockWhereItLies_GivesWhatACopyGives) {
+  const std::vector<std::array<float, 2>> block{{1, 2}, {3, -4}, {5, 6}, {-7, 8}};
+  const Spectrum spectrum(qorn_spectrum_create(4, QORN_WINDOW_HANN, 0, nullptr));
+  const Vector copy = MakeVector(QORN_CPLX32, block), expected = MakeVector(QORN_REAL32);
+  ASSERT_EQ(qorn_spectrum_apply(spectrum.get(), expected.get(), copy.get(), nullptr), 0);
+
+  // What the vector held before is gone, and it does not go on to see the block.
+  const Vector in = MakeVector<std::array<float, 2>>(QORN_CPLX32, {{9, 9}}), out = MakeVector(QORN_REAL32);
+  ASSERT_EQ(qorn_spectrum_apply_block(spectrum.get(), out.get(), in.get(), block.data(), 4, nullptr), 0);
+  EXPECT_EQ(Values<float>(out), Values<float>(expected));
+  EXPECT_EQ(qorn_vector_size(in.get()), 0);
+  EXPECT_EQ(qorn_vector_data(in.get()), nullptr);
+  EXPECT_EQ(qorn_vector_import(in.get(), block.data(), 2, nullptr), 0);
+  EXPECT_EQ((Values<std::array<float, 2>>(in)), (std::vector<std::array<float, 2>>{block[0], block[1]}));
+
+  const std::vector<float> real{1, 2, 3, 4};
+  const Vector inReal = MakeVector(QORN_REAL32);
+  ASSERT_EQ(qorn_spectrum_apply(spectrum.get(), expected.get(), MakeVector(QORN_REAL32, real).get(), nullptr),
+            0);
+  const long before = QORN::test::AllocationCount();
+  ASSERT_EQ(qorn_spectrum_apply_block(spectrum.get(), out.get(), inReal.get(), real.data(), 4, nullptr), 0);
+  EXPECT_EQ(QORN::test::AllocationCount(), before);
+  EXPECT_EQ(Values<float>(out), Values<float>(expected));
+}
+
+TEST(CInterface_Spectrum, BlockThatIsRefused_LeavesTheVectorEmptyOrAsItWas) {
+  const Spectrum spectrum(qorn_spectrum_create(2, QORN_WINDOW_HANN, 0, nullptr));
+  const Vector in = MakeVector<float>(QORN_REAL32, {1, 2}), out = MakeVector(QORN_REAL32);
+  const Vector wide = MakeVector<double>(QORN_REAL64, {1, 2});
+  const std::array<double, 2> data{};
+  qorn_error error = kStale;
+  const auto apply = [&](qorn_vector *dst, qorn_vector *src, const void *block, int n) {
+    return qorn_spectrum_apply_block(spectrum.get(), dst, src, block, n, &error);
+  };
+  ExpectRefused(apply(out.get(), in.get(), data.data(), -1), error);
+  ExpectRefused(apply(out.get(), in.get(), nullptr, 1), error);
+  ExpectRefused(apply(in.get(), in.get(), data.data(), 2), error);
+  ExpectRefused(apply(out.get(), nullptr, data.data(), 2), error);
+  EXPECT_EQ(Values<float>(in), (std::vector<float>{1, 2}));
+  ExpectRefused(apply(nullptr, in.get(), data.data(), 2), error);
+  EXPECT_EQ(qorn_vector_size(in.get()), 0);
+  ExpectRefused(apply(out.get(), wide.get(), data.data(), 2), error);
+  EXPECT_EQ(qorn_vector_size(wide.get()), 0);
+  EXPECT_EQ(apply(out.get(), in.get(), nullptr, 0), 0);
+  EXPECT_EQ(qorn_vector_size(out.get()), 0);
+}
+
 TEST(CInterface_Spectrum, WhatItCannotWorkWith_IsARecord) {
   qorn_error error = kStale;
   testing::internal::CaptureStdout();

@@ -62,7 +62,9 @@ namespace Morvenhal.RF.KST.Shared
             set => m_items[Checked(index)] = value;
         }
 
-        /// <summary>The block of the elements, at least <see cref="Count"/> long; valid until the count grows.</summary>
+        /// <summary>
+        /// The block of the elements, at least <see cref="Count"/> long; valid until the count grows.
+        /// </summary>
         public T[] InnerArray => m_items;
 
         private int Checked(int index)

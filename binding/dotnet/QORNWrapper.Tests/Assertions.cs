@@ -3,7 +3,9 @@ using System.Runtime.CompilerServices;
 
 namespace Morvenhal.RF.KST.QORNWrapper.Tests;
 
-/// <summary>Counts failing debug assertions, which would end the test run otherwise. Release builds have none.</summary>
+/// <summary>
+/// Counts failing debug assertions, which would end the test run otherwise. Release builds have none.
+/// </summary>
 internal sealed class Assertions : TraceListener
 {
     [ThreadStatic]

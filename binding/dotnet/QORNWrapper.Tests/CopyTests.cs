@@ -209,7 +209,8 @@ public sealed class CopyIQ32Tests : CopyTests<IQArray, VecCplx32, IQ>
 
     private protected override void Copy(IQArray src, VecCplx32 dst) => Helper.CopyIQ32(src, dst);
 
-    private protected override void Copy(IQArray src, VecCplx32 dst, int start, int count) => Helper.CopyIQ32(src, dst, start, count);
+    private protected override void Copy(IQArray src, VecCplx32 dst, int start, int count) =>
+        Helper.CopyIQ32(src, dst, start, count);
 
     private protected override void Copy(VecCplx32 src, IQArray dst) => Helper.CopyIQ32(src, dst);
 
@@ -228,11 +229,13 @@ public sealed class CopyIQ64Tests : CopyTests<IQDoubleArray, VecCplx64, IQDouble
 
     private protected override void Copy(IQDoubleArray src, VecCplx64 dst) => Helper.CopyIQ64(src, dst);
 
-    private protected override void Copy(IQDoubleArray src, VecCplx64 dst, int start, int count) => Helper.CopyIQ64(src, dst, start, count);
+    private protected override void Copy(IQDoubleArray src, VecCplx64 dst, int start, int count) =>
+        Helper.CopyIQ64(src, dst, start, count);
 
     private protected override void Copy(VecCplx64 src, IQDoubleArray dst) => Helper.CopyIQ64(src, dst);
 
-    private protected override void Copy(VecCplx64 src, IQDoubleArray dst, int start) => Helper.CopyIQ64(src, dst, start);
+    private protected override void Copy(VecCplx64 src, IQDoubleArray dst, int start) =>
+        Helper.CopyIQ64(src, dst, start);
 }
 
 public sealed class CopyFloatTests : CopyTests<FloatArray, VecReal32, float>
@@ -241,7 +244,8 @@ public sealed class CopyFloatTests : CopyTests<FloatArray, VecReal32, float>
 
     private protected override void Copy(FloatArray src, VecReal32 dst) => Helper.CopyFloat(src, dst);
 
-    private protected override void Copy(FloatArray src, VecReal32 dst, int start, int count) => Helper.CopyFloat(src, dst, start, count);
+    private protected override void Copy(FloatArray src, VecReal32 dst, int start, int count) =>
+        Helper.CopyFloat(src, dst, start, count);
 
     private protected override void Copy(VecReal32 src, FloatArray dst) => Helper.CopyFloat(src, dst);
 
@@ -260,11 +264,13 @@ public sealed class CopyDoubleTests : CopyTests<DoubleArray, VecReal64, double>
 
     private protected override void Copy(DoubleArray src, VecReal64 dst) => Helper.CopyDouble(src, dst);
 
-    private protected override void Copy(DoubleArray src, VecReal64 dst, int start, int count) => Helper.CopyDouble(src, dst, start, count);
+    private protected override void Copy(DoubleArray src, VecReal64 dst, int start, int count) =>
+        Helper.CopyDouble(src, dst, start, count);
 
     private protected override void Copy(VecReal64 src, DoubleArray dst) => Helper.CopyDouble(src, dst);
 
-    private protected override void Copy(VecReal64 src, DoubleArray dst, int start) => Helper.CopyDouble(src, dst, start);
+    private protected override void Copy(VecReal64 src, DoubleArray dst, int start) =>
+        Helper.CopyDouble(src, dst, start);
 
     private protected override bool Copy(VecReal64 src, DoubleArray dst, int start, int count)
     {
@@ -279,7 +285,8 @@ public sealed class CopyShortTests : CopyTests<ShortArray, VecInt16, short>
 
     private protected override void Copy(ShortArray src, VecInt16 dst) => Helper.CopyShort(src, dst);
 
-    private protected override void Copy(ShortArray src, VecInt16 dst, int start, int count) => Helper.CopyShort(src, dst, start, count);
+    private protected override void Copy(ShortArray src, VecInt16 dst, int start, int count) =>
+        Helper.CopyShort(src, dst, start, count);
 
     private protected override void Copy(VecInt16 src, ShortArray dst) => Helper.CopyShort(src, dst);
 
@@ -292,7 +299,8 @@ public sealed class CopyIntTests : CopyTests<IntArray, VecInt32, int>
 
     private protected override void Copy(IntArray src, VecInt32 dst) => Helper.CopyInt(src, dst);
 
-    private protected override void Copy(IntArray src, VecInt32 dst, int start, int count) => Helper.CopyInt(src, dst, start, count);
+    private protected override void Copy(IntArray src, VecInt32 dst, int start, int count) =>
+        Helper.CopyInt(src, dst, start, count);
 
     private protected override void Copy(VecInt32 src, IntArray dst) => Helper.CopyInt(src, dst);
 
@@ -305,7 +313,8 @@ public sealed class CopyUIntTests : CopyTests<UIntArray, VecUInt32, uint>
 
     private protected override void Copy(UIntArray src, VecUInt32 dst) => Helper.CopyUInt(src, dst);
 
-    private protected override void Copy(UIntArray src, VecUInt32 dst, int start, int count) => Helper.CopyUInt(src, dst, start, count);
+    private protected override void Copy(UIntArray src, VecUInt32 dst, int start, int count) =>
+        Helper.CopyUInt(src, dst, start, count);
 
     private protected override void Copy(VecUInt32 src, UIntArray dst) => Helper.CopyUInt(src, dst);
 

@@ -127,6 +127,29 @@ public sealed class SpectrumTests
     }
 
     [Fact]
+    public void Apply_InPlace_IsAllowed()
+    {
+        using var spectrum = new Spectrum(64);
+        FloatArray samples = Cosine(64, 5, 1), levels = new();
+        spectrum.Apply(levels, samples);
+        spectrum.Apply(samples, samples);
+        Assert.Equal(Measure.Elements(levels), Measure.Elements(samples));
+    }
+
+    [Fact]
+    public void Apply_TakesTheCountAndNotTheBlock()
+    {
+        using var spectrum = new Spectrum(64);
+        FloatArray samples = Cosine(64, 5, 1), expected = new(), levels = new();
+        spectrum.Apply(expected, samples);
+        samples.Count = 100;
+        for (int i = 64; i < 100; ++i) samples[i] = 1e6f;
+        samples.Count = 64;
+        spectrum.Apply(levels, samples);
+        Assert.Equal(Measure.Elements(expected), Measure.Elements(levels));
+    }
+
+    [Fact]
     public void GetSize_IsThatOfTheConstructor()
     {
         using var spectrum = new Spectrum(77);

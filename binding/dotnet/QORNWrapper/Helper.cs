@@ -23,7 +23,8 @@ namespace Morvenhal.RF.KST.QORNWrapper
         public static void CopyIQ32(IQArray src, VecCplx32 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyIQ32(IQArray src, VecCplx32 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyIQ32(IQArray src, VecCplx32 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyIQ32(VecCplx32 src, IQArray dst) => ToManaged(src, dst, 0, int.MaxValue);
@@ -32,67 +33,79 @@ namespace Morvenhal.RF.KST.QORNWrapper
         public static void CopyIQ32(VecCplx32 src, IQArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies at most count elements to managed, from element start of the array on.</summary>
-        public static void CopyIQ32(VecCplx32 src, IQArray dst, int start, int count) => ToManaged(src, dst, start, count);
+        public static void CopyIQ32(VecCplx32 src, IQArray dst, int start, int count) =>
+            ToManaged(src, dst, start, count);
 
         /// <summary>Copies all of an array to native.</summary>
         public static void CopyIQ64(IQDoubleArray src, VecCplx64 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyIQ64(IQDoubleArray src, VecCplx64 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyIQ64(IQDoubleArray src, VecCplx64 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyIQ64(VecCplx64 src, IQDoubleArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed, from element start of the array on.</summary>
-        public static void CopyIQ64(VecCplx64 src, IQDoubleArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyIQ64(VecCplx64 src, IQDoubleArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies all of an array to native.</summary>
         public static void CopyFloat(FloatArray src, VecReal32 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyFloat(FloatArray src, VecReal32 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyFloat(FloatArray src, VecReal32 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyFloat(VecReal32 src, FloatArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed, from element start of the array on.</summary>
-        public static void CopyFloat(VecReal32 src, FloatArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyFloat(VecReal32 src, FloatArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies at most count elements to managed, from element start of the array on.</summary>
-        public static void CopyFloat(VecReal32 src, FloatArray dst, int start, int count) => ToManaged(src, dst, start, count);
+        public static void CopyFloat(VecReal32 src, FloatArray dst, int start, int count) =>
+            ToManaged(src, dst, start, count);
 
         /// <summary>Copies all of an array to native.</summary>
         public static void CopyDouble(DoubleArray src, VecReal64 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyDouble(DoubleArray src, VecReal64 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyDouble(DoubleArray src, VecReal64 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyDouble(VecReal64 src, DoubleArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed, from element start of the array on.</summary>
-        public static void CopyDouble(VecReal64 src, DoubleArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyDouble(VecReal64 src, DoubleArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies at most count elements to managed, from element start of the array on.</summary>
-        public static void CopyDouble(VecReal64 src, DoubleArray dst, int start, int count) => ToManaged(src, dst, start, count);
+        public static void CopyDouble(VecReal64 src, DoubleArray dst, int start, int count) =>
+            ToManaged(src, dst, start, count);
 
         /// <summary>Copies all of an array to native.</summary>
         public static void CopyShort(ShortArray src, VecInt16 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyShort(ShortArray src, VecInt16 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyShort(ShortArray src, VecInt16 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyShort(VecInt16 src, ShortArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed, from element start of the array on.</summary>
-        public static void CopyShort(VecInt16 src, ShortArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyShort(VecInt16 src, ShortArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies all of an array to native.</summary>
         public static void CopyInt(IntArray src, VecInt32 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyInt(IntArray src, VecInt32 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyInt(IntArray src, VecInt32 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyInt(VecInt32 src, IntArray dst) => ToManaged(src, dst, 0, int.MaxValue);
@@ -104,19 +117,22 @@ namespace Morvenhal.RF.KST.QORNWrapper
         public static void CopyUInt(UIntArray src, VecUInt32 dst) => ToNative(src, dst);
 
         /// <summary>Copies the range of count elements from start on to native.</summary>
-        public static void CopyUInt(UIntArray src, VecUInt32 dst, int start, int count) => ToNative(src, dst, start, count);
+        public static void CopyUInt(UIntArray src, VecUInt32 dst, int start, int count) =>
+            ToNative(src, dst, start, count);
 
         /// <summary>Copies all of a vector to managed.</summary>
         public static void CopyUInt(VecUInt32 src, UIntArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed, from element start of the array on.</summary>
-        public static void CopyUInt(VecUInt32 src, UIntArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyUInt(VecUInt32 src, UIntArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies all of a vector to managed; values of 2^31 and more become negative, bit by bit.</summary>
         public static void CopyUIntToInt(VecUInt32 src, IntArray dst) => ToManaged(src, dst, 0, int.MaxValue);
 
         /// <summary>The same, from element start of the array on.</summary>
-        public static void CopyUIntToInt(VecUInt32 src, IntArray dst, int start) => ToManaged(src, dst, start, int.MaxValue);
+        public static void CopyUIntToInt(VecUInt32 src, IntArray dst, int start) =>
+            ToManaged(src, dst, start, int.MaxValue);
 
         /// <summary>Copies all of a vector to a new array of its length.</summary>
         public static void CopyInt32(VecInt32 src, ref int[] dst)
@@ -135,12 +151,18 @@ namespace Morvenhal.RF.KST.QORNWrapper
 
         private static unsafe void ToNative<T>(KSTArray<T> src, NativeVector<T> dst) where T : unmanaged
         {
-            RequireArgument(src, nameof(src));
+            int n = BlockOf(src, out T[] block);
             RequireArgument(dst, nameof(dst));
-            int n = src.Count;
-            T[] block = src.InnerArray;
-            RequireRoom(block.Length, n);
             fixed (T* first = block) dst.Import(first, n);
+        }
+
+        /// <summary>The count of an array, and the block that holds its elements.</summary>
+        internal static int BlockOf<T>(KSTArray<T> src, out T[] block) where T : unmanaged
+        {
+            RequireArgument(src, nameof(src));
+            block = src.InnerArray;
+            RequireRoom(block.Length, src.Count);
+            return src.Count;
         }
 
         private static unsafe void ToNative<T>(KSTArray<T> src, NativeVector<T> dst, int start, int count)

@@ -61,8 +61,8 @@ namespace Morvenhal.RF.KST.QORNWrapper
         internal static extern int qorn_spectrum_size(SafeHandle spectrum);
 
         [DllImport(Library)]
-        internal static extern int qorn_spectrum_apply(
-            SafeHandle spectrum, SafeHandle dst, SafeHandle src, out NativeError error);
+        internal static extern unsafe int qorn_spectrum_apply_block(
+            SafeHandle spectrum, SafeHandle dst, SafeHandle src, void* data, int n, out NativeError error);
 
         [DllImport(Library)]
         internal static extern IntPtr qorn_spline_create(out NativeError error);
