@@ -201,7 +201,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
 
         private static void RequireArgument(object argument, string name)
         {
-            Debug.Assert(argument != null, name + " is null");
+            Debug.Assert(argument != null, name);
             if (argument == null) throw new ArgumentNullException(name);
         }
 
