@@ -16,7 +16,9 @@
 #include "dsp/OfdmFrame.h"
 #include "qorn/infra/QORNException.h"
 #include "qorn/infra/TargetLib.h"
+#include "qorn/math/UnitConversion.h"
 #include "support/Allocations.h"
+#include "support/Draws.h"
 #include "support/OfdmReceiver.h"
 #include "support/Resampling.h"
 #include "support/Vectors.h"
@@ -285,6 +287,64 @@ TEST(OFDMSigGen, GenerateSignal_AnyRatio_IsTheStatedBurst) {
         ASSERT_LT(std::abs(At(signal, i) - expected[at]), 4e-6) << i;
       }
     }
+  }
+}
+
+// The level is that of the exact burst, root mean square and peak.
+TEST(OFDMSigGen, GenerateSignal_AnyLevel_HasThePeakAndRmsOfTheBurst) {
+  VecCplx32 signal;
+  for (const Row &row : kRows) {
+    const auto burst = ExactBurst(row, 160, 9).Resampled(1.0, 9);
+    double power = 0.0, peak = 0.0;
+    for (std::size_t i = 0; i < 1600; ++i) {
+      power += std::norm(burst[i]);
+      peak = std::max(peak, std::norm(burst[i]));
+    }
+    for (const double level : {-10.0, 0.0, 10.0, -63.5}) {
+      Generator generator(40e6, row.mcs);
+      generator.SetSignalAmplitude(level);
+      generator.GenerateSignal(signal, 1600, false);
+      double largest = 0.0;
+      for (int i = 0; i < 1600; ++i) largest = std::max(largest, std::abs(At(signal, i)));
+      const double unit = UnitConversion::PeakVolt2dBm(1.0); // dBm of a carrier of unit amplitude
+      EXPECT_NEAR(UnitConversion::PeakVolt2dBm(Level(signal, 0, 1600)),
+                  level - unit + UnitConversion::PeakVolt2dBm(std::sqrt(power / 1600.0)), 1e-4);
+      EXPECT_NEAR(UnitConversion::PeakVolt2dBm(largest),
+                  level - unit + UnitConversion::PeakVolt2dBm(std::sqrt(peak)), 1e-4);
+    }
+  }
+}
+
+// One draw of phase for each burst turns it, and its noise is drawn for the real and then for the imaginary
+// parts: sample for sample what the draws and the burst without them give.
+TEST(OFDMSigGen, GenerateSignal_PhaseAndNoise_AreTheDraws) {
+  for (const double sampleRate : {40e6, 20e6}) {
+    Generator generator(sampleRate, 5), plain(sampleRate, 5);
+    generator.SetNoiseAmplitude(-30.0);
+    plain.SetEnableRandomPhase(false);
+    plain.SetSignalAmplitude(10.0);
+    unsigned int phaseSeed = 2, noiseSeed = 1;
+    VecCplx32 signal, burst;
+    const auto k = static_cast<float>(std::pow(10.0, -1.5));
+    for (int call = 0; call < 3; ++call) {
+      generator.GenerateSignal(signal, 2000, true);
+      plain.GenerateSignal(burst, 2000, false);
+      const double phase = test::DrawPhase(phaseSeed);
+      const auto scale = static_cast<float>(std::pow(10.0, (-10.0 - 10.0) / 20.0));
+      const float re = static_cast<float>(std::cos(phase)) * scale,
+                  im = static_cast<float>(std::sin(phase)) * scale;
+      const std::vector<float> noiseRe = test::Uniform(2000, -k, k, noiseSeed);
+      const std::vector<float> noiseIm = test::Uniform(2000, -k, k, noiseSeed);
+      for (int i = 0; i < 2000; ++i) {
+        const Cplx32 x = burst[i];
+        const float realParts[] = {x.re * re, x.im * im}, imaginaryParts[] = {x.re * im, x.im * re};
+        const Cplx32 turned = {realParts[0] - realParts[1], imaginaryParts[0] + imaginaryParts[1]};
+        const auto at = static_cast<std::size_t>(i);
+        ASSERT_EQ(signal[i].re, turned.re + noiseRe[at]) << call << ' ' << i;
+        ASSERT_EQ(signal[i].im, turned.im + noiseIm[at]) << call << ' ' << i;
+      }
+    }
+    EXPECT_EQ(generator.m_phaseSeed, phaseSeed);
   }
 }
 
