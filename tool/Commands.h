@@ -6,6 +6,7 @@
 
 namespace tool {
 
+void AddConvert(CLI::App &app);
 void AddFilter(CLI::App &app);
 void AddGenerate(CLI::App &app);
 void AddInfo(CLI::App &app);

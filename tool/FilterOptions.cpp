@@ -21,10 +21,6 @@ CLI::Validator KnownFilter() {
           "", ""};
 }
 
-double Hertz(const std::string &option, const std::string &text) {
-  return NumberWithin(option, text, 1e-3, 1e12);
-}
-
 // The options that a kind takes, read; those that it does not take are refused, and so are gaps.
 class ParameterReader {
 public:
@@ -36,7 +32,7 @@ public:
       if (!text->empty()) CheckTaken(option, name);
     if (m_options.taps) CheckTaken(kTapCount, "--taps");
     p.rate = Rate(recording);
-    if (m_kind.Takes(kTapsFrom)) p.tapRate = Hertz("--tap-rate", Needed("--tap-rate", m_options.tapRate));
+    if (m_kind.Takes(kTapsFrom)) p.tapRate = HertzOf("--tap-rate", Needed("--tap-rate", m_options.tapRate));
     p.frequency = m_kind.symbolRate;
     if (m_kind.Takes(kSymbolRate)) p.frequency = SymbolRate(p);
     if (m_kind.Takes(kBandwidth)) p.frequency = Frequency("--bandwidth", m_options.bandwidth);
@@ -82,7 +78,7 @@ private:
   }
 
   double Frequency(const std::string &option, const std::string &text) const {
-    return Hertz(option, Needed(option, text));
+    return HertzOf(option, Needed(option, text));
   }
 
   // That of the recording, if there is one.
@@ -90,7 +86,7 @@ private:
     if (recording == nullptr) return Frequency("--rate", m_options.rate);
     const double rate = recording->Rate();
     constexpr double kSlack = 1e-6; // a rate from a header may be rounded
-    if (!m_options.rate.empty() && std::fabs(Hertz("--rate", m_options.rate) / rate - 1.0) > kSlack)
+    if (!m_options.rate.empty() && std::fabs(HertzOf("--rate", m_options.rate) / rate - 1.0) > kSlack)
       throw UsageError("--rate: " + Quoted(m_options.rate) + " is not the rate of the recording, which is " +
                        Significant(rate, 12) + " Hz");
     return rate;
@@ -98,7 +94,7 @@ private:
 
   // Without one, the user's own taps keep their sum, and filters of a standard have that of the standard.
   double SymbolRate(const FilterParameters &p) const {
-    if (!m_options.symbolRate.empty()) return Hertz("--symbol-rate", m_options.symbolRate);
+    if (!m_options.symbolRate.empty()) return HertzOf("--symbol-rate", m_options.symbolRate);
     if (m_kind.symbolRate > 0.0) return m_kind.symbolRate;
     if (m_kind.Takes(kTapsFrom) && !m_kind.isStep) return p.tapRate;
     return Frequency("--symbol-rate", m_options.symbolRate);

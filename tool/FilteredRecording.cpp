@@ -1,12 +1,9 @@
 #include "FilteredRecording.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
 #include <utility>
 
-#include "RecordingWriter.h"
+#include "FittedRecording.h"
 
 namespace tool {
 
@@ -35,7 +32,7 @@ public:
       std::function<void(std::int64_t)> done)
       : m_recording(recording), m_extent(extent), m_design(design), m_done(std::move(done)) {}
 
-  template <class Take> void ForEach(const Take &take) {
+  void ForEach(const TakeSamples &take) {
     QORN::SFIRFilter filter = MakeStream(m_design);
     auto skipped = static_cast<std::int64_t>(m_design.taps.size() / 2);
     const auto behind = static_cast<int>(skipped);
@@ -71,31 +68,12 @@ FilteredRecording WriteFiltered(std::ostream &out, Format format, const Recordin
                                 const Extent &extent, const FilterDesign &design,
                                 const std::function<void(std::int64_t)> &done) {
   Run run(recording, extent, design, done);
-  FilteredRecording result{};
-  result.samples = extent.count;
-  result.advance = static_cast<int>(design.taps.size() / 2);
-  bool finite = true;
-  float peak = 0.0F;
-  run.ForEach([&](const QORN::Cplx32 *samples, int n) {
-    for (int i = 0; i < n; ++i) {
-      const float part = std::max(std::fabs(samples[i].re), std::fabs(samples[i].im));
-      finite = finite && std::isfinite(samples[i].re) && std::isfinite(samples[i].im);
-      peak = std::max(peak, part);
-    }
-  });
-  recording.CheckFinite(finite ? 0.0 : std::numeric_limits<double>::infinity());
-  result.peak = static_cast<double>(peak);
-
   RecordingHead head = recording.Head();
   head.samples = extent.count;
-  // Values far below the steps of the recording itself would tell nothing.
-  head.step = StepFor(format, std::max(result.peak, 0.03 * recording.Step()));
-  result.step = head.step;
-  if (format == Format::kIqf) result.frames = (extent.count + head.framePoints - 1) / head.framePoints;
-  const std::unique_ptr<RecordingWriter> writer = MakeRecordingWriter(format, out, head);
-  run.ForEach([&](const QORN::Cplx32 *samples, int n) { writer->Put(samples, n); });
-  writer->End();
-  return result;
+  const FittedRecording fitted =
+      WriteFitted(out, format, head, recording, [&](const TakeSamples &take) { run.ForEach(take); });
+  return {extent.count, FramesFor(format, head), static_cast<int>(design.taps.size() / 2), fitted.peak,
+          fitted.step};
 }
 
 } // namespace tool

@@ -23,8 +23,8 @@ struct FilteredRecording {
 /// Writes the samples of the extent, filtered, as a recording of the format with the header of the other but
 /// for the scale: the largest value becomes the largest integer. Output sample n is the sum of taps[k] x[n +
 /// advance - k], advance half the number of taps, rounded down, and x zero outside of the extent. The
-/// recording is read twice, to find the scale and to write; done is called now and then with the samples read
-/// so far. Throws DataError if the samples are not finite.
+/// recording is read RunsFor(format) times; done is called now and then with the samples read so far. Throws
+/// DataError if the samples are not finite.
 FilteredRecording WriteFiltered(std::ostream &out, Format format, const Recording &recording,
                                 const Extent &extent, const FilterDesign &design,
                                 const std::function<void(std::int64_t)> &done);

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "Failure.h"
+#include "RecordingFormat.h"
 #include "Text.h"
 #include "WindowKinds.h"
 
@@ -50,6 +51,14 @@ CLI::Validator KnownWindow() {
           "", ""};
 }
 
+CLI::Validator KnownFormat() {
+  return {[](const std::string &name) {
+            return FindFormat(name) ? std::string()
+                                    : "unknown format " + Quoted(name) + "; known are " + FormatNames();
+          },
+          "", ""};
+}
+
 void AddRecording(CLI::App &command, std::string &path) {
   command.add_option("RECORDING", path, "IQF or XIQ file")->required()->type_name("");
 }
@@ -68,6 +77,10 @@ double NumberWithin(const std::string &argument, const std::string &text, double
     throw UsageError(argument + ": " + Quoted(text) + " is not from " + Significant(least, 6) + " to " +
                      Significant(most, 6));
   return value;
+}
+
+double HertzOf(const std::string &argument, const std::string &text) {
+  return NumberWithin(argument, text, 1e-3, 1e12);
 }
 
 std::string Wrapped(const std::string &names, std::size_t indent) {

@@ -20,6 +20,9 @@ CLI::Validator FileName();
 /// The name of a window.
 CLI::Validator KnownWindow();
 
+/// The name of a format.
+CLI::Validator KnownFormat();
+
 /// The positional RECORDING, the path of an IQF or an XIQ file.
 void AddRecording(CLI::App &command, std::string &path);
 
@@ -29,6 +32,9 @@ double NumberOf(const std::string &argument, const std::string &text);
 
 /// The same from least to most.
 double NumberWithin(const std::string &argument, const std::string &text, double least, double most);
+
+/// A frequency or a rate above 0 that makes sense.
+double HertzOf(const std::string &argument, const std::string &text);
 
 /// Names with commas between, broken after a comma so that each line stays within 80 columns; the first
 /// follows a text of `indent` columns.

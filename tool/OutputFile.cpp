@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -22,6 +24,41 @@ fs::path Canonical(const fs::path &path) {
   const fs::path whole = fs::absolute(path, error);
   const fs::path canonical = fs::weakly_canonical(whole, error);
   return error ? whole.lexically_normal() : canonical;
+}
+
+// The files that are being written, for the handler of signals: with as many as a subcommand may have.
+std::atomic<const char *> temporaries[8];
+
+extern "C" void RemoveTemporaries(int signal) {
+  for (const std::atomic<const char *> &temporary : temporaries)
+    if (const char *path = temporary.load()) unlink(path);
+  raise(signal); // which has its default action again
+}
+
+// Signals that end the program remove the files first, and then end it as ever.
+void HandleSignals() {
+  static_assert(std::atomic<const char *>::is_always_lock_free);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGXCPU}) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    action.sa_handler = RemoveTemporaries;
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+void Remember(const char *path) {
+  for (std::atomic<const char *> &temporary : temporaries) {
+    const char *none = nullptr;
+    if (temporary.compare_exchange_strong(none, path)) return;
+  }
+}
+
+void Forget(const char *path) {
+  for (std::atomic<const char *> &temporary : temporaries) {
+    const char *same = path;
+    if (temporary.compare_exchange_strong(same, nullptr)) return;
+  }
 }
 
 } // namespace
@@ -51,7 +88,9 @@ OutputFile::OutputFile(std::string option, const std::string &path, const std::s
 }
 
 OutputFile::~OutputFile() {
-  if (!m_temporary.empty()) unlink(m_temporary.c_str());
+  if (m_temporary.empty()) return;
+  unlink(m_temporary.c_str());
+  Forget(m_temporary.c_str());
 }
 
 void OutputFile::Fail(const std::string &reason) const {
@@ -62,10 +101,12 @@ void OutputFile::Open() {
   if (m_direct) {
     m_stream.open(m_place, std::ios::binary);
   } else {
+    HandleSignals();
     std::string name = m_place.string() + ".XXXXXX";
     const int descriptor = mkstemp(name.data());
     if (descriptor < 0) Fail(std::strerror(errno));
     m_temporary = name;
+    Remember(m_temporary.c_str());
     // A new file gets the permissions that any program would give it; an old one keeps its own.
     struct stat old {};
     const mode_t mask = umask(0);
@@ -96,6 +137,7 @@ void OutputFile::Commit() {
   std::error_code error;
   fs::rename(m_temporary, m_place, error);
   if (error) Fail(error.message());
+  Forget(m_temporary.c_str());
   m_temporary.clear();
 }
 

@@ -13,7 +13,8 @@
 namespace tool {
 
 /// A file that is written beside its place and takes it by Commit. Until then nothing is at its place but
-/// what was there before, and without a Commit nothing is left. A device or a pipe is written directly.
+/// what was there before, and without a Commit nothing is left,
+/// not even if a signal such as that of Ctrl-C ends the program. A device or a pipe is written directly.
 class OutputFile {
 public:
   using Writer = std::function<void(std::ostream &)>;

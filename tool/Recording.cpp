@@ -56,7 +56,8 @@ Recording::Recording(const std::string &path, const RawFormat &raw)
 void Recording::CheckSignal() const {
   m_source->CheckSamples();
   const SourceFacts &facts = Facts();
-  if (!(Rate() > 0.0 && Rate() < 1e15))
+  // Raw pairs go from one file into another without it.
+  if (!(Rate() > 0.0 && Rate() < 1e15) && !IsRaw(Format()))
     RefuseRecording(Path(), std::string("has no sampling rate: ") + facts.rateEntry +
                                 " is missing, zero or out of range");
   if (!std::isfinite(Centre()) || std::fabs(Centre()) > 1e15)

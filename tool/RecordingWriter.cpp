@@ -90,6 +90,10 @@ public:
   FloatWriter(std::ostream &out, const RecordingHead &head) : m_out(out), m_perVolt(1.0 / head.step) {}
 
   void Put(const QORN::Cplx32 *samples, int n) override {
+    if (m_perVolt == 1.0) {
+      m_out.write(reinterpret_cast<const char *>(samples), std::streamsize{sizeof *samples} * n);
+      return;
+    }
     for (int done = 0; done < n; done += kBlock) {
       const int count = std::min(kBlock, n - done);
       for (int i = 0; i < count; ++i) {

@@ -14,6 +14,7 @@
 #include "FilterOptions.h"
 #include "FilterPicture.h"
 #include "FilteredRecording.h"
+#include "FittedRecording.h"
 #include "Options.h"
 #include "OutputFile.h"
 #include "Progress.h"
@@ -60,13 +61,14 @@ void RunOne(const Options &options) {
                     options.recording, {{"--taps-from", options.filter.tapsFrom}});
   const FilterFigures figures = FiguresOf(DesignOf(kind, parameters, userTaps));
   std::optional<FilteredRecording> filtered;
-  files.Write(
-      {[&](std::ostream &out) { WriteSvg(out, figures); }, [&](std::ostream &out) { WriteCsv(out, figures); },
-       [&](std::ostream &out) {
-         Progress progress(2 * extent.count);
-         filtered = WriteFiltered(out, FormatOfPath(options.out).value_or(recording->Format()), *recording,
-                                  extent, figures.design, [&](std::int64_t done) { progress.Update(done); });
-       }});
+  const Format format = recording ? FormatOfPath(options.out).value_or(recording->Format()) : Format::kIqf;
+  files.Write({[&](std::ostream &out) { WriteSvg(out, figures); },
+               [&](std::ostream &out) { WriteCsv(out, figures); },
+               [&](std::ostream &out) {
+                 Progress progress(RunsFor(format) * extent.count);
+                 filtered = WriteFiltered(out, format, *recording, extent, figures.design,
+                                          [&](std::int64_t done) { progress.Update(done); });
+               }});
   if (options.json) {
     nlohmann::ordered_json report = JsonOf(figures);
     if (filtered) {

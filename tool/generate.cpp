@@ -40,14 +40,6 @@ struct SignalFigures {
   QORN::VecCplx32 start; ///< the samples for a sheet
 };
 
-CLI::Validator KnownFormat() {
-  return {[](const std::string &name) {
-            return FindFormat(name) ? std::string()
-                                    : "unknown format " + Quoted(name) + "; known are " + FormatNames();
-          },
-          "", ""};
-}
-
 Format FormatFor(const Options &options) {
   if (!options.format.empty()) return *FindFormat(options.format);
   if (const std::optional<Format> format = FormatOfPath(options.out)) return *format;

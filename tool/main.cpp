@@ -3,6 +3,7 @@
 #include <qorn/qorn.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -24,8 +25,7 @@ int Fail(int status, std::string message) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App app("Measures, filters and makes IQ recordings, and knows filters, windows and units.",
-               "qorn");
+  CLI::App app("Measures, filters, converts and makes IQ recordings; knows windows and units.", "qorn");
   app.set_version_flag("--version", "qorn " QORN_VERSION_STRING);
   app.require_subcommand(1);
   app.get_formatter()->column_width(24);
@@ -33,6 +33,7 @@ int Run(int argc, char **argv) {
   tool::AddSpectrum(app);
   tool::AddZoom(app);
   tool::AddFilter(app);
+  tool::AddConvert(app);
   tool::AddGenerate(app);
   tool::AddWindows(app);
   tool::AddUnits(app);
@@ -65,6 +66,8 @@ int Run(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
+  // A file that gets too large is then an error with a message, and not the end.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     const int status = Run(argc, argv);
     if (status != 0) return status;

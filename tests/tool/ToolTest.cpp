@@ -343,7 +343,8 @@ TEST_F(Tool, Help_FitsOneScreen) {
                                                     {"info", "--help"},
                                                     {"zoom", "--help"},
                                                     {"windows", "--help"},
-                                                    {"units", "--help"}}) {
+                                                    {"units", "--help"},
+                                                    {"convert", "--help"}}) {
     const Outcome outcome = RunTool(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error, "");
@@ -366,7 +367,7 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
   std::string windows;
   for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
-  const std::string known = "; known are info, spectrum, zoom, filter, generate, windows, units";
+  const std::string known = "; known are info, spectrum, zoom, filter, convert, generate, windows, units";
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a subcommand is missing" + known + " (see qorn --help)"},
       {{"bogus"}, "unknown subcommand 'bogus'" + known},
