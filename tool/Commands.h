@@ -10,6 +10,7 @@ void AddConvert(CLI::App &app);
 void AddFilter(CLI::App &app);
 void AddGenerate(CLI::App &app);
 void AddInfo(CLI::App &app);
+void AddPlot(CLI::App &app);
 void AddSpectrum(CLI::App &app);
 void AddUnits(CLI::App &app);
 void AddWindows(CLI::App &app);

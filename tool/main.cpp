@@ -32,6 +32,7 @@ int Run(int argc, char **argv) {
   tool::AddInfo(app);
   tool::AddSpectrum(app);
   tool::AddZoom(app);
+  tool::AddPlot(app);
   tool::AddFilter(app);
   tool::AddConvert(app);
   tool::AddGenerate(app);

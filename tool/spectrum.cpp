@@ -5,7 +5,6 @@
 #include <string>
 
 #include "Commands.h"
-#include "Failure.h"
 #include "MeasurementCommand.h"
 #include "Options.h"
 
@@ -13,20 +12,11 @@ namespace tool {
 
 namespace {
 
-constexpr int kDefaultPoints = 4096;
 constexpr int kMaxPoints = 1 << 24;
 
 struct Options : MeasurementOptions {
   std::optional<int> points;
 };
-
-void Plan(Setup &setup, std::optional<int> points) {
-  if (points.value_or(0) > setup.count)
-    throw UsageError("--points: a block of " + std::to_string(*points) + " points does not fit into " +
-                     std::to_string(setup.count) + " samples");
-  setup.block = points.value_or(kDefaultPoints);
-  while (setup.block > setup.count) setup.block /= 2;
-}
 
 } // namespace
 
@@ -34,16 +24,14 @@ void AddSpectrum(CLI::App &app) {
   const auto options = std::make_shared<Options>();
   CLI::App *command = app.add_subcommand("spectrum", "Average the power spectra of a recording");
   AddRecording(*command, options->recording);
-  command->add_option("--points", options->points, "points of the transform (4096)")
-      ->type_name("N")
-      ->check(WholeNumber(kMinBlock, kMaxPoints));
+  AddPointsOption(*command, options->points, kMaxPoints);
   AddMeasurementOptions(*command, *options);
   command->footer("Windows: " + Wrapped(WindowNames(), 9) +
                   ".\n"
                   "dBm is power into 50 ohm; dBV and V are the amplitude (peak) of a tone of that\n"
                   "power. A tone reads its level in its bin. The noise floor is that in one bin.");
   command->callback([options] {
-    RunMeasurement(*options, [&](Setup &setup, const Recording &) { Plan(setup, options->points); });
+    RunMeasurement(*options, [&](Setup &setup, const Recording &) { PlanPoints(setup, options->points); });
   });
 }
 
