@@ -18,18 +18,32 @@ constexpr std::int64_t kMostRepeats = 1000000;
 constexpr std::int64_t kMostTotal = 0x7FFFFFFF - 1023; // samples that a reader can count, in whole frames
 constexpr unsigned kAll = 0;
 
-// A value, or a multiple of the sampling rate or the time of so many samples.
-enum class Of { kNone, kRate, kSample };
-
+// A value, or a multiple of the sampling rate or of the time of a sample.
 struct Bound {
-  double value;
-  Of of = Of::kNone;
-  double floor = -kMostRate; // not below
+  constexpr Bound(double number) : value(number) {}
 
   double At(double rate) const {
-    return std::max(of == Of::kRate ? value * rate : of == Of::kSample ? value / rate : value, floor);
+    const double time = ofSample > 0.0 ? ofSample / rate : 0.0;
+    return std::max(value + ofRate * rate + time, floor);
   }
+
+  double value;
+  double ofRate = 0.0, ofSample = 0.0;
+  double floor = -kMostRate; // not below
 };
+
+constexpr Bound OfRate(double share, double floor = -kMostRate) {
+  Bound bound(0.0);
+  bound.ofRate = share;
+  bound.floor = floor;
+  return bound;
+}
+
+constexpr Bound Samples(double count) {
+  Bound bound(0.0);
+  bound.ofSample = count;
+  return bound;
+}
 
 struct NumberOption {
   const char *name;
@@ -44,105 +58,32 @@ struct NumberOption {
 using P = SignalParameters;
 
 const std::array<NumberOption, kNumberCount> kNumbers = {{
-    {"--rate", "HZ", "sampling rate, 1 to 1e10 (20e6)", kAll, {1.0}, {kMostRate}, {20e6}, &P::rate},
-    {"--level", "DBM", "level, -200 to 100 (-10)", kAll, {-200.0}, {100.0}, {-10.0}, &P::level},
-    {"--offset",
-     "HZ",
-     "frequency offset, up to +-rate/2 (0)",
-     kAll,
-     {-0.5, Of::kRate},
-     {0.5, Of::kRate},
-     {0.0},
+    {"--rate", "HZ", "sampling rate, 1 to 1e10 (20e6)", kAll, 1.0, kMostRate, 20e6, &P::rate},
+    {"--level", "DBM", "level, -200 to 100 (-10)", kAll, -200.0, 100.0, -10.0, &P::level},
+    {"--offset", "HZ", "frequency offset, up to +-rate/2 (0)", kAll, OfRate(-0.5), OfRate(0.5), 0.0,
      &P::offset},
-    {"--noise",
-     "DB",
-     "add noise, uniform to +-10^(DB/20) V, -300 to 50",
-     kAll,
-     {-300.0},
-     {50.0},
-     {0.0},
-     &P::noise},
-    {"--frequency",
-     "HZ",
-     "of cw, up to +-rate/2 (rate/20)",
-     kCarrier,
-     {-0.5, Of::kRate},
-     {0.5, Of::kRate},
-     {0.05, Of::kRate},
-     &P::frequency},
-    {"--mod-frequency",
-     "HZ",
-     "of am, fm, pm, rate/2^24 to rate/2 (rate/1000)",
-     kModulation,
-     {1.0 / (1 << 24), Of::kRate},
-     {0.5, Of::kRate},
-     {1e-3, Of::kRate},
-     &P::modFrequency},
-    {"--depth", "PERCENT", "of am, 0 to 200 (50)", kDepth, {0.0}, {200.0}, {50.0}, &P::depth},
-    {"--deviation",
-     "HZ",
-     "peak, of fm and fsk, 0 to rate/2 (rate/20)",
-     kDeviation,
-     {0.0},
-     {0.5, Of::kRate},
-     {0.05, Of::kRate},
-     &P::deviation},
-    {"--phase-deviation",
-     "DEG",
-     "peak, of pm, 0 to 36000 (90)",
-     kPhaseDeviation,
-     {0.0},
-     {36000.0},
-     {90.0},
+    {"--noise", "DB", "add noise, uniform to +-10^(DB/20) V, -300 to 50", kAll, -300.0, 50.0, 0.0, &P::noise},
+    {"--frequency", "HZ", "of cw, up to +-rate/2 (rate/20)", kCarrier, OfRate(-0.5), OfRate(0.5),
+     OfRate(0.05), &P::frequency},
+    {"--mod-frequency", "HZ", "of am, fm, pm, rate/2^24 to rate/2 (rate/1000)", kModulation,
+     OfRate(1.0 / (1 << 24)), OfRate(0.5), OfRate(1e-3), &P::modFrequency},
+    {"--depth", "PERCENT", "of am, 0 to 200 (50)", kDepth, 0.0, 200.0, 50.0, &P::depth},
+    {"--deviation", "HZ", "peak, of fm and fsk, 0 to rate/2 (rate/20)", kDeviation, 0.0, OfRate(0.5),
+     OfRate(0.05), &P::deviation},
+    {"--phase-deviation", "DEG", "peak, of pm, 0 to 36000 (90)", kPhaseDeviation, 0.0, 36000.0, 90.0,
      &P::phaseDeviation},
-    {"--symbol-rate",
-     "HZ",
-     "of psk, qam, fsk, rate/2^20 to rate (rate/10)",
-     kSymbols,
-     {1.0 / kMostPerSymbol, Of::kRate},
-     {1.0, Of::kRate},
-     {0.1, Of::kRate},
-     &P::symbolRate},
-    {"--rolloff", "R", "of psk and qam, 0 to 1 (0.22)", kShaping, {0.0}, {1.0}, {0.22}, &P::rolloff},
-    {"--width",
-     "S",
-     "of pulses, 1 to 2^22 samples (200)",
-     kPulses,
-     {1.0, Of::kSample},
-     {kMostSamples, Of::kSample},
-     {200.0, Of::kSample},
-     &P::width},
-    {"--period",
-     "S",
-     "of pulses, 1 to 2^22 samples (2000)",
-     kPulses,
-     {1.0, Of::kSample},
-     {kMostSamples, Of::kSample},
-     {2000.0, Of::kSample},
-     &P::period},
-    {"--sweep",
-     "HZ",
-     "of chirp, up to +-rate (rate/4)",
-     kSweep,
-     {-1.0, Of::kRate},
-     {1.0, Of::kRate},
-     {0.25, Of::kRate},
+    {"--symbol-rate", "HZ", "of psk, qam, fsk, rate/2^20 to rate (rate/10)", kSymbols,
+     OfRate(1.0 / kMostPerSymbol), OfRate(1.0), OfRate(0.1), &P::symbolRate},
+    {"--rolloff", "R", "of psk and qam, 0 to 1 (0.22)", kShaping, 0.0, 1.0, 0.22, &P::rolloff},
+    {"--width", "S", "of pulses, 1 to 2^22 samples (200)", kPulses, Samples(1.0), Samples(kMostSamples),
+     Samples(200.0), &P::width},
+    {"--period", "S", "of pulses, 1 to 2^22 samples (2000)", kPulses, Samples(1.0), Samples(kMostSamples),
+     Samples(2000.0), &P::period},
+    {"--sweep", "HZ", "of chirp, up to +-rate (rate/4)", kSweep, OfRate(-1.0), OfRate(1.0), OfRate(0.25),
      &P::sweep},
-    {"--frame-rate",
-     "HZ",
-     "of 80211a, 64 carriers, 1000 to rate (20e6)",
-     kFrame,
-     {1.0 / 131072.0, Of::kRate, 1000.0},
-     {1.0, Of::kRate},
-     {20e6},
-     &P::frameRate},
-    {"--guard",
-     "SHARE",
-     "guard interval of 80211a, 1/128 to 1 (0.25)",
-     kFrame,
-     {1.0 / 128.0},
-     {1.0},
-     {0.25},
+    {"--frame-rate", "HZ", "of 80211a, 64 carriers, 1000 to rate (20e6)", kFrame,
+     OfRate(1.0 / 131072.0, 1000.0), OfRate(1.0), 20e6, &P::frameRate},
+    {"--guard", "SHARE", "guard interval of 80211a, 1/128 to 1 (0.25)", kFrame, 1.0 / 128.0, 1.0, 0.25,
      &P::guard},
 }};
 
