@@ -383,6 +383,18 @@ TEST_F(Generate, Cw_MeasuredByTheTool_HasItsLevelAndFrequency) {
   EXPECT_NEAR(report["peaks"][0]["frequency_hz"].get<double>(), 100.09375e6, 1.0);
 }
 
+// The recording of the demonstration: each burst is on from a tenth of its signal to the end, less what the
+// resampler takes, and then there is a gap.
+TEST_F(Generate, BurstsInNoise_MeasuredByTheTool_HaveTheirPower) {
+  Make({"80211a", "--mcs", "54", "--rate", "40e6", "--level", "-20", "--noise", "-60", "--duration", "300e-6",
+        "--gap", "100e-6", "--repeat", "4", "--centre", "5180e6", "--out", folder / "x.iqf"});
+  const json report = Measure({folder / "x.iqf", "--points", "1024", "--count", "63488"});
+  const double on = 4.0 * (12000.0 - 1200.0 + 9.0) / 63488.0; // all that is left out is gap
+  const double noise = 10.0 * 2.0 / 3.0 * 1e-6;               // mW
+  EXPECT_NEAR(report["total_power"].get<double>(), 10.0 * std::log10(0.01 * on + noise), 0.05);
+  EXPECT_EQ(report["centre_hz"], 5180e6);
+}
+
 TEST_F(Generate, Text_Report_TellsWhatWasWritten) {
   const std::string path = folder / "x.iqf";
   const std::string sheet = folder / "x.svg";
