@@ -23,16 +23,23 @@ def place(row):
 def main():
     with open(sys.argv[1]) as file:
         data = json.load(file)
-    times, rates, flops = {}, {}, {}
+    times, rates, flops, skipped = {}, {}, {}, {}
     for entry in data["benchmarks"]:
         if entry.get("run_type") != "iteration":
             continue
+        name = entry["run_name"]
+        if entry.get("error_occurred"):
+            skipped[name.removesuffix("/real_time")] = entry["error_message"]
+            continue
+        # Of what waits for another process, the time of the clock counts.
+        time = entry["real_time" if name.endswith("/real_time") else "cpu_time"]
+        name = name.removesuffix("/real_time")
         unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
-        times.setdefault(entry["run_name"], []).append(entry["cpu_time"] * unit)
+        times.setdefault(name, []).append(time * unit)
         if "bytes_per_second" in entry:
-            rates.setdefault(entry["run_name"], []).append(entry["bytes_per_second"])
+            rates.setdefault(name, []).append(entry["bytes_per_second"])
         if "flops" in entry:
-            flops.setdefault(entry["run_name"], []).append(entry["flops"])
+            flops.setdefault(name, []).append(entry["flops"])
     times, rates, flops = ({name: statistics.median(values) for name, values in of.items()}
                            for of in (times, rates, flops))
     copies = {int(name.split("/")[2]): rates[name] for name in rates if name.startswith("Limit/copy/")}
@@ -77,6 +84,8 @@ def main():
         row += f" {flops[name] / 1e9:>7.1f}" if name in flops else f" {'':>7}"
         row += f" {100 * part:>5.0f}%" if (part := share(name)) else ""
         print(row.rstrip())
+    for name, reason in sorted(skipped.items()):
+        print(f"{name} skipped: {reason}")
 
 
 if __name__ == "__main__":

@@ -367,7 +367,8 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
   std::string windows;
   for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
-  const std::string known = "; known are info, spectrum, zoom, filter, convert, generate, windows, units";
+  const std::string known =
+      "; known are info, spectrum, zoom, plot, filter, convert, generate, windows, units";
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a subcommand is missing" + known + " (see qorn --help)"},
       {{"bogus"}, "unknown subcommand 'bogus'" + known},
