@@ -106,8 +106,10 @@ std::string Stripped(const std::string &message) {
   return end == std::string::npos || end < start ? std::string() : message.substr(start, end + 1 - start);
 }
 
+// Of a matrix; a negative number for more elements than a vector can hold.
 std::int64_t BytesOf(int rows, int columns) {
-  return static_cast<std::int64_t>(rows) * columns * static_cast<std::int64_t>(sizeof(double));
+  const std::int64_t elements = static_cast<std::int64_t>(rows) * columns;
+  return elements <= INT_MAX ? elements * static_cast<std::int64_t>(sizeof(double)) : -1;
 }
 
 bool IsMatlab(std::string_view interpreter) {
@@ -165,6 +167,7 @@ public:
 
   // Gives the shared file so many bytes. A size that the host's limits do not allow would raise a signal.
   bool Reserve(std::int64_t bytes) const {
+    if (bytes < 0) return false;
     rlimit most{};
     if (getrlimit(RLIMIT_FSIZE, &most) == 0 && most.rlim_cur != RLIM_INFINITY &&
         static_cast<rlim_t>(bytes) > most.rlim_cur)

@@ -39,7 +39,7 @@ public:
   ///
   /// Throws QORNException 3 with the path literal "utils\MatlabAccess" if there is no session, 11001 if there
   /// is no memory.
-  explicit MLAccess(const char *caption = nullptr);
+  MLAccess(const char *caption = nullptr);
 
   /// The same with an engine of one's own, for instance of an interpreter that is not on the PATH. Throws 3
   /// if it is null or not initialized.
