@@ -70,7 +70,8 @@ static_assert(int{QORN_WINDOW_RECTANGLE} == WindowRectangle &&
               int{QORN_WINDOW_FLAT_TOP} == WindowFlatTop && int{QORN_WINDOW_HANN} == WindowHann &&
               int{QORN_WINDOW_GAUSS} == WindowGauss && int{QORN_WINDOW_CISPR_6DB} == WindowCISPR6dB &&
               int{QORN_WINDOW_MIL_6DB} == WindowMil6dB && int{QORN_WINDOW_KAISER} == WindowKaiser &&
-              int{QORN_WINDOW_HAMMING} == WindowHamming && int{QORN_DBV} == PowerUnitDBV);
+              int{QORN_WINDOW_HAMMING} == WindowHamming && int{QORN_WINDOW_CISPR_3DB} == WindowCISPR3dB &&
+              int{QORN_DBV} == PowerUnitDBV);
 
 qorn_error Record(const QORNException &e) {
   return {e.GetErrorCode(), static_cast<int32_t>(e.GetLineNumber()), e.GetMessage(), e.GetFileName()};
@@ -142,6 +143,7 @@ int32_t Interpolate(Interpolation &native, qorn_vector *yOut, const qorn_vector 
 
 int32_t InterpolateAny(Interpolation &native, qorn_vector *yOut, const qorn_vector *x, const qorn_vector *y,
                        const qorn_vector *xOut) {
+  if (yOut == x || yOut == y) Refuse(); // it would be overwritten while it is read
   return std::holds_alternative<Seeing<VecReal32>>(Object(x).any)
              ? Interpolate<VecReal32>(native, yOut, x, y, xOut)
              : Interpolate<VecReal64>(native, yOut, x, y, xOut);

@@ -104,7 +104,8 @@ enum qorn_window {
   QORN_WINDOW_CISPR_6DB = 5, /**< the parameter is beta, here and for the next two */
   QORN_WINDOW_MIL_6DB = 6,
   QORN_WINDOW_KAISER = 7,
-  QORN_WINDOW_HAMMING = 8
+  QORN_WINDOW_HAMMING = 8,
+  QORN_WINDOW_CISPR_3DB = 15 /**< the parameter is beta */
 };
 
 /** The units of a spectrum. Any value other than 0 selects volts. */
@@ -154,7 +155,7 @@ QORN_C_API int32_t qorn_spline_set_natural(qorn_spline *spline, qorn_error *erro
 
 /**
  * y_out[j] = the spline at x_out[j]. The four vectors are all of QORN_REAL32 or all of QORN_REAL64. y_out may
- * be x_out, but neither of the table's.
+ * be x_out; a vector of the table is refused.
  *
  * Returns 0; the code of a failure, which `error` then holds; or, with a code of 0 in `error`, a result of
  * the spline's own: 10003 if x and y differ in length, 10002 if there is no point, and y_out is then of no

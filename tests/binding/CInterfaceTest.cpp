@@ -375,6 +375,18 @@ TEST(CInterface_Interpolate, MixedPrecisions_AreRefused) {
   ExpectRefused(interpolate(i, i, i, i), error);
 }
 
+TEST(CInterface_Interpolate, ResultInTheTable_IsRefused) {
+  const Hermite hermite(qorn_hermite_create(nullptr));
+  const Vector x = MakeVector<double>(QORN_REAL64, {0, 1, 2}), y = MakeVector<double>(QORN_REAL64, {0, 2, 4});
+  const Vector at = MakeVector<double>(QORN_REAL64, {0.5, 1.5});
+  qorn_error error = kStale;
+  ExpectRefused(qorn_hermite_interpolate(hermite.get(), x.get(), x.get(), y.get(), at.get(), &error), error);
+  ExpectRefused(qorn_hermite_interpolate(hermite.get(), y.get(), x.get(), y.get(), at.get(), &error), error);
+  EXPECT_EQ(Values<double>(x), (std::vector<double>{0, 1, 2}));
+  EXPECT_EQ(qorn_hermite_interpolate(hermite.get(), at.get(), x.get(), y.get(), at.get(), &error), 0);
+  EXPECT_EQ(Values<double>(at), (std::vector<double>{1, 3}));
+}
+
 TEST(CInterface_Units, EveryConversion_GivesItsFormula) {
   struct Row {
     double (*wide)(double);
