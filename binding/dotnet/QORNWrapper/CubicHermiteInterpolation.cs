@@ -23,38 +23,12 @@ namespace Morvenhal.RF.KST.QORNWrapper
         /// the values, from the first on, stand in yOut from index 1 on, and its element 0 stays.
         /// </summary>
         /// <returns>0.</returns>
-        public int Interpolate(FloatArray xIn, FloatArray yIn, FloatArray xOut, FloatArray yOut, bool inner)
-        {
-            if (!inner) return Interpolate(xIn, yIn, xOut, yOut);
-            RequireUndisposed();
-            try
-            {
-                int result = Run(xIn, yIn, xOut);
-                Helper.CopyFloat(m_vecReal32YOut, yOut, 1, yIn.Count - 2);
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
+        public int Interpolate(FloatArray xIn, FloatArray yIn, FloatArray xOut, FloatArray yOut, bool inner) =>
+            Interpolate(xIn, yIn, xOut, yOut, inner, m_vecReal32XIn, m_vecReal32YIn, m_vecReal32XOut, m_vecReal32YOut);
 
         /// <inheritdoc cref="Interpolate(FloatArray, FloatArray, FloatArray, FloatArray, bool)"/>
-        public int Interpolate(DoubleArray xIn, DoubleArray yIn, DoubleArray xOut, DoubleArray yOut, bool inner)
-        {
-            if (!inner) return Interpolate(xIn, yIn, xOut, yOut);
-            RequireUndisposed();
-            try
-            {
-                int result = Run(xIn, yIn, xOut);
-                Helper.CopyDouble(m_vecReal64YOut, yOut, 1, yIn.Count - 2);
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
+        public int Interpolate(DoubleArray xIn, DoubleArray yIn, DoubleArray xOut, DoubleArray yOut, bool inner) =>
+            Interpolate(xIn, yIn, xOut, yOut, inner, m_vecReal64XIn, m_vecReal64YIn, m_vecReal64XOut, m_vecReal64YOut);
 
         /// <summary>
         /// Shifts a stretch of uniform data by a part of a step. Its table is point i = (k step + offset, yIn[k]) with

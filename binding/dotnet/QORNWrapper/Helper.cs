@@ -149,7 +149,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         /// <inheritdoc cref="CopyInt32(VecInt32, int[])"/>
         public static void CopyUInt32(VecUInt32 src, uint[] dst) => ToManaged(src, dst);
 
-        private static unsafe void ToNative<T>(KSTArray<T> src, NativeVector<T> dst) where T : unmanaged
+        internal static unsafe void ToNative<T>(KSTArray<T> src, NativeVector<T> dst) where T : unmanaged
         {
             int n = BlockOf(src, out T[] block);
             RequireArgument(dst, nameof(dst));
@@ -177,7 +177,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         }
 
         // The two types of elements have the same size; only integers of either sign differ.
-        private static unsafe void ToManaged<T, U>(NativeVector<T> src, KSTArray<U> dst, int start, int count)
+        internal static unsafe void ToManaged<T, U>(NativeVector<T> src, KSTArray<U> dst, int start, int count)
             where T : unmanaged where U : unmanaged
         {
             RequireArgument(dst, nameof(dst));

@@ -37,75 +37,21 @@ namespace Morvenhal.RF.KST.QORNWrapper
 
         /// <summary>yOut[j] = the interpolated value at xOut[j]; yOut gets the count of xOut.</summary>
         /// <returns>0, or the interpolator's own code for a table that it cannot use; yOut is then of no use.</returns>
-        public int Interpolate(FloatArray xIn, FloatArray yIn, FloatArray xOut, FloatArray yOut)
-        {
-            RequireUndisposed();
-            try
-            {
-                int result = Run(xIn, yIn, xOut);
-                Helper.CopyFloat(m_vecReal32YOut, yOut);
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
+        public int Interpolate(FloatArray xIn, FloatArray yIn, FloatArray xOut, FloatArray yOut) =>
+            Interpolate(xIn, yIn, xOut, yOut, false, m_vecReal32XIn, m_vecReal32YIn, m_vecReal32XOut, m_vecReal32YOut);
+
+        /// <inheritdoc cref="Interpolate(FloatArray, FloatArray, FloatArray, FloatArray)"/>
+        public int Interpolate(DoubleArray xIn, DoubleArray yIn, DoubleArray xOut, DoubleArray yOut) =>
+            Interpolate(xIn, yIn, xOut, yOut, false, m_vecReal64XIn, m_vecReal64YIn, m_vecReal64XOut, m_vecReal64YOut);
 
         /// <summary>y = the interpolated value at x.</summary>
         /// <returns>0, or the interpolator's own code for a table that it cannot use; y is then of no use.</returns>
-        public unsafe int Interpolate(FloatArray xIn, FloatArray yIn, float x, ref float y)
-        {
-            RequireUndisposed();
-            try
-            {
-                Helper.CopyFloat(xIn, m_vecReal32XIn);
-                Helper.CopyFloat(yIn, m_vecReal32YIn);
-                m_vecReal32XOut.Import(&x, 1);
-                int result = m_pQorn.Interpolate(m_vecReal32YOut, m_vecReal32XIn, m_vecReal32YIn, m_vecReal32XOut);
-                fixed (float* first = &y) m_vecReal32YOut.Export(first, Math.Min(m_vecReal32YOut.GetSize(), 1));
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
-
-        /// <inheritdoc cref="Interpolate(FloatArray, FloatArray, FloatArray, FloatArray)"/>
-        public int Interpolate(DoubleArray xIn, DoubleArray yIn, DoubleArray xOut, DoubleArray yOut)
-        {
-            RequireUndisposed();
-            try
-            {
-                int result = Run(xIn, yIn, xOut);
-                Helper.CopyDouble(m_vecReal64YOut, yOut);
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
+        public int Interpolate(FloatArray xIn, FloatArray yIn, float x, ref float y) =>
+            Interpolate(xIn, yIn, x, ref y, m_vecReal32XIn, m_vecReal32YIn, m_vecReal32XOut, m_vecReal32YOut);
 
         /// <inheritdoc cref="Interpolate(FloatArray, FloatArray, float, ref float)"/>
-        public unsafe int Interpolate(DoubleArray xIn, DoubleArray yIn, double x, ref double y)
-        {
-            RequireUndisposed();
-            try
-            {
-                Helper.CopyDouble(xIn, m_vecReal64XIn);
-                Helper.CopyDouble(yIn, m_vecReal64YIn);
-                m_vecReal64XOut.Import(&x, 1);
-                int result = m_pQorn.Interpolate(m_vecReal64YOut, m_vecReal64XIn, m_vecReal64YIn, m_vecReal64XOut);
-                fixed (double* first = &y) m_vecReal64YOut.Export(first, Math.Min(m_vecReal64YOut.GetSize(), 1));
-                return result;
-            }
-            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
-            {
-                throw QORNExceptionCatcher.NewException(e);
-            }
-        }
+        public int Interpolate(DoubleArray xIn, DoubleArray yIn, double x, ref double y) =>
+            Interpolate(xIn, yIn, x, ref y, m_vecReal64XIn, m_vecReal64YIn, m_vecReal64XOut, m_vecReal64YOut);
 
         /// <summary>Releases the native objects. Further calls do nothing.</summary>
         public void Dispose()
@@ -114,22 +60,48 @@ namespace Morvenhal.RF.KST.QORNWrapper
             GC.SuppressFinalize(this);
         }
 
-        /// <summary>m_vecReal32YOut = the interpolated values at xOut.</summary>
-        private protected int Run(FloatArray xIn, FloatArray yIn, FloatArray xOut)
+        /// <summary>
+        /// The array forms in either precision, with the vectors of that precision. The inner values alone go to yOut from
+        /// index 1 on, at most yIn.Count - 2 of them.
+        /// </summary>
+        private protected int Interpolate<T>(
+            KSTArray<T> xIn, KSTArray<T> yIn, KSTArray<T> xOut, KSTArray<T> yOut, bool inner, NativeVector<T> x,
+            NativeVector<T> y, NativeVector<T> at, NativeVector<T> values) where T : unmanaged
         {
-            Helper.CopyFloat(xIn, m_vecReal32XIn);
-            Helper.CopyFloat(yIn, m_vecReal32YIn);
-            Helper.CopyFloat(xOut, m_vecReal32XOut);
-            return m_pQorn.Interpolate(m_vecReal32YOut, m_vecReal32XIn, m_vecReal32YIn, m_vecReal32XOut);
+            RequireUndisposed();
+            try
+            {
+                Helper.ToNative(xIn, x);
+                Helper.ToNative(yIn, y);
+                Helper.ToNative(xOut, at);
+                int result = m_pQorn.Interpolate(values, x, y, at);
+                Helper.ToManaged(values, yOut, inner ? 1 : 0, inner ? yIn.Count - 2 : int.MaxValue);
+                return result;
+            }
+            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
+            {
+                throw QORNExceptionCatcher.NewException(e);
+            }
         }
 
-        /// <summary>m_vecReal64YOut = the interpolated values at xOut.</summary>
-        private protected int Run(DoubleArray xIn, DoubleArray yIn, DoubleArray xOut)
+        private unsafe int Interpolate<T>(
+            KSTArray<T> xIn, KSTArray<T> yIn, T xOut, ref T yOut, NativeVector<T> x, NativeVector<T> y,
+            NativeVector<T> at, NativeVector<T> values) where T : unmanaged
         {
-            Helper.CopyDouble(xIn, m_vecReal64XIn);
-            Helper.CopyDouble(yIn, m_vecReal64YIn);
-            Helper.CopyDouble(xOut, m_vecReal64XOut);
-            return m_pQorn.Interpolate(m_vecReal64YOut, m_vecReal64XIn, m_vecReal64YIn, m_vecReal64XOut);
+            RequireUndisposed();
+            try
+            {
+                Helper.ToNative(xIn, x);
+                Helper.ToNative(yIn, y);
+                at.Import(&xOut, 1);
+                int result = m_pQorn.Interpolate(values, x, y, at);
+                fixed (T* first = &yOut) values.Export(first, Math.Min(values.GetSize(), 1));
+                return result;
+            }
+            catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
+            {
+                throw QORNExceptionCatcher.NewException(e);
+            }
         }
 
         private protected void RequireUndisposed()
