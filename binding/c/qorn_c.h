@@ -29,8 +29,7 @@
 extern "C" {
 #endif
 
-/** The number of this interface. It changes when a program that was built against the former would no longer
- * work. */
+/** The number of this interface; it changes when programs that were built against the former would fail. */
 #define QORN_C_INTERFACE 1
 
 /** QORN_C_INTERFACE of the library that is loaded. */
@@ -49,8 +48,7 @@ typedef struct qorn_error {
 
 /* Vectors. */
 
-/** A vector of elements of one kind, given when it is made: length, capacity and an aligned block of memory.
- */
+/** A vector of elements of one kind, given when it is made, in aligned memory. */
 typedef struct qorn_vector qorn_vector;
 
 /** The kinds of elements. A complex element is a pair of real and imaginary part without a gap. */
@@ -178,37 +176,70 @@ QORN_C_API int32_t qorn_hermite_interpolate(qorn_hermite *hermite, qorn_vector *
                                             const qorn_vector *y, const qorn_vector *x_out,
                                             qorn_error *error);
 
-/* Units, in a 50 ohm system. See QORN::UnitConversion; a name that ends in f is its form in float. */
+/* Units, in a 50 ohm system. A form in float, whose name ends in f, takes logarithms and powers in double and
+ * rounds the result. The logarithm of zero reads about -40 and that of a negative number -999, scaled and
+ * offset by the formula. See QORN::UnitConversion. */
 
+/** W to dBm: 10 log10(1000 watt). */
 QORN_C_API double qorn_watt2dbm(double watt);
 QORN_C_API float qorn_watt2dbmf(float watt);
+
+/** dBm to W: 10^(dbm / 10) / 1000. */
 QORN_C_API double qorn_dbm2watt(double dbm);
 QORN_C_API float qorn_dbm2wattf(float dbm);
+
+/** V to dBm: 20 log10(volt / sqrt(0.05)). */
 QORN_C_API double qorn_volt2dbm(double volt);
 QORN_C_API float qorn_volt2dbmf(float volt);
+
+/** dBm to V: 10^(dbm / 20) sqrt(0.05). */
 QORN_C_API double qorn_dbm2volt(double dbm);
 QORN_C_API float qorn_dbm2voltf(float dbm);
+
+/** Peak V to dBm: 20 log10(volt) + 10. */
 QORN_C_API double qorn_peakvolt2dbm(double volt);
 QORN_C_API float qorn_peakvolt2dbmf(float volt);
+
+/** dBm to peak V: 10^((dbm - 10) / 20). */
 QORN_C_API double qorn_dbm2peakvolt(double dbm);
 QORN_C_API float qorn_dbm2peakvoltf(float dbm);
+
+/** V to W: volt^2 / 50. */
 QORN_C_API double qorn_volt2watt(double volt);
 QORN_C_API float qorn_volt2wattf(float volt);
+
+/** W to V: sqrt(50 watt). */
 QORN_C_API double qorn_watt2volt(double watt);
 QORN_C_API float qorn_watt2voltf(float watt);
+
+/** dBm to dBV: dbm - 13.01029995663981. */
 QORN_C_API double qorn_dbm2dbv(double dbm);
 QORN_C_API float qorn_dbm2dbvf(float dbm);
+
+/** dBV to dBm: dbv + 13.01029995663981. */
 QORN_C_API double qorn_dbv2dbm(double dbv);
 QORN_C_API float qorn_dbv2dbmf(float dbv);
+
+/** dBV to V: 10^(dbv / 20). */
 QORN_C_API double qorn_dbv2volt(double dbv);
 QORN_C_API float qorn_dbv2voltf(float dbv);
+
+/** V to dBV: 20 log10(volt). */
 QORN_C_API double qorn_volt2dbv(double volt);
 QORN_C_API float qorn_volt2dbvf(float volt);
+
+/** dBV to W: 10^(dbv / 10) / 50. */
 QORN_C_API double qorn_dbv2watt(double dbv);
 QORN_C_API float qorn_dbv2wattf(float dbv);
+
+/** W to dBV: 10 log10(50 watt). */
 QORN_C_API double qorn_watt2dbv(double watt);
 QORN_C_API float qorn_watt2dbvf(float watt);
+
+/** dBpT to dBuV/m: dbpt + 49.5. */
 QORN_C_API double qorn_dbpt2dbuvm(double dbpt);
+
+/** dBuV/m to dBpT: dbuvm - 49.5. */
 QORN_C_API double qorn_dbuvm2dbpt(double dbuvm);
 
 #ifdef __cplusplus
