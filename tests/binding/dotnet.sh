@@ -44,36 +44,39 @@ restore() {
 
 sources=""
 for source in ${QORN_NUGET_SOURCES:-}; do sources="$sources --source $source"; done
-common="-c Release -m:1 -p:UseSharedCompilation=false -p:ArtifactsPath=$scratch/artifacts"
+
+# MSBuild takes these for properties of the projects.
+ArtifactsPath=$scratch/artifacts
+QornNativeDirectory=$native
+UseSharedCompilation=false
+export ArtifactsPath QornNativeDirectory UseSharedCompilation
 
 case "$mode" in
   test)
+    tests=$projects/QORNWrapper.Tests/QORNWrapper.Tests.csproj
     # shellcheck disable=SC2086
-    restore restore "$projects/QORNWrapper.Tests/QORNWrapper.Tests.csproj" $sources \
-      "-p:ArtifactsPath=$scratch/artifacts"
-    # shellcheck disable=SC2086
-    run test dotnet test "$projects/QORNWrapper.Tests/QORNWrapper.Tests.csproj" --no-restore $common \
-      "-p:QornNativeDirectory=$native"
+    restore restore "$tests" $sources
+    run test dotnet test "$tests" --no-restore -c Release -m:1
     grep -E '^(Passed|Failed)!' "$scratch/test.log"
     ;;
   package)
     rm -rf "$scratch/packages" "$scratch/program" "$scratch/cache"
     for project in MVPlatformShared QORNWrapper; do
       # shellcheck disable=SC2086
-      restore "restore-$project" "$projects/$project/$project.csproj" $sources "-p:ArtifactsPath=$scratch/artifacts"
-      # shellcheck disable=SC2086
-      run "pack-$project" dotnet pack "$projects/$project/$project.csproj" --no-restore $common \
-        "-p:QornNativeDirectory=$native" -o "$scratch/packages"
+      restore "restore-$project" "$projects/$project/$project.csproj" $sources
+      run "pack-$project" dotnet pack "$projects/$project/$project.csproj" --no-restore -c Release -m:1 \
+        -o "$scratch/packages"
     done
     # The program knows the packages alone: their folder is its one source, and its cache is its own.
+    unset ArtifactsPath
+    QornVersion=$(sed -n 's/.*VERSION_STRING "\(.*\)".*/\1/p' "$here/../../include/qorn/Version.h")
+    NUGET_PACKAGES=$scratch/cache
+    export QornVersion NUGET_PACKAGES
     mkdir -p "$scratch/program"
     cp "$here/program/"* "$scratch/program"
-    version=$(sed -n 's/.*VERSION_STRING "\(.*\)".*/\1/p' "$here/../../include/qorn/Version.h")
-    NUGET_PACKAGES=$scratch/cache
-    export NUGET_PACKAGES
-    restore restore-program "$scratch/program/Program.csproj" --source "$scratch/packages" "-p:QornVersion=$version"
+    restore restore-program "$scratch/program/Program.csproj" --source "$scratch/packages"
     run build-program dotnet build "$scratch/program/Program.csproj" --no-restore -c Release -m:1 \
-      -p:UseSharedCompilation=false "-p:QornVersion=$version" -o "$scratch/program/out"
+      -o "$scratch/program/out"
     dotnet "$scratch/program/out/Program.dll" >"$scratch/spectrum.txt"
     diff "$here/program/expected.txt" "$scratch/spectrum.txt"
     echo "The program printed the spectrum that it should."
