@@ -188,9 +188,10 @@ private:
            static_cast<int>(outputs.count), static_cast<int>(outputs.first - m_last));
   }
 
-  // False if the values are not finite or many outputs in doubt. A few are summed directly.
-  bool RunPartsAtOnce(const float *taps, const float *window, Index count,
-                      float *dst) requires std::is_same_v<T, float> {
+  // False if the values are not finite or many outputs in doubt. A few are summed directly. For F = float
+  // alone: a template, since Clang 14 compiles members that are not for the other types when it instantiates
+  // the class.
+  template <class F> bool RunPartsAtOnce(const F *taps, const F *window, Index count, F *dst) {
     if (!m_usable) return false;
     const CyclicFigures figures = m_engine.Run(window, dst, count);
     if (!std::isfinite(figures.energy)) return false;
