@@ -69,7 +69,7 @@ const bool registered = [] {
         Row{"DetectorLogAverage", DetectorLogAverage, nullptr}}) {
     const int points = row.type == DetectorPeakAndMin ? 2 : 1;
     for (const int ratio : {4, 16, 100, 16384}) {
-      const std::string size = "/" + std::to_string(ratio);
+      const std::string size = std::string("/").append(std::to_string(ratio));
       for (const kernels::Level &level : kernels::AvailableLevels()) {
         benchmark::RegisterBenchmark(
             (std::string(row.name) + "/" + level.name + size).c_str(), [=](benchmark::State &state) {

@@ -1,16 +1,13 @@
 #include "FilterDesign.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <cstddef>
 #include <iterator>
 #include <memory>
-#include <sstream>
 
 #include "Failure.h"
+#include "NumberRows.h"
 #include "Options.h"
 #include "Text.h"
 
@@ -51,27 +48,6 @@ Checked CheckedParameters(const FilterKind &kind, const FilterParameters &p) {
     throw UsageError("--rate: " + std::string(kind.name) +
                      " is for 2, 4, 8 or 16 samples per symbol, not for " + Significant(samples, 6));
   return floats;
-}
-
-// Whole, but no more than taps and comments can need: not every file ends.
-std::string TextOf(const std::string &option, const std::string &path) {
-  constexpr std::size_t kMost = std::size_t{64} * kMaxTaps + (1 << 20);
-  const auto refuse = [&](const std::string &reason) {
-    throw UsageError(option + ": " + Quoted(path) + " " + reason);
-  };
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) refuse("is a folder");
-  std::ifstream file(path);
-  if (!file) refuse(std::string("cannot be opened: ") + std::strerror(errno));
-  std::string text;
-  char block[65536];
-  do {
-    file.read(block, sizeof block);
-    text.append(block, static_cast<std::size_t>(file.gcount()));
-    if (text.size() > kMost) refuse("is longer than " + Grouped(kMost) + " bytes");
-  } while (file);
-  if (file.bad()) refuse(std::string("cannot be read: ") + std::strerror(errno));
-  return text;
 }
 
 } // namespace
@@ -132,28 +108,14 @@ FilterDesign DesignOf(const FilterKind &kind, const FilterParameters &parameters
 
 QORN::VecCplx32 ReadTaps(const std::string &path) {
   const std::string option = "--taps-from";
-  std::istringstream file(TextOf(option, path));
-  constexpr double kLargest = 1e15;
   std::vector<std::complex<double>> taps;
-  std::string text;
-  for (int number = 1; std::getline(file, text); ++number) {
-    const std::string place = option + ": line " + std::to_string(number);
-    text.resize(std::min(text.find('#'), text.size()));
-    for (char &c : text)
-      if (c == ',' || c == ';') c = ' ';
-    std::istringstream words(text);
-    std::vector<double> parts;
-    for (std::string word; words >> word;) {
-      parts.push_back(NumberOf(place, word));
-      if (std::fabs(parts.back()) > kLargest)
-        throw UsageError(place + ": " + Quoted(word) + " is out of range");
-    }
-    if (parts.empty()) continue;
+  constexpr std::size_t kMost = std::size_t{64} * kMaxTaps + (1 << 20); // bytes, of comments too
+  ReadNumberRows(option, path, kMost, [&](const std::string &place, const std::vector<double> &parts) {
     if (parts.size() > 2) throw UsageError(place + ": a tap is one number or two");
     taps.emplace_back(parts[0], parts.size() > 1 ? parts[1] : 0.0);
     if (taps.size() > static_cast<std::size_t>(kMaxTaps))
       throw UsageError(option + ": " + Quoted(path) + " has more than " + Grouped(kMaxTaps) + " taps");
-  }
+  });
   if (taps.empty()) throw UsageError(option + ": " + Quoted(path) + " has no taps");
   QORN::VecCplx32 result(static_cast<int>(taps.size()));
   for (int i = 0; i < result.GetSize(); ++i) {

@@ -27,6 +27,16 @@ double PowerUnder(const QORN::VecReal64 &mean) {
   return mean.Sum() - 0.5 * (mean[0] + mean[mean.GetSize() - 1]);
 }
 
+void Correct(Measurement &m, QORN::VecReal64 &squares) {
+  QORN::VecReal64 frequencies(m.Points());
+  for (int k = 0; k < m.Points(); ++k) frequencies[k] = m.FrequencyOf(k);
+  const QORN::VecReal64 factors = m.setup.correction->FactorsAt(frequencies);
+  m.mean *= factors;
+  m.hold *= factors;
+  squares *= factors;
+  squares *= factors;
+}
+
 } // namespace
 
 Measurement Measure(const Recording &recording, const Setup &setup,
@@ -41,6 +51,7 @@ Measurement Measure(const Recording &recording, const Setup &setup,
   result.centre = setup.zoom ? setup.zoom->centre : result.recordedCentre;
   result.middle = setup.zoom ? 0.5 * (points - 1) : points / 2;
   result.spacing = setup.zoom ? setup.zoom->span / (points - 1) : bin;
+  result.resolution = result.spacing;
   const std::unique_ptr<QORN::Window> window = MakeWindow(*setup.window, setup.block);
   result.noiseBandwidth = bin * static_cast<double>(window->GetENBW());
   // The windows of the CISPR bands choose their figure by the bandwidth itself.
@@ -74,8 +85,11 @@ Measurement Measure(const Recording &recording, const Setup &setup,
     done((result.blocks + 1) * setup.block);
   }
   result.mean *= 1.0 / static_cast<double>(result.blocks);
-  result.totalPower = setup.zoom ? PowerUnder(result.mean) * result.spacing / result.noiseBandwidth
-                                 : result.totalPower / (static_cast<double>(result.blocks) * setup.block);
+  result.totalPower /= static_cast<double>(result.blocks) * setup.block;
+  if (setup.correction) Correct(result, squares);
+  if (setup.zoom || setup.correction)
+    result.totalPower =
+        (setup.zoom ? PowerUnder(result.mean) : result.mean.Sum()) * result.spacing / result.noiseBandwidth;
   result.polarFrames = stream.PolarFrames();
 
   double sum = result.totalPower;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "Detected.h"
 #include "Failure.h"
 #include "Levels.h"
 #include "Options.h"
@@ -82,9 +83,10 @@ void RunMeasurement(const MeasurementOptions &options, const Planner &plan) {
   OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}}, options.recording);
   const Measurement measurement = MeasureWithProgress(recording, setup);
 
+  const Measurement traces = setup.detection ? Detected(measurement) : measurement;
   const std::string title = std::filesystem::path(options.recording).filename().string();
-  files.Write({[&](std::ostream &out) { WriteSvg(out, measurement, unit, title); },
-               [&](std::ostream &out) { WriteCsv(out, measurement, unit); }});
+  files.Write({[&](std::ostream &out) { WriteSvg(out, traces, unit, title); },
+               [&](std::ostream &out) { WriteCsv(out, traces, unit); }});
   if (options.json)
     WriteJson(std::cout, recording, measurement, unit);
   else

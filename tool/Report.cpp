@@ -45,6 +45,18 @@ void WriteText(std::ostream &out, const Recording &recording, const Measurement 
     Line(out, "Blocks", Grouped(m.blocks));
     Line(out, "Bin spacing", Quantity(m.spacing, "Hz"));
   }
+  if (m.setup.detection) {
+    const Detection &detection = *m.setup.detection;
+    Line(out, "Trace points",
+         Grouped(detection.PointsOf(m.Points())) + ", " + Quantity(detection.Step() * m.spacing, "Hz") +
+             " apart, " + detection.kind->name + " of " + Grouped(detection.ratio));
+  }
+  if (m.setup.correction) {
+    const Correction &table = *m.setup.correction;
+    Line(out, "Correction",
+         Printable(table.Path()) + ", " + table.Kind().name + ", " +
+             FrequencyInFull(table.First(), m.spacing) + " to " + FrequencyInFull(table.Last(), m.spacing));
+  }
   Line(out, "Resolution bandwidth", Quantity(m.resolutionBandwidth, "Hz"));
   Line(out, m.setup.zoom ? "Power in span" : "Total power", LevelText(unit, m.totalPower));
   if (m.noiseFloor > 0.0)
@@ -82,6 +94,17 @@ void WriteJson(std::ostream &out, const Recording &recording, const Measurement 
   report["blocks"] = m.blocks;
   if (m.setup.zoom) report["samples_per_block"] = m.setup.block;
   report[m.setup.zoom ? "point_spacing_hz" : "bin_spacing_hz"] = m.spacing;
+  if (m.setup.detection) {
+    const Detection &detection = *m.setup.detection;
+    report["detector"] = detection.kind->name;
+    report["ratio"] = detection.ratio;
+    report["trace_points"] = detection.PointsOf(m.Points());
+    report["trace_spacing_hz"] = detection.Step() * m.spacing;
+  }
+  if (m.setup.correction) {
+    report["correction"] = m.setup.correction->Path();
+    report["interpolation"] = m.setup.correction->Kind().name;
+  }
   report["noise_bandwidth_hz"] = m.noiseBandwidth;
   report["resolution_bandwidth_hz"] = m.resolutionBandwidth;
   report["unit"] = NameOf(unit);

@@ -89,16 +89,25 @@ private:
     y = {least, high, kPlot.bottom, kPlot.top};
   }
 
+  // What else was done to the traces.
+  std::string Treatment() const {
+    std::string text;
+    if (m.setup.detection)
+      text += std::string(" · ") + m.setup.detection->kind->name + " of " + Grouped(m.setup.detection->ratio);
+    if (m.setup.correction) text += " · corrected";
+    return text;
+  }
+
   void DrawHead() {
     svg.Text(kPlot.left, 30, "class=\"title\"", title);
     const std::string blocks = Grouped(m.blocks) + (m.blocks == 1 ? " block of " : " blocks of ") +
                                Grouped(m.setup.block) + (m.setup.zoom ? " samples" : " points");
     svg.Text(kPlot.left, 52, "class=\"quiet\"",
-             "Centre " + FrequencyInFull(m.centre, m.spacing) + " · " +
-                 (m.setup.zoom ? "span " + FrequencyInFull(m.setup.zoom->span, m.spacing)
+             "Centre " + FrequencyInFull(m.centre, m.resolution) + " · " +
+                 (m.setup.zoom ? "span " + FrequencyInFull(m.setup.zoom->span, m.resolution)
                                : "sampling rate " + Quantity(m.rate, "Hz")) +
                  " · RBW " + Quantity(m.resolutionBandwidth, "Hz") + ", " + m.setup.window->name + " · " +
-                 blocks);
+                 blocks + Treatment());
     const double keyY = 74;
     svg.Line("trace mean", kPlot.left, keyY, kPlot.left + 26, keyY);
     svg.Text(kPlot.left + 32, keyY + 4, "", "Mean power");
@@ -127,7 +136,7 @@ private:
         svg.Rectangle("outside", {std::max(last, kPlot.left), kPlot.top, kPlot.right, kPlot.bottom});
     }
     const double step = RoundStep(x.high - x.low, 11);
-    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)), m.spacing);
+    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)), m.resolution);
     std::string label = "Frequency";
     double origin = 0.0;
     std::vector<Tick> ticks = Ticks(x.low, x.high, step, prefix.factor);
@@ -135,9 +144,9 @@ private:
     const auto isLong = [](const Tick &tick) { return tick.label.size() > 9; };
     if (m.centre != 0.0 && std::any_of(ticks.begin(), ticks.end(), isLong)) {
       origin = m.centre;
-      prefix = FrequencyPrefixFor(0.5 * (x.high - x.low), m.spacing);
+      prefix = FrequencyPrefixFor(0.5 * (x.high - x.low), m.resolution);
       ticks = Ticks(x.low - origin, x.high - origin, step, prefix.factor);
-      label = "Offset from " + FrequencyInFull(m.centre, m.spacing);
+      label = "Offset from " + FrequencyInFull(m.centre, m.resolution);
     }
     for (const Tick &tick : ticks) {
       const double at = x(tick.value + origin);
@@ -231,9 +240,9 @@ private:
       const double row = kTable + static_cast<double>(i % rows + 1) * kRow;
       const double frequency = m.FrequencyOf(m.peaks[i].place);
       svg.Text(at + 10, row, "class=\"number\" text-anchor=\"middle\"", std::to_string(i + 1));
-      svg.Text(at + 40, row, "", Frequency(frequency, m.spacing));
+      svg.Text(at + 40, row, "", Frequency(frequency, m.resolution));
       if (m.centre != 0.0)
-        svg.Text(at + 280, row, "text-anchor=\"end\"", Frequency(frequency - m.centre, m.spacing));
+        svg.Text(at + 280, row, "text-anchor=\"end\"", Frequency(frequency - m.centre, m.resolution));
       svg.Text(at + kColumnEnd, row, "text-anchor=\"end\"", LevelText(unit, m.peaks[i].power));
     }
   }
