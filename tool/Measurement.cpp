@@ -27,14 +27,18 @@ double PowerUnder(const QORN::VecReal64 &mean) {
   return mean.Sum() - 0.5 * (mean[0] + mean[mean.GetSize() - 1]);
 }
 
-void Correct(Measurement &m, QORN::VecReal64 &squares) {
+// Peaks stand out of noise that is as flat as it was recorded, so they were found before.
+void Correct(Measurement &m) {
   QORN::VecReal64 frequencies(m.Points());
   for (int k = 0; k < m.Points(); ++k) frequencies[k] = m.FrequencyOf(k);
   const QORN::VecReal64 factors = m.setup.correction->FactorsAt(frequencies);
   m.mean *= factors;
   m.hold *= factors;
-  squares *= factors;
-  squares *= factors;
+  m.totalPower = m.mean.Sum() * m.spacing / m.noiseBandwidth;
+  if (m.noiseFloor > 0.0) m.noiseFloor = NoiseFloor(m.mean, m.blocks);
+  for (Peak &peak : m.peaks) peak.power *= factors[peak.index];
+  std::stable_sort(m.peaks.begin(), m.peaks.end(),
+                   [](const Peak &a, const Peak &b) { return a.power > b.power; });
 }
 
 } // namespace
@@ -85,11 +89,8 @@ Measurement Measure(const Recording &recording, const Setup &setup,
     done((result.blocks + 1) * setup.block);
   }
   result.mean *= 1.0 / static_cast<double>(result.blocks);
-  result.totalPower /= static_cast<double>(result.blocks) * setup.block;
-  if (setup.correction) Correct(result, squares);
-  if (setup.zoom || setup.correction)
-    result.totalPower =
-        (setup.zoom ? PowerUnder(result.mean) : result.mean.Sum()) * result.spacing / result.noiseBandwidth;
+  result.totalPower = setup.zoom ? PowerUnder(result.mean) * result.spacing / result.noiseBandwidth
+                                 : result.totalPower / (static_cast<double>(result.blocks) * setup.block);
   result.polarFrames = stream.PolarFrames();
 
   double sum = result.totalPower;
@@ -102,6 +103,7 @@ Measurement Measure(const Recording &recording, const Setup &setup,
   result.peaks =
       FindPeaks(result.mean, StandardErrors(result.mean, squares, result.blocks), result.blocks,
                 result.noiseFloor, LeakageOf(*window), {result.spacing / bin, !setup.zoom.has_value()});
+  if (setup.correction) Correct(result);
   return result;
 }
 
