@@ -4,7 +4,7 @@
 #   dotnet.sh package NATIVE SCRATCH  packs it, and has a new program take the package and print a spectrum
 # NATIVE is the folder of the native libraries, SCRATCH a folder for what is made. NuGet packages come from the sources
 # that the machine is configured with, or from those in QORN_NUGET_SOURCES, separated by blanks. Ends with 77 where there
-# is no SDK that could do it.
+# is no SDK that could do it, or no source of packages.
 set -eu
 mode=$1
 native=$2
@@ -31,15 +31,15 @@ run() {
   "$@" >"$log" 2>&1 || { cat "$log"; return 1; }
 }
 
-# restore LOG PROJECT ARGUMENTS... - fetches the packages that a project needs.
+# restore LOG PROJECT ARGUMENTS... - fetches the packages that a project needs. Sources that cannot be reached or lack
+# them (NU1301, NU1101, NU1102) end the script as skipped, unless they have been named; all else is a failure.
 restore() {
   log=$1
   shift
-  run "$log" dotnet restore -m:1 "$@" || {
-    echo "The packages of $1 could not be fetched, see above. Without access to a source of NuGet packages, name"
-    echo "those that you have in QORN_NUGET_SOURCES, or configure with -DQORN_BUILD_DOTNET=OFF."
-    exit 1
-  }
+  run "$log" dotnet restore -m:1 "$@" && return
+  [ -z "${QORN_NUGET_SOURCES:-}" ] && grep -qE 'NU1301|NU1101|NU1102' "$scratch/$log.log" || exit 1
+  echo "skipped: the packages of $1 cannot be fetched, see above; name the sources that have them in QORN_NUGET_SOURCES"
+  exit 77
 }
 
 sources=""
@@ -74,7 +74,7 @@ case "$mode" in
     export QornVersion NUGET_PACKAGES
     mkdir -p "$scratch/program"
     cp "$here/program/"* "$scratch/program"
-    restore restore-program "$scratch/program/Program.csproj" --source "$scratch/packages"
+    run restore-program dotnet restore -m:1 "$scratch/program/Program.csproj" --source "$scratch/packages"
     run build-program dotnet build "$scratch/program/Program.csproj" --no-restore -c Release -m:1 \
       -o "$scratch/program/out"
     dotnet "$scratch/program/out/Program.dll" >"$scratch/spectrum.txt"
