@@ -329,6 +329,13 @@ TEST_F(CorrectedTrace, TextAndPicture_TellOfIt) {
   EXPECT_NE(Contents(svg).find(" · rms of 10 · corrected<"), std::string::npos);
 }
 
+TEST_F(CorrectedTrace, TiltedNoise_HasNoMorePeaks) {
+  const std::string path = Noisy();
+  const Arguments plain = {path, "--points", "1000"};
+  const json report = Measure(plain + Arguments{"--correction", Corrections("99.5e6 0\n100.5e6 60\n")});
+  EXPECT_EQ(report["peaks"].size(), Measure(plain)["peaks"].size());
+}
+
 // The correction comes first, bin by bin.
 TEST_F(CorrectedTrace, Detector_ReducesTheCorrectedTrace) {
   const std::string path = Noisy(), table = Corrections("99.5e6 0\n100.5e6 50\n");
