@@ -11,6 +11,7 @@ void AddFilter(CLI::App &app);
 void AddGenerate(CLI::App &app);
 void AddInfo(CLI::App &app);
 void AddPlot(CLI::App &app);
+void AddResample(CLI::App &app);
 void AddSpectrum(CLI::App &app);
 void AddUnits(CLI::App &app);
 void AddWindows(CLI::App &app);

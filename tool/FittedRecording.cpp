@@ -6,7 +6,7 @@
 
 namespace tool {
 
-void Peak::Add(const QORN::Cplx32 *samples, int n) {
+void LargestPart::Add(const QORN::Cplx32 *samples, int n) {
   // Floats above zero are ordered as their bits are, and what is not finite comes last.
   constexpr std::int32_t kMagnitude = 0x7FFFFFFF;
   std::int32_t magnitude = m_magnitude;
@@ -21,9 +21,9 @@ void Peak::Add(const QORN::Cplx32 *samples, int n) {
   m_highest = highest;
 }
 
-double Peak::Value() const { return static_cast<double>(std::bit_cast<float>(m_magnitude)); }
+double LargestPart::Magnitude() const { return static_cast<double>(std::bit_cast<float>(m_magnitude)); }
 
-double Peak::Highest() const { return static_cast<double>(std::bit_cast<float>(m_highest)); }
+double LargestPart::Highest() const { return static_cast<double>(std::bit_cast<float>(m_highest)); }
 
 std::int64_t FramesFor(Format format, const RecordingHead &head) {
   return format == Format::kIqf ? (head.samples + head.framePoints - 1) / head.framePoints : 0;
@@ -33,22 +33,23 @@ int RunsFor(Format format) { return format == Format::kCf32 ? 1 : 2; }
 
 FittedRecording WriteFitted(std::ostream &out, Format format, RecordingHead head, const Recording &recording,
                             const SampleRun &run) {
-  Peak peak;
+  CheckCount(format, head);
+  LargestPart peak;
   const auto add = [&](const QORN::Cplx32 *samples, int n) { peak.Add(samples, n); };
   if (RunsFor(format) == 2) {
     run(add);
-    recording.CheckFinite(peak.Value());
+    recording.CheckFinite(peak.Magnitude());
   }
   // Values far below the steps of the recording itself would tell nothing.
-  head.step = StepFor(format, std::max(peak.Value(), 0.03 * recording.Step()));
+  head.step = StepFor(format, std::max(peak.Magnitude(), 0.03 * recording.Step()));
   const std::unique_ptr<RecordingWriter> writer = MakeRecordingWriter(format, out, head);
   run([&](const QORN::Cplx32 *samples, int n) {
     if (RunsFor(format) == 1) add(samples, n);
     writer->Put(samples, n);
   });
   writer->End();
-  recording.CheckFinite(peak.Value());
-  return {peak.Value(), head.step};
+  recording.CheckFinite(peak.Magnitude());
+  return {peak.Magnitude(), head.step};
 }
 
 } // namespace tool

@@ -19,12 +19,12 @@ using TakeSamples = std::function<void(const QORN::Cplx32 *samples, int n)>;
 using SampleRun = std::function<void(const TakeSamples &take)>;
 
 /// The largest real or imaginary part.
-class Peak {
+class LargestPart {
 public:
   void Add(const QORN::Cplx32 *samples, int n);
 
   /// The largest magnitude; not finite if a part is not.
-  double Value() const;
+  double Magnitude() const;
 
   /// The largest part that is not negative, or 0.
   double Highest() const;

@@ -35,6 +35,9 @@ public:
   const std::string &Option() const { return m_option; }
   const std::filesystem::path &Place() const { return m_place; }
 
+  /// Where the file is, between Write and Commit.
+  const std::filesystem::path &Written() const { return m_temporary.empty() ? m_place : m_temporary; }
+
 private:
   void Open();
   [[noreturn]] void Fail(const std::string &reason) const;
@@ -61,8 +64,12 @@ public:
   OutputFiles(std::initializer_list<Request> requests, const std::string &recording = "",
               std::initializer_list<Request> inputs = {});
 
-  /// Writes all in full, each by its writer, before the first takes its place.
+  /// Writes all in full, each by its writer, before the first takes its place. A writer may read the files
+  /// before its own at Written.
   void Write(std::initializer_list<Writer> writers);
+
+  /// Where the file of a request is while those behind it are written.
+  std::string Written(std::size_t request) const { return m_files[request]->Written().string(); }
 
 private:
   std::vector<std::unique_ptr<OutputFile>> m_files; ///< one for each request; null if there is none

@@ -28,12 +28,6 @@ double FrameLengthFor(int points, double rate) {
   return length;
 }
 
-void CheckCount(Format format, std::int64_t samples, std::int64_t most) {
-  if (samples > most)
-    throw DataError(Grouped(samples) + " samples are more than the " + Grouped(most) + " that " +
-                    FactsOf(format).name + " holds");
-}
-
 // Blocks of samples as integers of the format, in steps above its lowest.
 template <class Int> class IntegerWriter : public RecordingWriter {
 public:
@@ -206,15 +200,22 @@ double StepFor(Format format, double peak) {
   return std::ldexp(1.0, exponent - 31);
 }
 
+void CheckCount(Format format, const RecordingHead &head) {
+  std::int64_t most = std::numeric_limits<std::int64_t>::max();
+  if (format == Format::kIqf) most = std::int64_t{std::numeric_limits<int>::max()} * head.framePoints;
+  if (format == Format::kXiq) most = std::numeric_limits<int>::max();
+  if (head.samples > most)
+    throw DataError(Grouped(head.samples) + " samples are more than the " + Grouped(most) + " that " +
+                    FactsOf(format).name + " holds");
+}
+
 std::unique_ptr<RecordingWriter> MakeRecordingWriter(Format format, std::ostream &out,
                                                      const RecordingHead &head) {
-  constexpr std::int64_t kMost = std::numeric_limits<int>::max();
+  CheckCount(format, head);
   switch (format) {
   case Format::kIqf:
-    CheckCount(format, head.samples, kMost * head.framePoints);
     return std::make_unique<IqfRecordingWriter>(out, head);
   case Format::kXiq: {
-    CheckCount(format, head.samples, kMost);
     const std::string header = XiqHeader(head);
     out.write(header.data(), static_cast<std::streamsize>(header.size()));
     return std::make_unique<IntegerWriter<std::int32_t>>(format, out, head);

@@ -57,8 +57,10 @@ protected:
 /// power of two for XIQ, so that what were floats before are kept as they are.
 double StepFor(Format format, double peak);
 
-/// A writer of the format; the header is written at once. out must outlive it. Throws DataError if the format
-/// cannot hold as many samples.
+/// Throws DataError if the format cannot hold as many samples.
+void CheckCount(Format format, const RecordingHead &head);
+
+/// A writer of the format; the header is written at once. out must outlive it. Throws as CheckCount.
 std::unique_ptr<RecordingWriter> MakeRecordingWriter(Format format, std::ostream &out,
                                                      const RecordingHead &head);
 

@@ -38,8 +38,9 @@ double HeightFor(const Measurement &m) {
 
 class Picture {
 public:
-  Picture(std::ostream &stream, const Measurement &measured, Unit levelUnit, const std::string &heading)
-      : svg(stream, kWidth, HeightFor(measured), heading, kStyles), m(measured), unit(levelUnit),
+  Picture(std::ostream &stream, const Measurement &measured, Unit levelUnit, const std::string &heading,
+          int number = 0)
+      : svg(stream, kWidth, HeightFor(measured), heading, kStyles, number), m(measured), unit(levelUnit),
         title(heading) {
     LevelsOf(unit, m.mean, mean);
     LevelsOf(unit, m.hold, hold);
@@ -262,6 +263,22 @@ private:
 
 void WriteSvg(std::ostream &out, const Measurement &measurement, Unit unit, const std::string &title) {
   Picture(out, measurement, unit, title).Draw();
+}
+
+void WriteSvgs(std::ostream &out, const std::vector<TitledMeasurement> &measurements, Unit unit) {
+  double height = 0.0;
+  for (const TitledMeasurement &one : measurements) height += HeightFor(*one.measurement);
+  out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << Fixed(kWidth, 0) << "\" height=\""
+      << Fixed(height, 0) << "\" viewBox=\"0 0 " << Fixed(kWidth, 0) << ' ' << Fixed(height, 0) << "\">\n";
+  double top = 0.0;
+  int number = 0;
+  for (const TitledMeasurement &one : measurements) {
+    out << "<g transform=\"translate(0 " << Fixed(top, 0) << ")\">\n";
+    Picture(out, *one.measurement, unit, one.title, number++).Draw();
+    out << "</g>\n";
+    top += HeightFor(*one.measurement);
+  }
+  out << "</svg>\n";
 }
 
 } // namespace tool

@@ -84,8 +84,9 @@ std::ostream &operator<<(std::ostream &out, const Box &box) {
 
 } // namespace
 
-Svg::Svg(std::ostream &out, double width, double height, const std::string &title, const char *styles)
-    : m_out(out) {
+Svg::Svg(std::ostream &out, double width, double height, const std::string &title, const char *styles,
+         int number)
+    : m_out(out), m_clips(100 * number) {
   out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << Number(width) << "\" height=\""
       << Number(height) << "\" viewBox=\"0 0 " << Number(width) << ' ' << Number(height) << "\">\n"
       << "  <title>" << Escaped(title) << "</title>\n  <style>\n"

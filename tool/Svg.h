@@ -20,8 +20,10 @@ struct Box {
 /// title, name, tick, quiet, grid, frame and trace, and those that the picture adds.
 class Svg {
 public:
-  /// styles: lines of CSS for the picture's own classes.
-  Svg(std::ostream &out, double width, double height, const std::string &title, const char *styles);
+  /// styles: lines of CSS for the picture's own classes. Documents within one document have different
+  /// numbers, from which the names of their parts come.
+  Svg(std::ostream &out, double width, double height, const std::string &title, const char *styles,
+      int number = 0);
 
   /// attributes are those of the text element.
   void Text(double x, double y, const std::string &attributes, const std::string &text);

@@ -80,14 +80,14 @@ double KeptStep(const Recording &recording, Format to) {
 }
 
 // The step for a peak: an XIQ recording keeps its own if its values fit.
-double FoundStep(const Recording &recording, Format to, const Peak &peak) {
-  recording.CheckFinite(peak.Value());
+double FoundStep(const Recording &recording, Format to, const LargestPart &peak) {
+  recording.CheckFinite(peak.Magnitude());
   const double step = recording.Step();
   const double slack = 0.25; // of a step, for floats are rounded
   const bool keeps = recording.Format() == Format::kXiq &&
                      peak.Highest() <= (FactsOf(to).highest + slack) * step &&
-                     peak.Value() <= (slack - FactsOf(to).lowest) * step;
-  return keeps || peak.Value() == 0.0 ? step : StepFor(to, peak.Value());
+                     peak.Magnitude() <= (slack - FactsOf(to).lowest) * step;
+  return keeps || peak.Magnitude() == 0.0 ? step : StepFor(to, peak.Magnitude());
 }
 
 struct Result {
@@ -115,7 +115,7 @@ Result Write(std::ostream &out, const Options &options, const Recording &recordi
     }
   };
   if (twice) {
-    Peak peak;
+    LargestPart peak;
     run([&](const QORN::Cplx32 *samples, int n) { peak.Add(samples, n); });
     result.head.step = FoundStep(recording, to, peak);
   }

@@ -35,6 +35,7 @@ int Run(int argc, char **argv) {
   tool::AddPlot(app);
   tool::AddFilter(app);
   tool::AddConvert(app);
+  tool::AddResample(app);
   tool::AddGenerate(app);
   tool::AddWindows(app);
   tool::AddUnits(app);

@@ -348,7 +348,8 @@ TEST_F(Tool, Help_FitsOneScreen) {
                                         {{"zoom", "--help"}, 24},
                                         {{"windows", "--help"}, 24},
                                         {{"units", "--help"}, 24},
-                                        {{"convert", "--help"}, 24}}) {
+                                        {{"convert", "--help"}, 24},
+                                        {{"resample", "--help"}, 24}}) {
     const Outcome outcome = RunTool(arguments);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.error, "");
@@ -372,7 +373,7 @@ TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
   std::string windows;
   for (const Shape &shape : Shapes()) windows += (windows.empty() ? "" : ", ") + std::string(shape.name);
   const std::string known =
-      "; known are info, spectrum, zoom, plot, filter, convert, generate, windows, units";
+      "; known are info, spectrum, zoom, plot, filter, convert, resample, generate, windows, units";
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a subcommand is missing" + known + " (see qorn --help)"},
       {{"bogus"}, "unknown subcommand 'bogus'" + known},
