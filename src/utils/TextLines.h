@@ -35,7 +35,7 @@ public:
 
 private:
   using Index = std::ptrdiff_t;
-  static constexpr Index kSize = 64 * 1024;
+  static constexpr Index kSize = 256 * 1024; // few calls, and within the processor's second cache
 
   struct Text {
     std::string_view text;
