@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <string>
 
 #include "Detected.h"
 #include "Failure.h"
@@ -80,7 +81,9 @@ void RunMeasurement(const MeasurementOptions &options, const Planner &plan) {
   const Unit unit = *FindUnit(options.unit);
   const Recording recording(options.recording);
   const Setup setup = SetupOf(options, recording, plan);
-  OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}}, options.recording);
+  const std::string correction = setup.correction ? setup.correction->Path() : std::string();
+  OutputFiles files({{"--svg", options.svg}, {"--csv", options.csv}}, options.recording,
+                    {{"--correction", correction}});
   const Measurement measurement = MeasureWithProgress(recording, setup);
 
   const Measurement traces = setup.detection ? Detected(measurement) : measurement;

@@ -310,6 +310,17 @@ TEST_F(CorrectedTrace, Figures_AreOfTheCorrectedTrace) {
   }
 }
 
+TEST_F(CorrectedTrace, TableAsOutput_IsRefusedAndKept) {
+  const std::string rows = "99e6 1\n101e6 2\n", path = Noisy(), table = Corrections(rows);
+  for (const char *option : {"--csv", "--svg"}) {
+    const Outcome outcome = RunTool({"spectrum", path, "--correction", table, option, table});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.error,
+              "qorn: " + std::string(option) + ": '" + table + "' is the file of --correction\n");
+    EXPECT_EQ(Contents(table), rows);
+  }
+}
+
 TEST_F(CorrectedTrace, StrongestPeak_IsThatOfTheCorrectedTrace) {
   // The tone at -300 kHz has 20 dB less than that at 125 kHz, and gets 40 dB more.
   const json report =
