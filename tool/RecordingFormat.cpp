@@ -10,7 +10,7 @@ namespace tool {
 
 namespace {
 
-constexpr double kLargestFloat = std::numeric_limits<float>::max();
+constexpr auto kLargestFloat = static_cast<double>(std::numeric_limits<float>::max());
 
 constexpr FormatFacts kFormats[] = {
     {Format::kIqf, "iqf", 4, -32768.0, 32767.0, 32768.0},
