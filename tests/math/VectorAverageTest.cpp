@@ -88,7 +88,7 @@ protected:
     const std::string bytes = Content();
     std::vector<float> floats(bytes.size() / sizeof(float));
     EXPECT_EQ(bytes.size() % sizeof(float), 0U);
-    std::memcpy(floats.data(), bytes.data(), floats.size() * sizeof(float));
+    if (!floats.empty()) std::memcpy(floats.data(), bytes.data(), floats.size() * sizeof(float));
     return floats;
   }
   // Neither a file nor a descriptor is left.

@@ -324,12 +324,6 @@ TEST_F(Convert, StartAndCount_ChooseTheSamples) {
 
 // Size
 
-#if defined(__has_feature)
-#define QORN_TEST_HAS_FEATURE(name) __has_feature(name)
-#else
-#define QORN_TEST_HAS_FEATURE(name) 0
-#endif
-
 TEST_F(Convert, PlacesBeyondTwoGigabytes_AreRead) {
   // A file of holes, with four samples behind 5 GB of them.
   const std::int64_t place = std::int64_t{5} << 28; // in samples
@@ -344,9 +338,7 @@ TEST_F(Convert, PlacesBeyondTwoGigabytes_AreRead) {
 }
 
 TEST_F(Convert, LongRecording_NeedsLittleMemoryAndShowsProgress) {
-#if defined(__SANITIZE_ADDRESS__) || QORN_TEST_HAS_FEATURE(address_sanitizer)
-  GTEST_SKIP() << "the sanitizer's own memory would be measured";
-#endif
+  if (QORN::test::kSanitizesAddresses) GTEST_SKIP() << "the sanitizer's own memory would be measured";
   const std::string path = Save("", "a.cs8");
   long memory[2];
   const int megabytes[] = {1, 400};

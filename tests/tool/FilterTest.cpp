@@ -456,16 +456,8 @@ TEST_F(Tool, Filter_SilentRecording_StaysSilent) {
   EXPECT_EQ(Measure({folder / "out.iqf"})["total_power"], nullptr);
 }
 
-#if defined(__has_feature)
-#define QORN_TEST_HAS_FEATURE(name) __has_feature(name)
-#else
-#define QORN_TEST_HAS_FEATURE(name) 0
-#endif
-
 TEST_F(Tool, Filter_LongRecording_NeedsLittleMemory) {
-#if defined(__SANITIZE_ADDRESS__) || QORN_TEST_HAS_FEATURE(address_sanitizer)
-  GTEST_SKIP() << "the sanitizer's own memory would be measured";
-#endif
+  if (QORN::test::kSanitizesAddresses) GTEST_SKIP() << "the sanitizer's own memory would be measured";
   long memory[2];
   const int frames[] = {100, 20000}; // 0.4 and 82 megabytes, of holes
   for (int i = 0; i < 2; ++i) {

@@ -449,6 +449,7 @@ TEST_F(Generate, Json_Report_HasTheFigures) {
 }
 
 TEST_F(Generate, LongRecording_NeedsTheMemoryOfOneSignal) {
+  if (QORN::test::kSanitizesAddresses) GTEST_SKIP() << "the sanitizer's own memory would be measured";
   const auto memory = [](const char *repeats) {
     const Outcome outcome = Make({"qpsk", "--samples", "50000", "--noise", "-40", "--gap", "1e-3", "--repeat",
                                   repeats, "--out", "/dev/null", "--format", "cs16"});

@@ -232,16 +232,8 @@ TEST_F(Resample, Spectra_ShowBothRates) {
   ExpectWellFormed(Contents(folder / "s.svg"));
 }
 
-#if defined(__has_feature)
-#define QORN_TEST_HAS_FEATURE(name) __has_feature(name)
-#else
-#define QORN_TEST_HAS_FEATURE(name) 0
-#endif
-
 TEST_F(Resample, LongRecording_NeedsLittleMemory) {
-#if defined(__SANITIZE_ADDRESS__) || QORN_TEST_HAS_FEATURE(address_sanitizer)
-  GTEST_SKIP() << "the sanitizer's own memory would be measured";
-#endif
+  if (QORN::test::kSanitizesAddresses) GTEST_SKIP() << "the sanitizer's own memory would be measured";
   long memory[2];
   const int frames[] = {400, 8000}; // of holes
   for (int i = 0; i < 2; ++i) {

@@ -8,6 +8,15 @@
 
 namespace QORN::test {
 
+/// Whether memory is the address sanitizer's, which holds much more than is asked for.
+#if defined(__has_feature)
+inline constexpr bool kSanitizesAddresses = __has_feature(address_sanitizer);
+#elif defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kSanitizesAddresses = true;
+#else
+inline constexpr bool kSanitizesAddresses = false;
+#endif
+
 struct Outcome {
   int status;             ///< the exit status, or minus the signal that ended it
   std::string out;        ///< what it wrote to the output

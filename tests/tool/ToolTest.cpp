@@ -595,16 +595,8 @@ TEST_F(Tool, Output_ThatCannotBeWritten_ExitsWithOne) {
 
 // Long recordings
 
-#if defined(__has_feature)
-#define QORN_TEST_HAS_FEATURE(name) __has_feature(name)
-#else
-#define QORN_TEST_HAS_FEATURE(name) 0
-#endif
-
 TEST_F(Tool, Spectrum_TenGibibytes_NeedsLittleMemoryAndShowsProgress) {
-#if defined(__SANITIZE_ADDRESS__) || QORN_TEST_HAS_FEATURE(address_sanitizer)
-  GTEST_SKIP() << "the sanitizer's own memory would be measured";
-#endif
+  if (QORN::test::kSanitizesAddresses) GTEST_SKIP() << "the sanitizer's own memory would be measured";
   // Silence but for the first frame: a file with holes.
   constexpr std::int64_t kFrames = (std::int64_t{10} << 30) / 4120;
   const std::string header = HeaderText(static_cast<int>(kFrames), 1024);
