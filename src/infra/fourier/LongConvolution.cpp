@@ -395,7 +395,8 @@ private:
       }
     } else {
       least = Bound(norm, m_norm, m_gain) / kShare;
-      T *const dst[2] = {Target(pair[0].first), Target(pair[1].first)};
+      T *dst[2] = {};
+      for (Index i = 0; i < kPairs; ++i) dst[i] = Target(pair[i].first);
       double smallest = 0;
       if constexpr (kParts == 1) {
         smallest =
