@@ -8,7 +8,7 @@
 namespace QORN {
 
 TextLines::TextLines(const BinaryFile &file, std::initializer_list<std::string_view> texts)
-    : m_file(file), m_buffer(std::make_unique_for_overwrite<char[]>(kSize)), m_nTexts(texts.size()) {
+    : m_file(file), m_buffer(std::make_unique_for_overwrite<Buffer>()), m_nTexts(texts.size()) {
   std::transform(texts.begin(), texts.end(), m_texts.begin(), [](std::string_view text) {
     return Text{text, -1};
   });
@@ -18,14 +18,14 @@ TextLines::TextLines(const BinaryFile &file, std::initializer_list<std::string_v
 bool TextLines::Fill() {
   if (m_end - m_begin < kMaxLine && !m_atEnd) {
     const Index kept = m_end - m_begin;
-    std::memmove(m_buffer.get(), m_buffer.get() + m_begin, static_cast<std::size_t>(kept));
-    const auto room = static_cast<std::size_t>(kSize - kept);
-    const std::size_t got = m_file.ReadAt(m_position, m_buffer.get() + kept, room);
-    m_atEnd = got < room;
+    const Index begin = kKept - kept;
+    std::memmove(m_buffer->bytes + begin, At(m_begin), static_cast<std::size_t>(kept));
+    const std::size_t got = m_file.ReadAt(m_position, m_buffer->bytes + kKept, kSize);
+    m_atEnd = got < kSize;
     m_position += static_cast<std::int64_t>(got);
-    m_from -= m_begin;
-    m_begin = 0;
-    m_end = kept + static_cast<Index>(got);
+    m_from += begin - m_begin;
+    m_begin = begin;
+    m_end = kKept + static_cast<Index>(got);
     for (std::size_t i = 0; i < m_nTexts; ++i) m_texts[i].place = -1;
   }
   return m_begin < m_end;
@@ -38,7 +38,7 @@ TextLines::Index TextLines::FirstText(std::size_t &length) {
     const std::string_view text = m_texts[i].text;
     Index &place = m_texts[i].place;
     if (place < m_from) {
-      place = m_from + kernels::active->FindText(m_buffer.get() + m_from, m_end - m_from, text.data(),
+      place = m_from + kernels::active->FindText(At(m_from), m_end - m_from, text.data(),
                                                  static_cast<Index>(text.size()));
     }
     if (place < first) {
@@ -51,7 +51,7 @@ TextLines::Index TextLines::FirstText(std::size_t &length) {
 
 // Passes over the lines before the one that the byte at place belongs to.
 void TextLines::MoveTo(Index place) {
-  const char *begin = m_buffer.get() + m_begin;
+  const char *begin = At(m_begin);
   const auto *newline =
       static_cast<const char *>(memrchr(begin, '\n', static_cast<std::size_t>(place - m_begin)));
   if (newline != nullptr) m_begin += newline - begin + 1;
@@ -60,7 +60,7 @@ void TextLines::MoveTo(Index place) {
 }
 
 std::string_view TextLines::TakeLine() {
-  const char *begin = m_buffer.get() + m_begin;
+  const char *begin = At(m_begin);
   const std::string_view most(begin, static_cast<std::size_t>(std::min(kMaxLine, m_end - m_begin)));
   const std::size_t newline = most.find('\n');
   const std::string_view line = newline == most.npos ? most : most.substr(0, newline + 1);

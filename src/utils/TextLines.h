@@ -35,7 +35,15 @@ public:
 
 private:
   using Index = std::ptrdiff_t;
-  static constexpr Index kSize = 256 * 1024; // few calls, and within the processor's second cache
+  static constexpr Index kSize = 256 * 1024; // of a read: few calls, and within the processor's second cache
+  static constexpr Index kKept = kMaxLine + 1;
+
+  // What a read leaves over stands before the place of the next one, which is thus always aligned: the system
+  // copies a tenth faster to there.
+  struct alignas(64) Buffer {
+    char bytes[kKept + kSize];
+  };
+  static_assert(kKept % alignof(Buffer) == 0);
 
   struct Text {
     std::string_view text;
@@ -47,14 +55,16 @@ private:
   void MoveTo(Index place);
   std::string_view TakeLine();
 
+  const char *At(Index place) const { return m_buffer->bytes + place; }
+
   const BinaryFile &m_file;
-  std::unique_ptr<char[]> m_buffer;
+  std::unique_ptr<Buffer> m_buffer;
   std::array<Text, kMaxTexts> m_texts;
   std::size_t m_nTexts;
   std::int64_t m_position = 0; // in the file, of the end of the buffer
-  Index m_begin = 0;           // of the line that is next
-  Index m_from = 0;            // where the search goes on
-  Index m_end = 0;
+  Index m_begin = kKept;       // of the line that is next
+  Index m_from = kKept;        // where the search goes on
+  Index m_end = kKept;
   bool m_atEnd = false; // the file has no more than the buffer
 };
 
