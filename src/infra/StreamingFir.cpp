@@ -43,7 +43,18 @@ StreamingFir<Tap>::StreamingFir(const Tap *taps, int count)
     m_transforms.emplace(Taps(), count, length, true);
     m_leastTerms = fourier::LeastTerms<Tap>(length);
   }
-  m_joint = fourier::WorkArray<float>(std::max<Index>(4 * m_last, 2 * length));
+  m_room = std::max<Index>(4 * m_last, length);
+  m_joint = fourier::WorkArray<float>(2 * m_room);
+}
+
+// The past, with room for count <= m_last samples behind it, or for a whole window of the transforms. Blocks
+// that are shorter than the taps move it at most every 2 * m_last samples.
+template <class Tap> template <class E> E *StreamingFir<Tap>::MakeRoom(Index count) {
+  E *const past = Past<E>();
+  if (m_place + m_last + count <= m_room) return past;
+  m_place = 0;
+  std::copy_n(past, m_last, Past<E>());
+  return Past<E>();
 }
 
 // Whole runs whose window lies in `in` read it there, unless the results go over it; the others read a copy
@@ -52,7 +63,6 @@ template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in,
   constexpr Index kProducts = kScalars<E> / kScalars<Tap>; // of an output with a tap
   constexpr std::less_equal<const E *> isBefore;
   const bool apart = isBefore(out + len, in) || isBefore(in + len, out);
-  E *const past = Past<E>();
   Index done = 0;
   bool current = true; // the past
   while (m_transforms) {
@@ -63,6 +73,7 @@ template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in,
       RunTransforms(in + (done - m_last), out + done, count);
       current = false;
     } else {
+      E *const past = MakeRoom<E>(m_transforms->Length() - m_last);
       if (!current) std::copy_n(in + (done - m_last), m_last, past);
       std::copy_n(in + done, count, past + m_last);
       if constexpr (kProducts > 1) std::fill(past + m_last + count, past + m_transforms->Length(), E{});
@@ -72,7 +83,7 @@ template <class Tap> template <class E> void StreamingFir<Tap>::Run(const E *in,
     }
     done += count;
   }
-  if (!current) std::copy_n(in + (done - m_last), m_last, past);
+  if (!current) std::copy_n(in + (done - m_last), m_last, Past<E>());
   if (done < len) RunDirectly(in + done, out + done, len - done);
 }
 
@@ -89,12 +100,12 @@ void StreamingFir<Tap>::RunTransforms(const E *window, E *out, Index count) {
 
 // Only the outputs whose sums reach into the past are computed from a copy of their samples.
 template <class Tap> template <class E> void StreamingFir<Tap>::RunDirectly(const E *in, E *out, Index len) {
-  E *const past = Past<E>();
   const Index head = std::min(len, m_last);
+  E *const past = MakeRoom<E>(head);
   std::copy_n(in, head, past + m_last);
   if (len <= m_last) {
     Direct(Taps(), m_last + 1, past, out, len);
-    std::copy_n(past + len, m_last, past);
+    m_place += len;
     return;
   }
   // Before the samples are written over.

@@ -21,18 +21,21 @@ public:
 
   /// The T - 1 samples before a block, oldest first, written before Run and those before the next one
   /// afterwards. E is float or Cplx32, with complex taps Cplx32.
-  template <class E> E *Past() const { return reinterpret_cast<E *>(m_joint.Data()); }
+  template <class E> E *Past() const { return reinterpret_cast<E *>(m_joint.Data()) + m_place; }
 
   /// The outputs of a block of len >= 1 samples; out may be in.
   template <class E> void Run(const E *in, E *out, std::ptrdiff_t len);
 
 private:
   const Tap *Taps() const { return reinterpret_cast<const Tap *>(m_taps.Data()); }
+  template <class E> E *MakeRoom(std::ptrdiff_t count);
   template <class E> void RunDirectly(const E *in, E *out, std::ptrdiff_t len);
   template <class E> void RunTransforms(const E *window, E *out, std::ptrdiff_t count);
 
   std::ptrdiff_t m_last;             // T - 1
   fourier::WorkArray<float> m_taps;  // as the kernels want them: last first, conjugate
+  std::ptrdiff_t m_room;             // of m_joint, in complex samples
+  std::ptrdiff_t m_place = 0;        // of the past there, in samples; it slides as short blocks come
   fourier::WorkArray<float> m_joint; // the past and, behind it, the samples of a block
   fourier::WorkArray<float> m_next;  // the past of the next block
   std::optional<fourier::Correlator<Tap>> m_transforms;
