@@ -1,6 +1,9 @@
 #include "qorn_c.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -31,6 +34,18 @@ public:
     this->Release();
     this->m_pData = static_cast<T *>(const_cast<void *>(data));
     this->m_length = n;
+  }
+
+  // The bytes of n elements.
+  static std::size_t BytesOf(int n) {
+    return sizeof *std::declval<V>().GetPtr() * static_cast<std::size_t>(n);
+  }
+
+  // Whether its own block has a byte in common with the one at data.
+  bool Meets(const void *data, std::size_t bytes) const {
+    const auto own = reinterpret_cast<std::uintptr_t>(this->m_pStorage);
+    const auto other = reinterpret_cast<std::uintptr_t>(data);
+    return std::max(own, other) < std::min(own + BytesOf(this->m_capacity), other + bytes);
   }
 };
 
@@ -214,8 +229,10 @@ int32_t qorn_vector_import(qorn_vector *vector, const void *src, int32_t n, qorn
   return Guarded(error, [&] {
     if (n < 0 || (src == nullptr && n > 0)) Refuse();
     const auto importing = [=](auto &v) {
+      const std::size_t bytes = v.BytesOf(n);
+      if (n > v.GetCapacity() && v.Meets(src, bytes)) Refuse(); // it would be freed before it is read
       v.Resize(n);
-      std::copy_n(static_cast<const ElementOf<decltype(v)> *>(src), n, v.GetPtr());
+      if (n > 0) std::memmove(v.GetPtr(), src, bytes);
     };
     std::visit(importing, Object(vector).any);
     return 0;
@@ -265,7 +282,13 @@ int32_t qorn_spectrum_apply_block(qorn_spectrum *spectrum, qorn_vector *out, qor
                                   const void *data, int32_t n, qorn_error *error) {
   return Guarded(error, [&] {
     if (out == in || n < 0 || (data == nullptr && n > 0)) Refuse();
-    const Sight sight(Object(in), data, n);
+    const std::size_t bytes = std::visit([n](const auto &v) { return v.BytesOf(n); }, Object(in).any);
+    // The vectors' own blocks are freed or written before the samples are read to the end.
+    for (const qorn_vector *vector : {in, out}) {
+      const auto meets = [=](const auto &v) { return v.Meets(data, bytes); };
+      if (vector != nullptr && std::visit(meets, vector->any)) Refuse();
+    }
+    const Sight sight(*in, data, n);
     Apply(Object(spectrum).native, As<VecReal32>(out), *in);
     return 0;
   });

@@ -81,7 +81,10 @@ QORN_C_API void *qorn_vector_data(const qorn_vector *vector);
  */
 QORN_C_API int32_t qorn_vector_resize(qorn_vector *vector, int32_t n, qorn_error *error);
 
-/** Resizes to n and copies n elements from src, which may be null if n is 0. */
+/**
+ * Resizes to n and copies n elements from src, which may be null if n is 0. src may be memory of the vector
+ * itself up to its capacity; a vector that has to grow refuses it.
+ */
 QORN_C_API int32_t qorn_vector_import(qorn_vector *vector, const void *src, int32_t n, qorn_error *error);
 
 /** Copies the first n elements to dst, which may be null if n is 0. An n above the length is refused. */
@@ -130,7 +133,8 @@ QORN_C_API int32_t qorn_spectrum_apply(qorn_spectrum *spectrum, qorn_vector *out
 
 /**
  * The same for n samples at data, which are read where they lie: in, whose kind is theirs, sees them during
- * the call and is empty after it. data may be null if n is 0, and must not be memory of out.
+ * the call and is empty after it. data may be null if n is 0. Memory of either vector, up to its capacity, is
+ * refused: in gives its own back before it sees the samples, and out becomes the spectrum.
  */
 QORN_C_API int32_t qorn_spectrum_apply_block(qorn_spectrum *spectrum, qorn_vector *out, qorn_vector *in,
                                              const void *data, int32_t n, qorn_error *error);

@@ -152,6 +152,28 @@ TEST(CInterface_Vector, NullBlocks_AreRefused) {
   ExpectRefused(qorn_vector_export(vector.get(), nullptr, 1, &error), error);
 }
 
+// Memory of the vector itself serves as long as the vector keeps it; what its growth frees cannot be read.
+TEST(CInterface_Vector, ImportOfItsOwnMemory_MovesElementsOrIsRefused) {
+  const Vector vector = MakeVector<float>(QORN_REAL32, {1, 2, 3, 4});
+  auto *const data = static_cast<float *>(qorn_vector_data(vector.get()));
+  qorn_error error = kStale;
+  EXPECT_EQ(qorn_vector_import(vector.get(), data, 4, &error), 0);
+  EXPECT_EQ(Values<float>(vector), (std::vector<float>{1, 2, 3, 4}));
+  EXPECT_EQ(qorn_vector_import(vector.get(), data + 1, 3, &error), 0);
+  ExpectNoFailure(error);
+  EXPECT_EQ(Values<float>(vector), (std::vector<float>{2, 3, 4}));
+  EXPECT_EQ(qorn_vector_resize(vector.get(), 2, nullptr), 0);
+  for (const float *src : {data, data + 3, data - 4}) { // all of them reach into the block
+    ExpectRefused(qorn_vector_import(vector.get(), src, 5, &error), error);
+    EXPECT_EQ(qorn_vector_data(vector.get()), data);
+    EXPECT_EQ(Values<float>(vector), (std::vector<float>{2, 3}));
+  }
+
+  const std::vector<float> foreign(5, 7);
+  EXPECT_EQ(qorn_vector_import(vector.get(), foreign.data(), 5, &error), 0);
+  EXPECT_EQ(Values<float>(vector), foreign);
+}
+
 TEST(CInterface_Vector, NoMemory_IsARecord) {
   const Vector vector = MakeVector(QORN_REAL32);
   const QORN::test::AllocationLimit limit(1000);
@@ -273,6 +295,32 @@ TEST(CInterface_Spectrum, BlockThatIsRefused_LeavesTheVectorEmptyOrAsItWas) {
   EXPECT_EQ(qorn_vector_size(wide.get()), 0);
   EXPECT_EQ(apply(out.get(), in.get(), nullptr, 0), 0);
   EXPECT_EQ(qorn_vector_size(out.get()), 0);
+}
+
+TEST(CInterface_Spectrum, BlockInTheMemoryOfItsVectors_IsRefusedAndChangesNothing) {
+  const Spectrum spectrum(qorn_spectrum_create(4, QORN_WINDOW_RECTANGLE, 0, nullptr));
+  const Vector in = MakeVector<float>(QORN_REAL32, {1, 2, 3, 4}),
+               out = MakeVector<float>(QORN_REAL32, {5, 6});
+  qorn_error error = kStale;
+  const auto apply = [&](const float *block, int n) {
+    return qorn_spectrum_apply_block(spectrum.get(), out.get(), in.get(), block, n, &error);
+  };
+  // Whole and in part, and behind the length but within the capacity.
+  EXPECT_EQ(qorn_vector_resize(in.get(), 3, nullptr), 0);
+  EXPECT_EQ(qorn_vector_resize(out.get(), 1, nullptr), 0);
+  const auto *const inData = static_cast<const float *>(qorn_vector_data(in.get()));
+  const auto *const outData = static_cast<const float *>(qorn_vector_data(out.get()));
+  for (const float *block : {inData, inData + 3, inData - 3, outData, outData + 1, outData - 3}) {
+    ExpectRefused(apply(block, 4), error);
+  }
+  EXPECT_EQ(qorn_vector_data(in.get()), inData);
+  EXPECT_EQ(Values<float>(in), (std::vector<float>{1, 2, 3}));
+  EXPECT_EQ(qorn_vector_data(out.get()), outData);
+  EXPECT_EQ(Values<float>(out), (std::vector<float>{5}));
+
+  // No samples are no memory of anything.
+  EXPECT_EQ(apply(inData, 0), 0);
+  EXPECT_EQ(qorn_vector_size(in.get()) + qorn_vector_size(out.get()), 0);
 }
 
 TEST(CInterface_Spectrum, WhatItCannotWorkWith_IsARecord) {
