@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <list>
 #include <new>
 
 #include "infra/Errors.h"
@@ -68,7 +69,8 @@ UnitTestRecorder::UnitTestRecorder(const UnitTestRecorder &other) { *this = othe
 
 UnitTestRecorder &UnitTestRecorder::operator=(const UnitTestRecorder &other) {
   try {
-    records = other.records;
+    std::list<UnitTestRecord> copied(other.records);
+    records.swap(copied);
   } catch (const std::bad_alloc &) {
     Throw(errors::kMemoryAllocation, kModule);
   }

@@ -326,10 +326,8 @@ TEST_F(UnitTestRecorderTest, Copies_DoNotTakeTheAppendOption) {
   EXPECT_EQ(logged, "of another run\n" + printed);
 }
 
-TEST_F(UnitTestRecorderTest, Copies_WithoutMemory_Throw) {
-  UnitTestRecorder source, target;
-  PrintedBy([&] { source.AddTestRecord("a", "b", true); });
-  const auto copy = [&](auto make) {
+TEST_F(UnitTestRecorderTest, Copies_WithoutMemory_ThrowAndChangeNothing) {
+  const auto copy = [](auto make) {
     QORN::test::ExpectThrown(
         [&] {
           const QORN::test::AllocationLimit none(0);
@@ -337,9 +335,19 @@ TEST_F(UnitTestRecorderTest, Copies_WithoutMemory_Throw) {
         },
         11001, "memory allocation error", "utils\\UnitTestRecorder");
   };
-  copy([&] { const UnitTestRecorder made(source); });
-  copy([&] { target = source; });
-  EXPECT_EQ(target.GetNumberOfRecords(), 0);
+  Run([&] {
+    UnitTestRecorder source, target;
+    AddMixed(source);
+    target.AddTestRecord("kept", "here", true);
+    copy([&] { const UnitTestRecorder made(source); });
+    copy([&] { target = source; });
+    EXPECT_EQ(target.GetNumberOfRecords(), 1);
+    target.Dump();
+    target.DisplayBriefSummary();
+  });
+  const std::string kept = "\n#  0.   SUCCESS  :kept :here";
+  const std::string total = "\n================================\n Total Tests 1, ALL PASSED\n";
+  EXPECT_EQ(logged, Banner() + kept + kept + total);
 }
 
 TEST_F(UnitTestRecorderTest, GetTimeStamp_GivesLocalTimeAndDate) {

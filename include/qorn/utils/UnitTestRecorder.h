@@ -18,12 +18,13 @@ struct UnitTestRecord {
 /// file, and is kept for a summary and for dumps at the end of a run.
 ///
 /// The log is "QORNUnitTestRelease.log" in the current directory, opened and closed anew for each record and
-/// each summary, so that it is complete up to the last record whatever happens to the process. All objects of
-/// a directory share it. What is written below goes to both, the same bytes, where nothing else is said.
+/// each summary, so that the end of the process, however it comes, takes none of those before with it. All
+/// objects of a directory share it. What is written below goes to both, the same bytes, where nothing else is
+/// said.
 ///
 /// If the log cannot be opened, "\n Open Log file %s Error!" with its name is printed on the standard output,
-/// and the process ends through std::exit with the status 1: results that cannot be logged must not pass
-/// unnoticed.
+/// and the process ends through std::exit with the status 1: a run without a log must not pass unnoticed.
+/// What a log that is open does not take, on a full disk for instance, is missing there without notice.
 ///
 /// Times and dates are local, by strftime in the locale of the process, "%H:%M:%S %p" and "%B %d %Y %z"; both
 /// are empty if there is no local time. An object is for one thread at a time.
@@ -33,7 +34,8 @@ public:
   UnitTestRecorder();
 
   /// A copy has the records, the counters and the name of the log. The append option is no part of it: a new
-  /// object starts without, one that is assigned to keeps its own. Throws 11001 if there is no memory.
+  /// object starts without, one that is assigned to keeps its own. Throws 11001 if there is no memory; what
+  /// was to be assigned to is then as it was.
   UnitTestRecorder(const UnitTestRecorder &other);
   UnitTestRecorder &operator=(const UnitTestRecorder &other);
   virtual ~UnitTestRecorder();
