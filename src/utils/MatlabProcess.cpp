@@ -30,6 +30,7 @@ constexpr const char *kModule = "utils\\MatlabAccess";
 constexpr const char *kSharedPath = "'/proc/self/fd/3'";
 static_assert(ChildProcess::kShared == 3);
 constexpr std::size_t kMaxAnswer = 1 << 20;
+constexpr const char *kNotWritten = "there is no memory to share";
 
 // Writes code: "$" is a variable of a name that nobody has, "#f(" calls the interpreter's own f, whatever
 // variables and functions of the user bear its name, and "@1" to "@9" are the parts.
@@ -80,7 +81,9 @@ std::string FromHex(std::string_view text) {
 
 std::string RandomName() {
   unsigned char bytes[16] = {};
-  static_cast<void>(getentropy(bytes, sizeof bytes)); // should it fail, the name is one that no output has
+  // Should it fail, the name is 32 zeros, which other output may hold: then the number of the line and the
+  // status behind it tell an answer.
+  static_cast<void>(getentropy(bytes, sizeof bytes));
   std::string name;
   AppendHex(name, {reinterpret_cast<const char *>(bytes), sizeof bytes});
   return name;
@@ -165,21 +168,26 @@ public:
     return Decoded(Code("#sscanf('@1','%2x').'", {digits}));
   }
 
-  // Gives the shared file so many bytes. A size that the host's limits do not allow would raise a signal.
-  bool Reserve(std::int64_t bytes) const {
-    if (bytes < 0) return false;
-    rlimit most{};
-    if (getrlimit(RLIMIT_FSIZE, &most) == 0 && most.rlim_cur != RLIM_INFINITY &&
-        static_cast<rlim_t>(bytes) > most.rlim_cur)
-      return false;
-    return shared.Resize(bytes);
-  }
+  // Gives the shared file so many bytes.
+  bool Reserve(std::int64_t bytes) const { return Allowed(bytes) && shared.Resize(bytes); }
+
+  // Empties the shared file, to which the interpreter is to write so many bytes, from the first to the last.
+  // It may not notice that some of them find no room when it closes the file: the size tells how many did.
+  bool Empty(std::int64_t bytes) const { return Allowed(bytes) && shared.Resize(0); }
 
   const BinaryFile shared;
   bool visible = false;
 
 private:
   static constexpr int kOctave = 6;
+
+  // A size that the host's limits do not allow would raise a signal.
+  static bool Allowed(std::int64_t bytes) {
+    if (bytes < 0) return false;
+    rlimit most{};
+    return getrlimit(RLIMIT_FSIZE, &most) != 0 || most.rlim_cur == RLIM_INFINITY ||
+           static_cast<rlim_t>(bytes) <= most.rlim_cur;
+  }
 
   static std::vector<const char *> Arguments(const char *interpreter) {
     if (IsMatlab(interpreter)) return {interpreter, "-nodesktop", "-nosplash"};
@@ -327,11 +335,8 @@ int MatlabProcess::OnPutFullMatrix(const char *name, const double *re, const dou
 
 int MatlabProcess::OnGetFullMatrix(const char *name, double *re, double *im, int rows, int columns) {
   const std::int64_t bytes = BytesOf(rows, columns);
-  if (!m_session->Reserve(im != nullptr ? 2 * bytes : bytes)) return MatlabNoMemory;
-  const auto write = [](const char *part) {
-    return Code("if #fwrite(${2},@1,'double')~=#numel(${1}),#error('there is no memory to share');end;",
-                {Code(part)});
-  };
+  if (!m_session->Empty(im != nullptr ? 2 * bytes : bytes)) return MatlabNoMemory;
+  const auto write = [](const char *part) { return Code("${3}=#fwrite(${2},@1,'double');", {Code(part)}); };
   const int result =
       Ask(Code("if #exist(@1,'var')~=1,#error('there is no such variable');end;"
                "$={#double(#full(#evalin('base',@1)))};"
@@ -342,9 +347,11 @@ int MatlabProcess::OnGetFullMatrix(const char *name, double *re, double *im, int
                 write("#real(${1}).'"), im != nullptr ? write("#imag(${1}).'") : std::string()}));
   if (result != MatlabOk) return result;
   const auto part = static_cast<std::size_t>(bytes);
-  if (m_session->shared.ReadAt(0, re, part) != part) return MatlabError;
-  if (im != nullptr && m_session->shared.ReadAt(bytes, im, part) != part) return MatlabError;
-  return MatlabOk;
+  if (m_session->shared.ReadAt(0, re, part) == part &&
+      (im == nullptr || m_session->shared.ReadAt(bytes, im, part) == part))
+    return MatlabOk;
+  SetMessage(kNotWritten);
+  return MatlabError;
 }
 
 int MatlabProcess::OnPutCharArray(const char *name, const char *text) {
@@ -357,19 +364,28 @@ int MatlabProcess::OnPutCharArray(const char *name, const char *text) {
       {kSharedPath, std::to_string(length), m_session->Literal(name), m_session->Decoded(Code("${2}"))}));
 }
 
+// The number of bytes goes before them.
 int MatlabProcess::OnGetCharArray(const char *name, std::string &text) {
-  if (!m_session->Reserve(0)) return MatlabNoMemory;
+  if (!m_session->Empty(0)) return MatlabNoMemory;
   const int result =
       Ask(Code("if #exist(@1,'var')~=1,#error('there is no such variable');end;"
                "$={#evalin('base',@1)};if ~#ischar(${1}),#error('the variable is no text');end;"
-               "${1}=#reshape(${1}.',1,#numel(${1}));${2}=#fopen(@2,'r+');"
-               "${1}=#fwrite(${2},@3,'uint8');${2}=#fclose(${2});#clear('$');",
+               "${1}=#reshape(${1}.',1,#numel(${1}));${1}=@3;${2}=#fopen(@2,'r+');"
+               "${3}=#fwrite(${2},#numel(${1}),'double');${3}=#fwrite(${2},${1},'uint8');"
+               "${2}=#fclose(${2});#clear('$');",
                {m_session->Literal(name), kSharedPath, m_session->Encoded(Code("${1}"))}));
   if (result != MatlabOk) return result;
-  const std::int64_t size = m_session->shared.Size();
+  double count = -1;
+  constexpr std::int64_t kStart = sizeof count;
+  const std::int64_t size = m_session->shared.Size() - kStart;
   if (size > INT_MAX) return MatlabNoMemory;
-  text.resize(static_cast<std::size_t>(size));
-  return m_session->shared.ReadAt(0, text.data(), text.size()) == text.size() ? MatlabOk : MatlabError;
+  if (m_session->shared.ReadAt(0, &count, sizeof count) == sizeof count &&
+      static_cast<double>(size) == count) {
+    text.resize(static_cast<std::size_t>(size));
+    if (m_session->shared.ReadAt(kStart, text.data(), text.size()) == text.size()) return MatlabOk;
+  }
+  SetMessage(kNotWritten);
+  return MatlabError;
 }
 
 int MatlabProcess::OnGetVisible(bool &visible) {

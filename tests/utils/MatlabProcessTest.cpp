@@ -389,6 +389,32 @@ TEST_F(Octave, Operations_BeyondTheFileLimit_ReportItWithoutASignal) {
   EXPECT_TRUE(shared->PutFullMatrix("x", x.data(), nullptr, 1, 1000));
 }
 
+// What is small is written when the file is closed, and what is large before.
+TEST_F(Octave, Reading_WhatTheInterpreterCouldNotWrite_Fails) {
+  const TempFile script(std::string("#!/bin/sh\nexec ").append(kOctave).append(" \"$@\" 3<>/dev/full\n"));
+  chmod(script.Path(), 0700);
+  MatlabProcess engine(script.Path());
+  ASSERT_TRUE(engine.IsInitialized()) << engine.GetLastMessage();
+  const auto expectRefused = [&](bool done, const std::string &what) {
+    EXPECT_FALSE(done) << what;
+    EXPECT_EQ(engine.GetLastResult(), MatlabError) << what;
+    EXPECT_STREQ(engine.GetLastMessage(), "there is no memory to share") << what;
+  };
+  for (const int n : {1, 3, 100000}) {
+    const std::string size = std::to_string(n);
+    ASSERT_TRUE(
+        engine.Execute(("x = (1+2i) * ones(1, " + size + "); t = repmat('t', 1, " + size + ");").c_str()));
+    std::vector<double> re(static_cast<std::size_t>(n)), im(re);
+    std::string text = "old";
+    expectRefused(engine.GetFullMatrix("x", re.data(), nullptr, 1, n), "real parts " + size);
+    expectRefused(engine.GetFullMatrix("x", re.data(), im.data(), 1, n), "both parts " + size);
+    expectRefused(engine.GetCharArray("t", text), "text " + size);
+    EXPECT_EQ(text, "");
+  }
+  EXPECT_TRUE(engine.Execute("if ! isempty(fopen('all')), error('a file is left open'), end"))
+      << engine.GetLastMessage();
+}
+
 TEST_F(Octave, TwoEngines_HaveWorkspacesOfTheirOwn) {
   MatlabProcess other(kOctave);
   ASSERT_TRUE(other.IsInitialized());
@@ -664,9 +690,32 @@ TEST(MatlabProcess, Matrices_ThatAreCutOff_AreErrors) {
   std::vector<double> x(1000);
   EXPECT_FALSE(engine.GetFullMatrix("x", x.data(), nullptr, 10, 100));
   EXPECT_EQ(engine.GetLastResult(), MatlabError);
+  EXPECT_STREQ(engine.GetLastMessage(), "there is no memory to share");
+}
+
+// The bytes of a text stand behind their number, a double.
+TEST(MatlabProcess, Texts_ThatAreNotAsLongAsTheyShould_AreErrors) {
+  const std::string three = "\\0\\0\\0\\0\\0\\0\\010@", none = "\\0\\0\\0\\0\\0\\0\\0\\0",
+                    notANumber = "\\0\\0\\0\\0\\0\\0\\370\\177", negative = "\\0\\0\\0\\0\\0\\0\\360\\277";
+  const auto get = [](const std::string &file, std::string &text) {
+    const Impostor impostor("printf '" + file + "' >/proc/self/fd/3; answer $number 0");
+    MatlabProcess engine(impostor.Path(), 20);
+    const bool done = engine.GetCharArray("x", text);
+    EXPECT_EQ(engine.GetLastResult(), done ? MatlabOk : MatlabError) << file;
+    EXPECT_STREQ(engine.GetLastMessage(), done ? "" : "there is no memory to share") << file;
+    return done;
+  };
   std::string text;
-  EXPECT_TRUE(engine.GetCharArray("x", text));
+  EXPECT_TRUE(get(three + "abc", text));
   EXPECT_EQ(text, "abc");
+  EXPECT_TRUE(get(none, text));
+  EXPECT_EQ(text, "");
+  for (const std::string &file : {std::string(), std::string("abc"), three, three + "ab", three + "abcd",
+                                  none + "a", notANumber, notANumber + "abc", negative}) {
+    text = "old";
+    EXPECT_FALSE(get(file, text)) << file;
+    EXPECT_EQ(text, "") << file;
+  }
 }
 
 TEST(MatlabProcess, Destruction_OfOneThatDoesNotEnd_IsBounded) {
