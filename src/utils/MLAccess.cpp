@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ctime>
 #include <new>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -42,7 +43,9 @@ std::unique_ptr<CMatlabEngine> MakeEngine() {
 
 const char *Or(const char *text, const char *otherwise) { return text != nullptr ? text : otherwise; }
 
-std::string Formatted(const char *format, std::va_list arguments) {
+// Nothing if there is no format, or an argument that it cannot put into a text.
+std::optional<std::string> Formatted(const char *format, std::va_list arguments) {
+  if (format == nullptr) return {};
   std::va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, again);
@@ -152,6 +155,7 @@ template <class Call> auto MLAccess::Guarded(Call call) -> decltype(call()) {
   } catch (const std::bad_alloc &) {
   }
   engine->lastResult = MatlabNoMemory;
+  engine->lastMessage.clear();
   return {};
 }
 
@@ -168,8 +172,10 @@ template <class Call> void MLAccess::KeepingFailure(Call call) {
 void MLAccess::Say(const char *format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  Guarded(
-      [&] { return engine->Execute(format != nullptr ? Formatted(format, arguments).c_str() : nullptr); });
+  Guarded([&] {
+    const std::optional<std::string> text = Formatted(format, arguments);
+    return engine->Execute(text ? text->c_str() : nullptr);
+  });
   va_end(arguments);
 }
 

@@ -370,10 +370,17 @@ TEST_F(MLAccessPictures, Plot_InFigureZero_DrawsInTheCurrentOne) {
   ExpectPicture(Drawing());
   EXPECT_TRUE(Holds("gcf == 5 && isequal(get(0, 'Children'), 5)"));
   EXPECT_TRUE(Holds("exist('f0', 'var') == 0"));
-  access->Plot(y64, -3, "negative");
+}
+
+TEST_F(MLAccessPictures, Plot_InANegativeFigure_ReplacesTheTextsOfTheCurrentOneAlone) {
+  access->Plot(y64, 5, "five", "Time / s", "Level / dBm");
+  access->Plot(x64, -3, "negative");
   EXPECT_EQ(Result(), MatlabError);
   EXPECT_STREQ(Message(), "assignin: invalid variable name 'f-3'");
   EXPECT_TRUE(Holds("gcf == 5 && isequal(get(get(gca, 'Title'), 'String'), 'negative')"));
+  EXPECT_TRUE(Holds("isequal(get(get(gca, 'XLabel'), 'String'), 'x-axis')"));
+  EXPECT_TRUE(Holds("isequal(get(get(gca, 'YLabel'), 'String'), 'y-axis')"));
+  EXPECT_TRUE(Holds("max(abs(get(get(gca, 'Children'), 'YData') - sin(0.05 * (0:199)))) < 1e-12"));
 }
 
 TEST_F(MLAccessPictures, Caption_StandsInTheCornerWithItsEscapes) {

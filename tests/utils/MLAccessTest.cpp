@@ -234,6 +234,14 @@ TEST_F(MLAccessTest, Say_FormatsTheText) {
   EXPECT_EQ(result, MatlabError);
 }
 
+TEST_F(MLAccessTest, Say_OfATextThatCannotBeFormatted_RunsNothing) {
+  const wchar_t wide[] = {0x4FE1, 0}; // the C locale, in which the tests run, has no such character
+  EXPECT_EQ(SaidBy([&](MLAccess &m) { m.Say("x = '%ls';", wide); }), Lines());
+  EXPECT_EQ(result, MatlabError);
+  EXPECT_EQ(SaidBy([](MLAccess &m) { m.Say("x = '%ls';", L"abc"); }), (Lines{"x = 'abc';"}));
+  EXPECT_EQ(result, MatlabOk);
+}
+
 TEST_F(MLAccessTest, Commands_AreThoseOfTheContract) {
   EXPECT_EQ(SaidBy([](MLAccess &m) { m.ClearVar("x"); }), (Lines{"clear x"}));
   EXPECT_EQ(SaidBy([](MLAccess &m) { m.ClearVar(nullptr); }), Lines());
@@ -504,18 +512,22 @@ TEST_F(MLAccessTest, Transfers_WithoutMemory_ReportItAndDoNotThrow) {
   const VecCplx32 big(5000);
   const VecReal32 single(5000);
   test::PrintedBy([&] {
+    record.failing = {"trouble"};
     SaidBy([&](MLAccess &m) {
-      const test::AllocationLimit few(4000);
-      ExpectNothing(m, "x");
-      EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
-      EXPECT_EQ(m.Send("y", big), 5000);
-      EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
-      m.PlotReal(big, 1);
-      EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
-      m.Plot(single, 1);
-      EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
-      m.Say("%5000d", 1);
-      EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
+      // The message of what failed before does not stand beside a failure of another kind.
+      const auto expectNoMemory = [&](auto call) {
+        m.Say("trouble");
+        EXPECT_STREQ(m.GetEngine()->GetLastMessage(), "trouble failed");
+        const test::AllocationLimit few(4000);
+        call();
+        EXPECT_EQ(m.GetEngine()->GetLastResult(), MatlabNoMemory);
+        EXPECT_STREQ(m.GetEngine()->GetLastMessage(), "");
+      };
+      expectNoMemory([&] { ExpectNothing(m, "x"); });
+      expectNoMemory([&] { EXPECT_EQ(m.Send("y", big), 5000); });
+      expectNoMemory([&] { m.PlotReal(big, 1); });
+      expectNoMemory([&] { m.Plot(single, 1); });
+      expectNoMemory([&] { m.Say("%5000d", 1); });
     });
   });
 }
@@ -691,7 +703,7 @@ TEST_F(MLAccessPlot, Plot_RealAndImaginaryParts) {
          });
 }
 
-TEST_F(MLAccessPlot, Plot_InANegativeFigure_DrawsInTheCurrentOneAndKeepsTheError) {
+TEST_F(MLAccessPlot, Plot_InANegativeFigure_LabelsTheCurrentOneAndKeepsTheError) {
   const auto y = Of<VecReal64>({1, 2});
   record.failing = {"f-3"};
   Expect([&](MLAccess &m) { m.Plot(y, -3); },

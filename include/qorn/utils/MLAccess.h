@@ -26,6 +26,9 @@ class VecReal32;
 /// leaves the result of the move if that failed. Vectors that could not be filled are empty. Counts that are
 /// not positive and null pointers to data are those of an empty vector; a null name is refused by the engine.
 ///
+/// The time limit of an engine holds for each of its operations, of which a call may take several, one after
+/// the other: Say is one, Get of a vector four, and Plot about twenty.
+///
 /// Vectors become rows of double values, complex ones complex rows; what comes back is narrowed to the
 /// vector's type, integers by cutting off the fraction, stopped at the limits of int. A matrix comes back row
 /// by row, with as many elements as it has.
@@ -61,7 +64,8 @@ public:
   void HideConsole();
   ///@}
 
-  /// Formats a text as std::printf does and has it run as code.
+  /// Formats a text as std::printf does and has it run as code. A text that cannot be formatted, such as one
+  /// with a wide character that the locale lacks, is refused with MatlabError, and nothing is run.
   void Say(const char *format, ...);
 
   /// Says "clear %s" with name.
@@ -149,9 +153,9 @@ public:
   /// null, xLabel "x-axis", yLabel "y-axis", and style, MATLAB's line specification, "-".
   ///
   /// The data are sent as a variable "f%d" of the figure's number, which is cleared at the end. With a
-  /// negative number that is no name, so nothing is drawn, and the error is the result. Texts stand between
-  /// apostrophes in MATLAB code: an apostrophe within one is to be written twice, and the text interpreter
-  /// has its way with the rest.
+  /// negative number that is no name: no data are drawn, title and labels of the current figure are replaced
+  /// nevertheless, and the error is the result. Texts stand between apostrophes in MATLAB code: an apostrophe
+  /// within one is to be written twice, and the text interpreter has its way with the rest.
   ///@{
   void Plot(const VecReal32 &y, int figure, const char *title = nullptr, const char *xLabel = nullptr,
             const char *yLabel = nullptr, const char *style = nullptr);
