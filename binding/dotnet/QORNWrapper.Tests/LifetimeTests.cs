@@ -90,25 +90,41 @@ public sealed class LifetimeTests
         Collect();
     }
 
+    // Each object is unreachable once its call has read the last of its fields: if the rest of the call does not keep it,
+    // the finaliser takes the vectors away. Long tables and new destinations let the collector come in between.
     [Fact]
     public void Objects_CollectedInTheMidstOfCalls_DoNoHarm()
     {
+        const int count = 8192, rounds = 500, at = count / 2;
+        var x = new DoubleArray(Enumerable.Range(0, count).Select(i => (double)i).ToArray());
+        var samples = new IQArray(64);
+        samples[0] = new IQ { I = 64 };
         using var stop = new CancellationTokenSource();
         var collector = new Thread(() =>
         {
             while (!stop.IsCancellationRequested) Collect();
         });
         collector.Start();
-        var levels = new FloatArray();
-        IQArray samples = new(64);
-        samples[0] = new IQ { I = 64 };
-        for (int i = 0; i < 2000; ++i)
+        try
         {
-            // The object is unreachable as soon as its last call has begun.
-            new Spectrum(64, QornWindowType.WindowRectangle).Apply(levels, samples);
-            Assert.Equal(0, levels[5], 1e-4);
+            for (int i = 0; i < rounds; ++i)
+            {
+                DoubleArray splined = new(), kept = new();
+                double one = 0, other = 0;
+                var levels = new FloatArray();
+                new Spline().Interpolate(x, x, x, splined);
+                new CubicHermiteInterpolation().Interpolate(x, x, x, kept);
+                new Spline().Interpolate(x, x, at, ref one);
+                new CubicHermiteInterpolation().Interpolate(x, x, at, ref other);
+                new Spectrum(64, QornWindowType.WindowRectangle).Apply(levels, samples);
+                Assert.Equal([at, at, at, at], [splined[at], kept[at], one, other]);
+                Assert.Equal(0, levels[5], 1e-4);
+            }
         }
-        stop.Cancel();
-        collector.Join();
+        finally
+        {
+            stop.Cancel();
+            collector.Join();
+        }
     }
 }

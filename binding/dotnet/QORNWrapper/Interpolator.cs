@@ -33,6 +33,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         }
 
         /// <summary>Releases the native objects if <see cref="Dispose"/> has not.</summary>
+        // It may run as soon as the last field of an object that nobody knows has been read: operations end with KeepAlive.
         ~Interpolator() => Release();
 
         /// <summary>yOut[j] = the interpolated value at xOut[j]; yOut gets the count of xOut.</summary>
@@ -76,6 +77,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
                 Helper.ToNative(xOut, at);
                 int result = m_pQorn.Interpolate(values, x, y, at);
                 Helper.ToManaged(values, yOut, inner ? 1 : 0, inner ? yIn.Count - 2 : int.MaxValue);
+                GC.KeepAlive(this);
                 return result;
             }
             catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))
@@ -96,6 +98,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
                 at.Import(&xOut, 1);
                 int result = m_pQorn.Interpolate(values, x, y, at);
                 fixed (T* first = &yOut) values.Export(first, Math.Min(values.GetSize(), 1));
+                GC.KeepAlive(this);
                 return result;
             }
             catch (Exception e) when (QORNExceptionCatcher.IsForeign(e))

@@ -42,7 +42,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         {
             Native.qorn_vector_resize(this, n, out NativeError error);
             error.ThrowIfFailed();
-            m_memory.HoldAtLeast(n, sizeof(T));
+            Hold(n);
         }
 
         /// <summary>Resizes to n and copies the block of n elements at src.</summary>
@@ -50,7 +50,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         {
             Native.qorn_vector_import(this, src, n, out NativeError error);
             error.ThrowIfFailed();
-            m_memory.HoldAtLeast(n, sizeof(T));
+            Hold(n);
         }
 
         /// <summary>Copies the first n elements to the block at dst.</summary>
@@ -58,7 +58,14 @@ namespace Morvenhal.RF.KST.QORNWrapper
         {
             Native.qorn_vector_export(this, dst, n, out NativeError error);
             error.ThrowIfFailed();
+            Hold(n);
+        }
+
+        // Not after the handle's release, which gives up what is held.
+        private void Hold(int n)
+        {
             m_memory.HoldAtLeast(n, sizeof(T));
+            GC.KeepAlive(this);
         }
 
         /// <inheritdoc/>

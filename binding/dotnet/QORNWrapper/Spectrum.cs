@@ -47,6 +47,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
         }
 
         /// <summary>Releases the native objects if <see cref="Dispose"/> has not.</summary>
+        // It may run as soon as the last field of an object that nobody knows has been read: operations end with KeepAlive.
         ~Spectrum() => Release();
 
         /// <summary>dBV, which is in force at first, or volts.</summary>
@@ -55,13 +56,16 @@ namespace Morvenhal.RF.KST.QORNWrapper
             RequireUndisposed();
             Native.qorn_spectrum_set_unit(m_pQorn, (int)unit, out NativeError error);
             error.ThrowIfFailed();
+            GC.KeepAlive(this);
         }
 
         /// <summary>The number of points.</summary>
         public int GetSize()
         {
             RequireUndisposed();
-            return Native.qorn_spectrum_size(m_pQorn);
+            int size = Native.qorn_spectrum_size(m_pQorn);
+            GC.KeepAlive(this);
+            return size;
         }
 
         /// <summary>
@@ -114,6 +118,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
                 error.ThrowIfFailed();
             }
             Helper.CopyFloat(m_vecReal32Out, dst);
+            GC.KeepAlive(this);
         }
 
         private void RequireUndisposed()

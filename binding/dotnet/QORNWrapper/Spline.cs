@@ -1,3 +1,5 @@
+using System;
+
 namespace Morvenhal.RF.KST.QORNWrapper
 {
     /// <summary>
@@ -21,6 +23,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
             RequireUndisposed();
             Native.qorn_spline_set_boundary1(m_pQorn, derivative, out NativeError error);
             error.ThrowIfFailed();
+            GC.KeepAlive(this);
         }
 
         /// <summary>The first derivative at the last point. Above 1e30 that end is natural.</summary>
@@ -29,6 +32,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
             RequireUndisposed();
             Native.qorn_spline_set_boundary2(m_pQorn, derivative, out NativeError error);
             error.ThrowIfFailed();
+            GC.KeepAlive(this);
         }
 
         /// <summary>Makes both ends natural.</summary>
@@ -37,6 +41,7 @@ namespace Morvenhal.RF.KST.QORNWrapper
             RequireUndisposed();
             Native.qorn_spline_set_natural(m_pQorn, out NativeError error);
             error.ThrowIfFailed();
+            GC.KeepAlive(this);
         }
     }
 
