@@ -1,4 +1,5 @@
-// The whole spectrum of one block, windowed, in dBV, beside FFTW and VOLK; and what its parts cost.
+// The whole spectrum of one block, windowed, in dBV, beside FFTW and VOLK; beside the transform inside it,
+// in dBV and, without the logarithm, in volts; and what its parts cost.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -26,10 +27,11 @@ QORN::VecCplx32 Noise(int n) {
   return noise;
 }
 
-void SpectrumOf(benchmark::State &state, kernels::Level level, bool real) {
+void SpectrumOf(benchmark::State &state, kernels::Level level, bool real, QORN::PowerUnit unit) {
   const kernels::ScopedLevel scoped(level);
   const int n = static_cast<int>(state.range(0));
   QORN::Spectrum spectrum(n);
+  spectrum.SetUnit(unit);
   const QORN::VecCplx32 in = Noise(n);
   QORN::VecReal32 re;
   in.GetReal(re);
@@ -105,16 +107,23 @@ void PeerOf(benchmark::State &state, peers::Logarithm logarithm) {
   };
   for (const kernels::Level &level : kernels::AvailableLevels()) {
     const std::string name = level.name;
-    sizes(benchmark::RegisterBenchmark(("Spectrum/" + name).c_str(), SpectrumOf, level, false), true);
-    sizes(benchmark::RegisterBenchmark(("SpectrumOverTransform/" + name).c_str(), SpectrumOf, level, false),
-          true);
-    sizes(benchmark::RegisterBenchmark(("SpectrumReal/" + name).c_str(), SpectrumOf, level, true), true);
+    const auto whole = [&](const char *workload, bool real, QORN::PowerUnit unit) {
+      sizes(benchmark::RegisterBenchmark(std::string(workload).append(name).c_str(), SpectrumOf, level, real,
+                                         unit),
+            true);
+    };
+    whole("Spectrum/", false, QORN::PowerUnitDBV);
+    whole("SpectrumOverTransform/", false, QORN::PowerUnitDBV);
+    whole("SpectrumInVoltOverTransform/", false, QORN::PowerUnitVolt);
+    whole("SpectrumReal/", true, QORN::PowerUnitDBV);
     sizes(benchmark::RegisterBenchmark(("WindowApply/" + name).c_str(), WindowOf, level), false);
     sizes(benchmark::RegisterBenchmark(("Volt2dBV/" + name).c_str(), DecibelsOf, level), false);
   }
-  sizes(benchmark::RegisterBenchmark("SpectrumOverTransform/peer:transform", TransformOf,
-                                     kernels::AvailableLevels().back()),
-        true);
+  for (const char *workload : {"SpectrumOverTransform", "SpectrumInVoltOverTransform"}) {
+    sizes(benchmark::RegisterBenchmark(std::string(workload).append("/peer:transform").c_str(), TransformOf,
+                                       kernels::AvailableLevels().back()),
+          true);
+  }
 #if defined(QORN_PEER_FFTW) && defined(QORN_PEER_VOLK)
   sizes(benchmark::RegisterBenchmark("Spectrum/peer:FFTW+VOLK", PeerOf, peers::Logarithm::Volk), true);
   if (peers::HasLogarithm(peers::Logarithm::Sleef)) {

@@ -1,33 +1,33 @@
 #include "qorn/dsp/Spectrum.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "WindowTable.h"
 #include "infra/Errors.h"
-#include "qorn/dsp/DSPUtils.h"
+#include "math/Decibels.h"
 #include "qorn/dsp/FT.h"
 #include "qorn/infra/TargetLib.h"
-#include "qorn/math/MathUtils.h"
-#include "qorn/math/UnitConversion.h"
 
 namespace QORN {
 
 namespace {
 constexpr const char *kModule = "dsp\\Spectrum";
-}
+constexpr int kBlock = 1024;
+} // namespace
 
 Spectrum::Spectrum(int size) : Spectrum(size, WindowBlackmanHarris, 0.0F) {}
 
 Spectrum::Spectrum(int size, WindowType type, float parameter)
     : m_size(size), m_window(WindowFactory::MakeWindow(type, size, parameter)), m_parameter(parameter),
       m_transform(std::make_unique<FT>()), m_unit(PowerUnitDBV), m_windowedCplx(size), m_windowedReal(size),
-      m_transformed(size), m_magnitude(size) {}
+      m_transformed(size) {}
 
 Spectrum::Spectrum(const Spectrum &other)
     : m_size(other.m_size), m_window(other.m_window ? CloneWindow(*other.m_window) : nullptr),
       m_parameter(other.m_parameter), m_transform(std::make_unique<FT>(*other.m_transform)),
       m_unit(other.m_unit), m_windowedCplx(other.m_windowedCplx), m_windowedReal(other.m_windowedReal),
-      m_transformed(other.m_transformed), m_magnitude(other.m_magnitude), m_shifted(other.m_shifted) {}
+      m_transformed(other.m_transformed) {}
 
 Spectrum &Spectrum::operator=(const Spectrum &other) {
   // What can fail comes first: it changes nothing but scratch.
@@ -36,8 +36,6 @@ Spectrum &Spectrum::operator=(const Spectrum &other) {
   m_windowedCplx = other.m_windowedCplx;
   m_windowedReal = other.m_windowedReal;
   m_transformed = other.m_transformed;
-  m_magnitude = other.m_magnitude;
-  m_shifted = other.m_shifted;
   m_size = other.m_size;
   m_window = std::move(window);
   m_parameter = other.m_parameter;
@@ -73,13 +71,20 @@ const Window &Spectrum::GetWindow() const {
   return *m_window;
 }
 
-void Spectrum::Finish(VecReal32 &out) {
-  MathUtils::Abs(m_magnitude, m_transformed);
-  DSPUtils::FFTShift(m_shifted, m_magnitude);
-  if (m_unit == PowerUnitDBV) {
-    UnitConversion::Volt2dBV(out, m_shifted);
-  } else {
-    out = m_shifted;
+// Magnitude, shift and unit in one pass: a block of magnitudes goes to where the shift puts it and becomes
+// decibels there, in the nearest cache. An element's result depends on that element alone, so blocks do not
+// show.
+void Spectrum::Finish(VecReal32 &out) const {
+  const int n = m_transformed.GetSize();
+  const int positive = n - n / 2; // bins, the zero frequency among them
+  out.Resize(n);
+  for (int from = 0; from < n;) {
+    const int end = from < positive ? positive : n;
+    const int count = std::min(kBlock, end - from);
+    float *to = out.GetPtr(from < positive ? from + n / 2 : from - positive);
+    TargetLib::Mag_32fc(m_transformed.GetPtr(from), to, count);
+    if (m_unit == PowerUnitDBV) Volt2dBV(to, to, count);
+    from += count;
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "infra/Errors.h"
+#include "infra/kernels/Levels.h"
 #include "math/Elementwise.h"
 #include "qorn/infra/TargetLib.h"
 #include "qorn/infra/VecCplx32.h"
@@ -55,18 +56,12 @@ void Window::Apply(VecCplx32 &out, const VecCplx32 &in) const {
     Apply(out);
     return;
   }
-  // Block by block, so that the product finds the copy in the nearest cache.
   const int n = in.GetSize();
   const int weighted = CountFor(n);
   out.Resize(n);
-  for (int i = 0; i < n; i += kBlock) {
-    const int count = std::min(kBlock, n - i);
-    TargetLib::Copy_32fc(in.GetPtr(i), out.GetPtr(i), count);
-    if (i < weighted) {
-      TargetLib::Mul_32f_I(m_coefficients.GetPtr(2 * i), AsReals(out.GetPtr(i)),
-                           2 * std::min(count, weighted - i));
-    }
-  }
+  kernels::active->Mul_32f(AsReals(in.GetPtr()), m_coefficients.GetPtr(), AsReals(out.GetPtr()),
+                           2 * weighted);
+  TargetLib::Copy_32fc(in.GetPtr(weighted), out.GetPtr(weighted), n - weighted);
 }
 
 void Window::Apply(VecCplx32 &data) const {

@@ -1,5 +1,6 @@
 #include "qorn/math/UnitConversion.h"
 
+#include "Decibels.h"
 #include "Elementwise.h"
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/VecReal32.h"
@@ -102,5 +103,9 @@ template <class T> auto FromDecibel(T shift, T divisor, T gain) {
   void UnitConversion::name(VecReal64 &vec) { form::name::Vector(vec, vec); }
 
 #include "UnitConversion.inc"
+
+void Volt2dBV(const float *src, float *dst, int len) {
+  ToDecibel<float>(1.0F, 20.0F, kNone<float>)(src, dst, len);
+}
 
 } // namespace QORN

@@ -11,8 +11,11 @@
 #include <vector>
 
 #include "infra/kernels/Levels.h"
+#include "qorn/dsp/DSPUtils.h"
+#include "qorn/dsp/FT.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/infra/QORNException.h"
+#include "qorn/math/MathUtils.h"
 #include "qorn/math/UnitConversion.h"
 #include "support/Allocations.h"
 #include "support/Vectors.h"
@@ -268,6 +271,40 @@ TEST(Spectrum, Apply_TwoArrays_GivesWhatTheComplexBlockGives) {
     VecReal32 out;
     spectrum.Apply(out, re.GetPtr(), im.GetPtr());
     EXPECT_EQ(List(out), List(expected)) << n;
+  }
+}
+
+// What the steps give one by one, each over the whole block.
+template <class V> VecReal32 InSteps(const V &in, PowerUnit unit) {
+  V windowed;
+  VecCplx32 transformed;
+  VecReal32 magnitude, shifted;
+  BlackmanHarrisWindow(in.GetSize()).Apply(windowed, in);
+  FT().Forward(transformed, windowed);
+  MathUtils::Abs(magnitude, transformed);
+  DSPUtils::FFTShift(shifted, magnitude);
+  if (unit == PowerUnitDBV) UnitConversion::Volt2dBV(shifted, shifted);
+  return shifted;
+}
+
+TEST(Spectrum, Apply_AnyLength_HasTheBitsOfTheStepsOneByOne) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scoped(level);
+    SCOPED_TRACE(level.name);
+    for (const int n : {1, 2, 3, 16, 255, 1023, 1024, 1025, 2047, 2048, 2049, 2050, 4096, 5001, 10000}) {
+      const VecCplx32 in = Noise(n);
+      VecReal32 real;
+      in.GetReal(real);
+      Spectrum spectrum(n);
+      for (const PowerUnit unit : {PowerUnitDBV, PowerUnitVolt}) {
+        spectrum.SetUnit(unit);
+        VecReal32 out;
+        spectrum.Apply(out, in);
+        ASSERT_EQ(List(out), List(InSteps(in, unit))) << n;
+        spectrum.Apply(out, real);
+        ASSERT_EQ(List(out), List(InSteps(real, unit))) << n;
+      }
+    }
   }
 }
 

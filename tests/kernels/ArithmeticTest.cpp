@@ -143,6 +143,15 @@ TEST(TargetLib, Mul_ComplexIntoADestination_RoundsEveryStep) {
   CheckElementwise<Cplx64, Cplx64, Cplx64>("Mul_64fc", &TargetLib::Mul_64fc, CplxTimes<Cplx64>);
 }
 
+TEST(TargetLib, Mul_FloatsIntoADestination_RoundsEveryStep) {
+  CheckElementwise<float, float, float>(
+      "Mul_32f",
+      [](const float *a, const float *b, float *dst, int len) {
+        QORN::kernels::active->Mul_32f(a, b, dst, len);
+      },
+      [](float a, float b) { return a * b; });
+}
+
 // An array with itself.
 template <class T> void CheckOntoItself(const Row<T> &row) {
   for (const QORN::kernels::Level &level : QORN::kernels::AvailableLevels()) {

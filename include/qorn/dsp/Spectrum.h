@@ -66,7 +66,7 @@ public:
 
 private:
   const Window &GetWindow() const;
-  void Finish(VecReal32 &out);
+  void Finish(VecReal32 &out) const;
 
   int m_size;
   std::unique_ptr<Window> m_window;
@@ -76,8 +76,6 @@ private:
   VecCplx32 m_windowedCplx;
   VecReal32 m_windowedReal;
   VecCplx32 m_transformed;
-  VecReal32 m_magnitude;
-  VecReal32 m_shifted;
 };
 
 } // namespace QORN
