@@ -5,12 +5,18 @@
 #define QORN_TESTS_SUPPORT_WIDE_H
 
 #include <cmath>
+#include <limits>
 
 #include "support/KernelCheck.h"
 
 namespace QORN::test {
 
+#if defined(__SIZEOF_FLOAT128__)
 __extension__ using Quad = __float128;
+#else
+using Quad = long double;
+static_assert(std::numeric_limits<Quad>::digits == 113);
+#endif
 
 template <class T> struct WideOf { using Type = Quad; };
 template <> struct WideOf<float> { using Type = double; };
