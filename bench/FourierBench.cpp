@@ -1,13 +1,16 @@
-// Forward Fourier transforms at each level beside FFTW. Rows are Fourier_<kind>/level/length; kinds are c32,
-// c64 (complex) and r32, r64 (real into all bins). The library's rows include the call of FT::Forward: list
-// walk and Resize; operations are counted as 5 N log2 N, half of that for real ones. FourierPlan rows are the
-// first transform of a length: plan and all.
+// Fourier transforms at each level beside FFTW. Rows are Fourier_<kind>/level/length, forward and out of
+// place; FourierInverse_<kind>, and FourierInPlace_<kind> forward onto the input. Kinds are c32, c64
+// (complex) and r32, r64 (real, with all bins). The library's rows include the call of FT: list walk, Resize
+// and, in the inverse, the scaling by 1 / N, which FFTW leaves out. Operations are counted as 5 N log2 N,
+// half of that for real ones. FourierPlan rows are the first transform of a length: plan and all.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "infra/kernels/Levels.h"
 #include "peers/fftw.h"
@@ -15,11 +18,19 @@
 
 namespace {
 
+using peers::Way;
 using QORN::kernels::Level;
 using QORN::kernels::ScopedLevel;
 
-constexpr int kLengths[] = {16,    32,    64,     128,    256,    512,     1024, 2048, 4096,  8192, 16384,
-                            32768, 65536, 131072, 262144, 524288, 1048576, 1000, 1023, 10000, 65537};
+std::vector<int> AllLengths() {
+  std::vector<int> lengths = {12,   60,   100,   120,   360,   1000,   1023,   1200,
+                              1536, 4095, 10000, 65537, 99991, 100000, 131071, 1048575};
+  for (int bits = 3; bits <= 22; ++bits) lengths.push_back(1 << bits);
+  std::sort(lengths.begin(), lengths.end());
+  return lengths;
+}
+
+std::vector<int> SomeLengths() { return {16, 64, 256, 1000, 1023, 1024, 4096, 10000, 16384, 65536, 262144}; }
 
 template <class T> void Fill(T *x, int n) {
   std::uint32_t random = 1;
@@ -29,16 +40,33 @@ template <class T> void Fill(T *x, int n) {
   }
 }
 
-template <class In, class Out, class T> void Ours(benchmark::State &state, const Level &level, int n) {
+// In is the time side of the transform, Out the frequency side. What is transformed again and again in place
+// is zero, lest it grow.
+template <class In, class Out, class T>
+void Ours(benchmark::State &state, const Level &level, int n, Way way) {
   const ScopedLevel scoped(level);
   QORN::FT ft;
-  In in(n);
-  Out out(n);
-  Fill(reinterpret_cast<T *>(in.GetPtr()), n * static_cast<int>(sizeof(in[0]) / sizeof(T)));
-  ft.Forward(out, in);
-  for (auto _ : state) {
-    ft.Forward(out, in);
-    benchmark::ClobberMemory();
+  In time(n);
+  Out bins(n);
+  const auto fill = [n](auto &x) {
+    Fill(reinterpret_cast<T *>(x.GetPtr()), n * static_cast<int>(sizeof(x[0]) / sizeof(T)));
+  };
+  const auto loop = [&state](auto run) {
+    run(); // makes the plan
+    for (auto _ : state) {
+      run();
+      benchmark::ClobberMemory();
+    }
+  };
+  if (way == Way::Inverse) {
+    fill(bins);
+    loop([&] { ft.Inverse(time, bins); });
+  } else if (way == Way::Forward) {
+    fill(time);
+    loop([&] { ft.Forward(bins, time); });
+  } else {
+    bins.SetZero();
+    if constexpr (std::is_same_v<In, Out>) loop([&] { ft.Forward(bins, bins); });
   }
   const double flops = (std::is_same_v<In, Out> ? 5.0 : 2.5) * n * std::log2(n);
   state.counters["flops"] = benchmark::Counter(flops, benchmark::Counter::kIsIterationInvariantRate);
@@ -55,9 +83,14 @@ void First(benchmark::State &state, const Level &level, int n) {
 }
 
 #if defined(QORN_PEER_FFTW)
-template <class T> void Peer(benchmark::State &state, int n, bool real) {
-  peers::Fftw<T> fftw(n, real);
-  Fill(fftw.In(), real ? n : 2 * n);
+template <class T> void Peer(benchmark::State &state, int n, bool real, Way way) {
+  peers::Fftw<T> fftw(n, real, way);
+  const int scalars = real && way == Way::Forward ? n : 2 * n;
+  if (way == Way::InPlace) {
+    std::fill_n(fftw.In(), scalars, T{0});
+  } else {
+    Fill(fftw.In(), scalars);
+  }
   for (auto _ : state) {
     fftw.Run();
     benchmark::ClobberMemory();
@@ -66,28 +99,37 @@ template <class T> void Peer(benchmark::State &state, int n, bool real) {
 }
 #endif
 
-template <class In, class Out, class T> void Register(const std::string &workload) {
-  for (const int n : kLengths) {
-    const std::string size = std::string("/") + std::to_string(n);
+template <class In, class Out, class T>
+void Register(const std::string &workload, const std::vector<int> &lengths, Way way) {
+  for (const int n : lengths) {
+    const std::string size = std::string("/").append(std::to_string(n));
     for (const Level &level : QORN::kernels::AvailableLevels()) {
       benchmark::RegisterBenchmark(
           (workload + "/" + level.name + size).c_str(),
-          [level, n](benchmark::State &state) { Ours<In, Out, T>(state, level, n); });
+          [level, n, way](benchmark::State &state) { Ours<In, Out, T>(state, level, n, way); });
     }
 #if defined(QORN_PEER_FFTW)
-    benchmark::RegisterBenchmark((workload + "/peer:fftw" + size).c_str(), [n](benchmark::State &state) {
-      Peer<T>(state, n, !std::is_same_v<In, Out>);
+    benchmark::RegisterBenchmark((workload + "/peer:fftw" + size).c_str(), [n, way](benchmark::State &state) {
+      Peer<T>(state, n, !std::is_same_v<In, Out>, way);
     });
 #endif
   }
 }
 
+template <class In, class Out, class T> void RegisterKind(const std::string &kind) {
+  Register<In, Out, T>("Fourier_" + kind, AllLengths(), Way::Forward);
+  Register<In, Out, T>("FourierInverse_" + kind, SomeLengths(), Way::Inverse);
+  if constexpr (std::is_same_v<In, Out>) {
+    Register<In, Out, T>("FourierInPlace_" + kind, SomeLengths(), Way::InPlace);
+  }
+}
+
 const bool registered = [] {
   using namespace QORN;
-  Register<VecCplx32, VecCplx32, float>("Fourier_c32");
-  Register<VecCplx64, VecCplx64, double>("Fourier_c64");
-  Register<VecReal32, VecCplx32, float>("Fourier_r32");
-  Register<VecReal64, VecCplx64, double>("Fourier_r64");
+  RegisterKind<VecCplx32, VecCplx32, float>("c32");
+  RegisterKind<VecCplx64, VecCplx64, double>("c64");
+  RegisterKind<VecReal32, VecCplx32, float>("r32");
+  RegisterKind<VecReal64, VecCplx64, double>("r64");
   const Level best = kernels::AvailableLevels().back();
   for (const int n : {64, 1000, 1024, 16384, 65537, 1048576}) {
     benchmark::RegisterBenchmark(

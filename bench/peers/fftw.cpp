@@ -3,45 +3,88 @@
 #if defined(QORN_PEER_FFTW)
 
 #include <cstddef>
+#include <map>
+#include <tuple>
 
 #include "peers/fftwapi.h"
 
 namespace peers {
 
 template <class T> struct Fftw<T>::Data {
+  using Api = FftwApi<T>;
+  using Complex = typename Api::Complex;
+
   int length;
   bool real;
-  typename FftwApi<T>::Complex *in, *out;
-  typename FftwApi<T>::Plan plan;
+  Way way;
+  Complex *in, *out;
+  typename Api::Plan plan;
+
+  T *Reals(Complex *array) const { return &array[0][0]; }
+
+  typename Api::Plan Make(unsigned rigour) const {
+    const unsigned flags = rigour | FFTW_PRESERVE_INPUT;
+    if (!real) {
+      return Api::PlanComplex(length, in, out, way == Way::Inverse ? FFTW_BACKWARD : FFTW_FORWARD, flags);
+    }
+    return way == Way::Inverse ? Api::PlanInverse(length, in, Reals(out), flags)
+                               : Api::PlanForward(length, Reals(in), out, flags);
+  }
+
+  // A search that is cut short falls back to what is known so far, which is thus made to be the measured
+  // plan.
+  typename Api::Plan Planned() const {
+    static std::map<std::tuple<int, bool, Way>, typename Api::Plan> plans;
+    if (plans.empty()) Api::ReadWisdom(Api::kWisdom);
+    auto &known = plans[{length, real, way}];
+    if (known == nullptr) {
+      known = Make(FFTW_MEASURE);
+      if (length <= 1 << 17) {
+        Api::Destroy(known);
+        Api::LimitPlanning(1.0);
+        known = Make(FFTW_PATIENT);
+        Api::LimitPlanning(FFTW_NO_TIMELIMIT);
+      }
+      Api::WriteWisdom(Api::kWisdom);
+    }
+    return known;
+  }
 };
 
-template <class T> Fftw<T>::Fftw(int length, bool real) : m_data(new Data) {
-  using Complex = typename FftwApi<T>::Complex;
+template <class T> Fftw<T>::Fftw(int length, bool real, Way way) : m_data(new Data) {
   Data &d = *m_data;
-  const std::size_t bytes = sizeof(Complex) * static_cast<std::size_t>(length);
+  const auto array = [length] {
+    return static_cast<typename Data::Complex *>(
+        Data::Api::Malloc(sizeof(typename Data::Complex) * static_cast<std::size_t>(length)));
+  };
   d.length = length;
   d.real = real;
-  d.in = static_cast<Complex *>(FftwApi<T>::Malloc(bytes));
-  d.out = static_cast<Complex *>(FftwApi<T>::Malloc(bytes));
-  d.plan = real ? FftwApi<T>::PlanForward(length, In(), d.out, FFTW_MEASURE)
-                : FftwApi<T>::PlanComplex(length, d.in, d.out, FFTW_FORWARD, FFTW_MEASURE);
+  d.way = way;
+  d.in = array();
+  d.out = way == Way::InPlace ? d.in : array();
+  d.plan = d.Planned();
 }
 
 template <class T> Fftw<T>::~Fftw() {
-  FftwApi<T>::Destroy(m_data->plan);
-  FftwApi<T>::Free(m_data->in);
-  FftwApi<T>::Free(m_data->out);
+  Data &d = *m_data;
+  if (d.out != d.in) Data::Api::Free(d.out);
+  Data::Api::Free(d.in);
 }
 
-template <class T> T *Fftw<T>::In() { return &m_data->in[0][0]; }
+template <class T> T *Fftw<T>::In() { return m_data->Reals(m_data->in); }
 
 template <class T> void Fftw<T>::Run() {
   Data &d = *m_data;
-  FftwApi<T>::Execute(d.plan);
-  if (!d.real) return;
-  for (int k = 1; k < d.length - k; ++k) {
-    d.out[d.length - k][0] = d.out[k][0];
-    d.out[d.length - k][1] = -d.out[k][1];
+  if (!d.real) {
+    Data::Api::ExecuteComplex(d.plan, d.in, d.out);
+  } else if (d.way == Way::Inverse) {
+    Data::Api::ExecuteInverse(d.plan, d.in, d.Reals(d.out));
+  } else {
+    Data::Api::ExecuteForward(d.plan, d.Reals(d.in), d.out);
+    for (int k = 1; k < d.length - k; ++k) {
+      d.out[d.length - k][0] = d.out[k][0];
+      d.out[d.length - k][1] = -d.out[k][1];
+    }
   }
 }
 

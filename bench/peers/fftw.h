@@ -1,6 +1,12 @@
-// Fourier transforms by FFTW, for comparison: planned with FFTW_MEASURE for one thread, out of place.
+// Fourier transforms by FFTW, for comparison, on one thread.
 #ifndef QORN_BENCH_PEERS_FFTW_H
 #define QORN_BENCH_PEERS_FFTW_H
+
+namespace peers {
+
+enum class Way { Forward, Inverse, InPlace };
+
+} // namespace peers
 
 #if defined(QORN_PEER_FFTW)
 
@@ -8,18 +14,23 @@
 
 namespace peers {
 
-/// A forward transform of `length` values, complex, or real into all bins. Arrays hold interleaved complex
-/// values, the input of a real transform plain ones.
+/// A transform of `length` values, complex, or real with all bins. Arrays hold interleaved complex values,
+/// the real side of a real transform plain ones. InPlace is a forward complex transform.
+///
+/// Planned once per process for a length and way: with FFTW_PATIENT up to 2^17 points, of which a plan may
+/// take a second beyond what FFTW_MEASURE takes; with FFTW_MEASURE above. What the planner learned stays in
+/// the build folder: the next process begins there. Input is preserved, as by the library, and nothing is
+/// scaled.
 template <class T> class Fftw {
 public:
-  Fftw(int length, bool real);
+  Fftw(int length, bool real, Way way = Way::Forward);
   ~Fftw();
   Fftw(const Fftw &) = delete;
   Fftw &operator=(const Fftw &) = delete;
 
   T *In();
 
-  /// Transforms In(); a real transform also mirrors its lower half, as the library's does.
+  /// Transforms In(); a real forward transform also mirrors its lower half, as the library's does.
   void Run();
 
 private:
