@@ -49,16 +49,17 @@ need_build() {
        library:CLI11=libcli11-dev library:nlohmann_json=nlohmann-json3-dev "$@"
 }
 
-# configure_and_build PRESET - quick where nothing has changed.
+# configure_and_build PRESET [TARGET...] - quick where nothing has changed; all targets if none is named.
 configure_and_build() {
-  log="build/$1.log"
+  preset=$1 log=build/$1.log
+  shift
   mkdir -p build
-  if ! cmake --preset "$1" -G Ninja >"$log" 2>&1; then
+  if ! cmake --preset "$preset" -G Ninja >"$log" 2>&1; then
     cat "$log"
-    fail "Configuring the preset $1 failed."
+    fail "Configuring the preset $preset failed."
   fi
-  if ! cmake --build --preset "$1" >"$log" 2>&1; then
+  if ! cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1; then
     tail -n 100 "$log"
-    fail "Building the preset $1 failed."
+    fail "Building the preset $preset failed."
   fi
 }
