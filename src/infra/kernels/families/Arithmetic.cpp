@@ -1,4 +1,5 @@
 #include "CplxProduct.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -45,24 +46,31 @@ inline Cplx32 Product(Cplx32 a, Cplx32 b) { return CplxProduct(a, b); }
 inline Cplx64 Product(Cplx64 a, Cplx64 b) { return CplxProduct(a, b); }
 
 template <class T> void AddC(T val, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Sum(srcDst[i], val);
 }
 template <class T> void SubC(T val, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Difference(srcDst[i], val);
 }
 template <class T> void MulC(T val, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Product(srcDst[i], val);
 }
 template <class T> void Add(const T *src, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Sum(srcDst[i], src[i]);
 }
 template <class T> void Sub(const T *src, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Difference(srcDst[i], src[i]);
 }
 template <class T> void Mul(const T *src, T *srcDst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Product(srcDst[i], src[i]);
 }
 template <class T> void MulTo(const T *src1, const T *src2, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Product(src1[i], src2[i]);
 }
 

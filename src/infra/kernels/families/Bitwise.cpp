@@ -1,4 +1,5 @@
 #include "Kernel.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -6,15 +7,19 @@ namespace {
 using Byte = unsigned char;
 
 void And(const Byte *src1, const Byte *src2, Byte *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<Byte>(src1[i] & src2[i]);
 }
 void Or(const Byte *src1, const Byte *src2, Byte *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<Byte>(src1[i] | src2[i]);
 }
 void Xor(const Byte *src1, const Byte *src2, Byte *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<Byte>(src1[i] ^ src2[i]);
 }
 void Not(const Byte *src, Byte *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<Byte>(~src[i]);
 }
 

@@ -1,21 +1,26 @@
 #include "Kernel.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
 template <class T, class C> void RealToCplx(const T *re, const T *im, C *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = {re[i], im[i]};
 }
 template <class C, class T> void Real(const C *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = src[i].re;
 }
 template <class C, class T> void Imag(const C *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = src[i].im;
 }
 
 template <class C> inline C Conjugate(C x) { return {x.re, -x.im}; }
 
 template <class C> void Conj(const C *src, C *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Conjugate(src[i]);
 }
 template <class C> void Conj(C *srcDst, int len) { Conj(srcDst, srcDst, len); }
@@ -30,7 +35,9 @@ template <class T, class F> inline void Reverse(const T *src, T *dst, Index len,
       *last = element(low);
     }
   } else {
-    for (Index i = 0; i < len; ++i) dst[i] = element(src[len - 1 - i]);
+    // Read upwards, as caches expect it. Rounds of several vectors would gain in the first-level cache and
+    // lose in the others.
+    for (Index i = 0; i < len; ++i) dst[len - 1 - i] = element(src[i]);
   }
 }
 template <class T> void Flip(const T *src, T *dst, int len) {

@@ -1,10 +1,12 @@
 #include "Kernel.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
 // What the language converts as wanted: widened without loss, or rounded to nearest, ties to even.
 template <class S, class D> void Convert(const S *src, D *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = static_cast<D>(src[i]);
 }
 
@@ -28,6 +30,7 @@ private:
 
 void Truncate(const float *src, short *dst, int len) {
   const Clamp<float> clamp(-32768.0F, 32767.0F);
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const int inside = static_cast<int>(clamp(src[i]));
     dst[i] = static_cast<short>(src[i] == src[i] ? inside : 0);
@@ -35,6 +38,7 @@ void Truncate(const float *src, short *dst, int len) {
 }
 void Truncate(const double *src, int *dst, int len) {
   const Clamp<double> clamp(-2147483648.0, 2147483647.0);
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const int inside = static_cast<int>(clamp(src[i]));
     dst[i] = src[i] == src[i] ? inside : 0;
@@ -43,6 +47,7 @@ void Truncate(const double *src, int *dst, int len) {
 // No float lies between the largest int and 2^31, so the upper limit is a case of its own.
 void Truncate(const float *src, int *dst, int len) {
   const Clamp<float> clamp(-2147483648.0F, 2147483520.0F);
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const int inside = static_cast<int>(clamp(src[i]));
     const int number = src[i] == src[i] ? inside : 0;
@@ -74,6 +79,7 @@ template <class D> void ConvertScaled(const float *src, D *dst, int len, int mod
   // Adding and subtracting 1.5 * 2^23 rounds to nearest, ties to even, what is below 2^22.
   const float rounder = mode == 0 ? 0.0F : 12582912.0F;
   const Clamp<float> clamp(Lowest(D()), Highest(D()));
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const float scaled = src[i] * factor * rest;
     const int inside = static_cast<int>((clamp(scaled) + rounder) - rounder);
@@ -109,12 +115,15 @@ constexpr float AlmostHalf(float) { return 0x1.fffffep-2F; }
 constexpr double AlmostHalf(double) { return 0x1.fffffffffffffp-2; }
 
 template <class T> void Round(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Integral(src[i] + WithSign(AlmostHalf(T()), src[i]));
 }
 template <class T> void Trunc(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Integral(src[i]);
 }
 template <class T> void Floor(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const T part = Integral(src[i]);
     dst[i] = part > src[i] ? part - T(1) : part;
@@ -122,6 +131,7 @@ template <class T> void Floor(const T *src, T *dst, int len) {
 }
 // A negative fraction gives a negative zero: what is cut off keeps its sign.
 template <class T> void Ceil(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const T part = Integral(src[i]);
     dst[i] = part < src[i] ? part + T(1) : part;

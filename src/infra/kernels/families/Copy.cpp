@@ -1,4 +1,5 @@
 #include "Kernel.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -8,6 +9,7 @@ template <class T> void Zero(T *dst, int len) {
 }
 
 template <class T> void Set(T val, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = val;
 }
 

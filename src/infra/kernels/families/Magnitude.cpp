@@ -1,4 +1,5 @@
 #include "CplxProduct.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -12,6 +13,7 @@ inline int Absolute(int x) {
   return static_cast<int>(magnitude - (magnitude >> 31));
 }
 template <class T> void Abs(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Absolute(src[i]);
 }
 template <class T> void Abs(T *srcDst, int len) { Abs(srcDst, srcDst, len); }
@@ -20,12 +22,15 @@ inline float Root(float x) { return __builtin_sqrtf(x); }
 inline double Root(double x) { return __builtin_sqrt(x); }
 
 template <class T> void MagOfParts(const T *re, const T *im, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Root(SquareSum(re[i], im[i]));
 }
 template <class C, class T> void Mag(const C *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Root(SquareSum(src[i].re, src[i].im));
 }
 template <class C, class T> void MagSqr(const C *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = SquareSum(src[i].re, src[i].im);
 }
 
@@ -34,11 +39,13 @@ inline double Square(double x) { return x * x; }
 inline Cplx32 Square(Cplx32 x) { return CplxProduct(x, x); }
 inline Cplx64 Square(Cplx64 x) { return CplxProduct(x, x); }
 template <class T> void Sqr(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Square(src[i]);
 }
 template <class T> void Sqr(T *srcDst, int len) { Sqr(srcDst, srcDst, len); }
 
 template <class T> void Sqrt(const T *src, T *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) dst[i] = Root(src[i]);
 }
 
@@ -64,6 +71,7 @@ inline Root64 PrincipalRoot(double x, double y, double scale, double unscale) {
 
 // In double nothing of a float overflows or vanishes when squared.
 void Sqrt(const Cplx32 *src, Cplx32 *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const Root64 root =
         PrincipalRoot(static_cast<double>(src[i].re), static_cast<double>(src[i].im), 1.0, 1.0);
@@ -73,6 +81,7 @@ void Sqrt(const Cplx32 *src, Cplx32 *dst, int len) {
 
 // Scaled by a power of four where the squares would overflow or vanish.
 void Sqrt(const Cplx64 *src, Cplx64 *dst, int len) {
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const double x = __builtin_fabs(src[i].re), y = __builtin_fabs(src[i].im);
     const double larger = x > y ? x : y;
