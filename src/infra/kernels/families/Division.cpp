@@ -1,4 +1,5 @@
 #include "CplxProduct.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -6,6 +7,7 @@ namespace {
 template <class T> void DivC(T val, T *srcDst, int len) {
   if (val == T(0)) return;
   const T factor = T(1) / val;
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = srcDst[i] * factor;
 }
 
@@ -14,6 +16,7 @@ template <class C, class T> inline void DivCplxC(C val, C *srcDst, int len, T on
   if (square == T(0)) return;
   const T r = one / square;
   const C factor = {val.re * r, -(val.im * r)};
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = CplxProduct(srcDst[i], factor);
 }
 void DivC(Cplx32 val, Cplx32 *srcDst, int len) { DivCplxC(val, srcDst, len, 1.0F); }
@@ -22,6 +25,7 @@ void DivC(Cplx64 val, Cplx64 *srcDst, int len) { DivCplxC(val, srcDst, len, 1.0)
 // The array forms tell whether a divisor was zero.
 template <class T> bool Div(const T *src, T *srcDst, int len) {
   int zero = 0;
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const T divisor = src[i];
     zero |= divisor == T(0);
@@ -63,7 +67,7 @@ inline Scaling ToMiddle(double re, double im) {
 }
 
 // (a * conj(b)) / |b|^2, with both scaled first. The factors are powers of two and change no digit.
-bool Div(const Cplx64 *src, Cplx64 *srcDst, int len) {
+bool DivScaled(const Cplx64 *src, Cplx64 *srcDst, Index len) {
   int zero = 0;
   for (Index i = 0; i < len; ++i) {
     const Scaling divisor = ToMiddle(src[i].re, src[i].im);
@@ -81,6 +85,49 @@ bool Div(const Cplx64 *src, Cplx64 *srcDst, int len) {
   return zero != 0;
 }
 
+#if defined(__AVX2__)
+constexpr Index kChunk = 16;
+
+// Whether no number of a chunk needs scaling; a dividend of zero needs none either.
+inline bool InMiddle(const Cplx64 *src, const Cplx64 *srcDst) {
+  int outside = 0;
+  for (Index i = 0; i < kChunk; ++i) {
+    const double re = __builtin_fabs(src[i].re), im = __builtin_fabs(src[i].im);
+    const double a = __builtin_fabs(srcDst[i].re), b = __builtin_fabs(srcDst[i].im);
+    const double divisor = re > im ? re : im, dividend = a > b ? a : b;
+    outside |= !(divisor >= 0x1p-500) | !(divisor <= 0x1p500);
+    outside |= (!(dividend >= 0x1p-500) & (dividend != 0.0)) | !(dividend <= 0x1p500);
+  }
+  return outside == 0;
+}
+#endif
+
+// Factors of 1 are left out, which does not change a bit. Registers of two numbers gain less than the look at
+// the operands takes.
+bool Div(const Cplx64 *src, Cplx64 *srcDst, int len) {
+  bool zero = false;
+  Index done = 0;
+#if defined(__AVX2__)
+  for (; done + kChunk <= len; done += kChunk) {
+    const Cplx64 *const divisors = src + done;
+    Cplx64 *const quotients = srcDst + done;
+    if (!InMiddle(divisors, quotients)) {
+      zero |= DivScaled(divisors, quotients, kChunk);
+      continue;
+    }
+    Cplx64 q[kChunk];
+    for (Index i = 0; i < kChunk; ++i) {
+      const Cplx64 a = quotients[i], b = divisors[i];
+      const double square = SquareSum(b.re, b.im);
+      q[i] = {(Rounded(a.re * b.re) + Rounded(a.im * b.im)) / square,
+              (Rounded(a.im * b.re) - Rounded(a.re * b.im)) / square};
+    }
+    __builtin_memcpy(quotients, q, sizeof q);
+  }
+#endif
+  return DivScaled(src + done, srcDst + done, len - done) || zero;
+}
+
 // difference * 2^-scale in integers: from a scale of 1 on, adding a half less one, and one more if the digit
 // that stays last is odd, rounds to nearest, ties to even. A scale of 17 leaves nothing of 16 bits, and one
 // of -16 lifts all but 0 beyond the limit.
@@ -88,12 +135,14 @@ void SubCScaled(const unsigned short *src, unsigned short val, unsigned short *d
   if (scale > 0) {
     const int right = scale > 17 ? 17 : scale;
     const std::uint32_t almostHalf = (1U << (right - 1)) - 1U;
+    QORN_UNROLLED
     for (Index i = 0; i < len; ++i) {
       const std::uint32_t difference = src[i] > val ? static_cast<std::uint32_t>(src[i] - val) : 0U;
       dst[i] = static_cast<unsigned short>((difference + almostHalf + ((difference >> right) & 1U)) >> right);
     }
   } else {
     const int left = scale < -16 ? 16 : -scale;
+    QORN_UNROLLED
     for (Index i = 0; i < len; ++i) {
       const std::uint32_t difference = src[i] > val ? static_cast<std::uint32_t>(src[i] - val) : 0U;
       const std::uint32_t shifted = difference << left;
@@ -109,11 +158,13 @@ void DivCScaled(unsigned short val, unsigned short *srcDst, int len, int scale) 
   if (val == 0) return;
   if (scale > 16 || scale < -31) {
     const unsigned short all = scale > 0 ? 0 : 65535;
+    QORN_UNROLLED
     for (Index i = 0; i < len; ++i) srcDst[i] = all;
     return;
   }
   const double power = static_cast<double>(std::uint64_t{1} << (scale < 0 ? -scale : scale));
   const double divisor = scale < 0 ? val / power : val * power;
+  QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
     const double quotient = static_cast<double>(srcDst[i]) / divisor;
     const double limited = quotient > 65535.0 ? 65535.0 : quotient;
