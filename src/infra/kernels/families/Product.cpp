@@ -83,8 +83,8 @@ template <int kLeft, class T, int kLanes> [[gnu::always_inline]] inline void Fol
   }
 }
 
-// lanes[j] = sum of product(i) over the whole multiples of kLanes below len, i mod kLanes = j, where product
-// yields one register of products. No more sums at once than the registers hold.
+// lanes[j] = sum of product(i) over the whole registers below len, i mod kLanes = j, where product yields one
+// register of products; returns how many products these are. No more sums at once than the registers hold.
 template <class T, int kLanes, class Product>
 inline Index SumBlocks(T (&lanes)[kLanes], Index len, Product product) {
   constexpr int kSums = kLanes / kPerRegister<T>;
@@ -97,13 +97,19 @@ inline Index SumBlocks(T (&lanes)[kLanes], Index len, Product product) {
     }
     for (int r = 0; r < kAtOnce; ++r) Store(&lanes[first + r * kPerRegister<T>], sums[r]);
   }
-  return whole;
+  Index done = whole;
+  for (; done + kPerRegister<T> <= len; done += kPerRegister<T>) {
+    T *const sum = &lanes[done - whole];
+    Store(sum, Load(sum) + product(done));
+  }
+  return done;
 }
 
 template <class T> inline T RealDotProd(const T *src1, const T *src2, Index len) {
   T lanes[kLaneBytes / sizeof(T)];
+  constexpr Index kLanes = kLaneBytes / sizeof(T);
   const Index whole = SumBlocks(lanes, len, [=](Index i) { return Load(src1 + i) * Load(src2 + i); });
-  for (Index i = whole; i < len; ++i) lanes[i - whole] += Rounded(src1[i] * src2[i]);
+  for (Index i = whole; i < len; ++i) lanes[i % kLanes] += Rounded(src1[i] * src2[i]);
   Fold<1>(lanes);
   return lanes[0];
 }
@@ -161,10 +167,10 @@ void DotProd(const float *src1, const Cplx32 *src2, int len, Cplx32 *result) {
   const Index end = 2 * static_cast<Index>(len);
   const Index whole =
       SumBlocks(lanes, end, [=](Index i) { return LoadTwice(src1 + i / 2) * Load(parts + i); });
-  const float *scalars = src1 + whole / 2;
-  for (Index i = 0; whole + 2 * i < end; ++i) {
-    lanes[2 * i] += Rounded(scalars[i] * parts[whole + 2 * i]);
-    lanes[2 * i + 1] += Rounded(scalars[i] * parts[whole + 2 * i + 1]);
+  constexpr Index kLanes = kLaneBytes / sizeof(float);
+  for (Index i = whole; i < end; i += 2) {
+    lanes[i % kLanes] += Rounded(src1[i / 2] * parts[i]);
+    lanes[i % kLanes + 1] += Rounded(src1[i / 2] * parts[i + 1]);
   }
   Fold<2>(lanes);
   *result = {lanes[0], lanes[1]};
