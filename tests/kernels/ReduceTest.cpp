@@ -338,6 +338,60 @@ TEST(TargetLib, StdDev_KnownArrays_MatchByHand) {
   }
 }
 
+// Long arrays are read once, about a mean that moves: what lies far from zero, begins elsewhere than it goes
+// on, or climbs all the way must keep its digits.
+TEST(TargetLib, StdDev_MeansThatMove_KeepsTheDigitsOfTwoPasses) {
+  std::mt19937 random(7);
+  std::normal_distribution<double> normal;
+  for (const int n : {1024, 1025, 2048, 2049, 5000, 70001}) {
+    for (const int kind : {0, 1, 2, 3}) {
+      std::vector<double> x(static_cast<std::size_t>(n));
+      for (int i = 0; i < n; ++i) {
+        const double base = kind == 0   ? 1e9
+                            : kind == 1 ? (i < 1024 ? 0.0 : 1e6)
+                            : kind == 2 ? (i < n - 1 ? 1e6 : -1e9)
+                                        : 1e7 + i;
+        x[static_cast<std::size_t>(i)] = base + normal(random);
+      }
+      Quad sum = 0, squares = 0;
+      for (const double value : x) sum += value;
+      const Quad mean = sum / n;
+      for (const double value : x) squares += (value - mean) * (value - mean);
+      const double exact = static_cast<double>(Root(squares / (n - 1)));
+      for (const kernels::Level &level : kernels::AvailableLevels()) {
+        const kernels::ScopedLevel scope(level);
+        double deviation = 0;
+        TargetLib::StdDev_64f(x.data(), n, &deviation);
+        EXPECT_NEAR(deviation, exact, exact * 0x1p-53 * (n / 32.0 + 64))
+            << level.name << ", length " << n << ", kind " << kind;
+      }
+    }
+  }
+}
+
+TEST(TargetLib, StdDev_ValuesBeyondTheRange_DoNotDependOnTheirPlace) {
+  const double inf = std::numeric_limits<double>::infinity();
+  std::vector<double> x(5000);
+  for (const std::size_t place : {0U, 1023U, 1024U, 2047U, 3000U, 4999U}) {
+    const auto deviation = [&](double value) {
+      std::fill(x.begin(), x.end(), 1.0);
+      x[place] = value;
+      double result = 0;
+      TargetLib::StdDev_64f(x.data(), static_cast<int>(x.size()), &result);
+      return result;
+    };
+    EXPECT_TRUE(std::isnan(deviation(inf))) << place;
+    EXPECT_TRUE(std::isnan(deviation(-inf))) << place;
+    EXPECT_TRUE(std::isnan(deviation(std::nan("")))) << place;
+    EXPECT_EQ(deviation(1e200), inf) << place; // its square is
+    EXPECT_EQ(deviation(1.0), 0.0) << place;
+  }
+  for (std::size_t i = 0; i < x.size(); ++i) x[i] = i < 1024 ? 0.0 : 1e-163; // the squares vanish
+  double result = 77;
+  TargetLib::StdDev_64f(x.data(), static_cast<int>(x.size()), &result);
+  EXPECT_EQ(result, 0.0);
+}
+
 TEST(TargetLib, StdDev_OneElement_LeavesTheResult) {
   const float x = 5;
   const double y = 5;

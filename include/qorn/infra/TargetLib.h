@@ -418,8 +418,8 @@ public:
   static void Mean_64fc(const Cplx64 *src, int len, Cplx64 *result);
   ///@}
 
-  /// *result = sqrt(sum of (src[i] - mean)^2 / (len - 1)), the sample standard deviation, in two passes. The
-  /// float form works in double and rounds once. With len below 2 the result stays unwritten.
+  /// *result = sqrt(sum of (src[i] - mean)^2 / (len - 1)), the sample standard deviation, with the digits of
+  /// two passes. The float form works in double and rounds once. With len below 2 the result stays unwritten.
   ///@{
   static void StdDev_32f(const float *src, int len, float *result);
   static void StdDev_64f(const double *src, int len, double *result);

@@ -1,4 +1,5 @@
-#include "Kernel.h"
+#include "infra/fourier/passes/Vec.h"
+#include "infra/kernels/Lanes.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -183,34 +184,32 @@ template <class T> void MinIndx(const T *src, int len, T *result, int *index) {
   ExtremeAndPlace<Below>(src, len, result, index);
 }
 
-// Sums. Scalar i goes to lane i mod kLanes, and the lanes are folded in halves, so that the result does not
-// depend on the width of a register. Complex arrays are interleaved scalars; their lanes fold to a pair.
-constexpr Index kLanes = 32;
-
+// Sums. Scalar i goes to lane i mod kSumLanes, and the lanes are folded in halves, so that the result does
+// not depend on the width of a register. Complex arrays are interleaved scalars; their lanes fold to a pair.
 struct Lanes {
-  double sum[kLanes];
+  double sum[kSumLanes];
 };
 
 // Apart from the rest, so that all lanes stay in registers.
 template <class T, class F>
 [[gnu::noinline]] void SumBlocks(const T *src, Index blocks, F term, double *sum) {
-  double lane[kLanes] = {};
-  for (Index i = 0; i < blocks; ++i, src += kLanes) {
-    for (Index j = 0; j < kLanes; ++j) lane[j] += term(static_cast<double>(src[j]));
+  double lane[kSumLanes] = {};
+  for (Index i = 0; i < blocks; ++i, src += kSumLanes) {
+    for (Index j = 0; j < kSumLanes; ++j) lane[j] += term(static_cast<double>(src[j]));
   }
-  for (Index j = 0; j < kLanes; ++j) sum[j] = lane[j];
+  for (Index j = 0; j < kSumLanes; ++j) sum[j] = lane[j];
 }
 
 template <class T, class F> inline Lanes LaneSums(const T *src, Index len, F term) {
   Lanes lanes;
-  SumBlocks(src, len / kLanes, term, lanes.sum);
-  for (Index i = len - len % kLanes, j = 0; i < len; ++i, ++j) {
+  SumBlocks(src, len / kSumLanes, term, lanes.sum);
+  for (Index i = len - len % kSumLanes, j = 0; i < len; ++i, ++j) {
     lanes.sum[j] += term(static_cast<double>(src[i]));
   }
   return lanes;
 }
 
-template <Index kCount, Index kHalf = kLanes / 2> inline void Fold(Lanes &lanes) {
+template <Index kCount, Index kHalf = kSumLanes / 2> inline void Fold(Lanes &lanes) {
   for (Index j = 0; j < kHalf; ++j) lanes.sum[j] += lanes.sum[j + kHalf];
   if constexpr (kHalf > kCount) Fold<kCount, kHalf / 2>(lanes);
 }
@@ -259,10 +258,94 @@ void Sum(const int *src, int len, int *result) {
   SaturatedSum(src, len, result, -2147483648LL, 2147483647LL);
 }
 
+// Sums of x - centre and of its square over an array.
+struct Moments {
+  double first, second;
+};
+
+// In half the lanes of a sum, so that those of both sums stay in registers, which the compiler does not see
+// in a plain loop.
+constexpr int kMomentLanes = kSumLanes / 2;
+constexpr int kMomentRegisters = kMomentLanes / (kRegisterBytes / static_cast<int>(sizeof(double)));
+
+using Doubles = Vec<double, kMomentLanes / kMomentRegisters>;
+[[gnu::always_inline]] inline Doubles LoadWide(const double *x) { return Load<Doubles>(x); }
+[[gnu::always_inline]] inline Doubles LoadWide(const float *x) {
+  const auto narrow = Load<Vec<float, kMomentLanes / kMomentRegisters>>(x);
+#if defined(__AVX512F__)
+  return _mm512_maskz_cvtps_pd(0xff, narrow); // of a conversion of generic vectors, GCC makes two halves
+#else
+  return __builtin_convertvector(narrow, Doubles);
+#endif
+}
+
+template <class T>
+[[gnu::noinline]] void AddMoments(const T *src, Index len, double centre, Moments *moments) {
+  constexpr int kPer = kMomentLanes / kMomentRegisters;
+  Doubles firsts[kMomentRegisters] = {}, seconds[kMomentRegisters] = {};
+  const Doubles centres = Broadcast<Doubles>(centre);
+  const Index whole = len - len % kMomentLanes;
+  for (Index i = 0; i < whole; i += kMomentLanes) {
+    Unroll<kMomentRegisters>([&](auto r) {
+      const Doubles x = LoadWide(src + i + r * kPer) - centres;
+      firsts[r] += x;
+      seconds[r] += x * x;
+    });
+  }
+  double first[kMomentLanes], second[kMomentLanes];
+  Unroll<kMomentRegisters>([&](auto r) {
+    Store(first + r * kPer, firsts[r]);
+    Store(second + r * kPer, seconds[r]);
+  });
+  for (Index j = 0; j < len - whole; ++j) {
+    const double x = static_cast<double>(src[whole + j]) - centre;
+    first[j] += x;
+    second[j] += Rounded(x * x);
+  }
+  for (Index half = kMomentLanes / 2; half >= 1; half /= 2) {
+    for (Index j = 0; j < half; ++j) first[j] += first[j + half], second[j] += second[j + half];
+  }
+  moments->first += first[0];
+  moments->second += second[0];
+}
+
+// What overflowed or vanished stays as it is.
+inline double Without(double sum, double part) { return part < sum ? sum - part : sum; }
+
+// In two passes.
+template <class T> inline double SquaresOfAll(const T *src, Index len) {
+  const double mean = Total(src, len) / static_cast<double>(len);
+  return Total(src, len, [mean](double x) { return Rounded((x - mean) * (x - mean)); });
+}
+
+// The centre is the mean of the elements so far: of the first block, which is read twice, and then of blocks
+// that are no longer than all before them. So the squares about the centre add up to at most twice those
+// about the mean, and what the centre is off is taken away without a loss of digits. The array comes from
+// memory once.
+constexpr Index kFirstBlock = 1024;
+
+template <class T> inline double SquaresInBlocks(const T *src, Index len) {
+  Index done = 0, block = kFirstBlock;
+  double centre = Total(src, block) / static_cast<double>(block);
+  Moments moments = {};
+  while (true) {
+    AddMoments(src + done, block, centre, &moments);
+    done += block;
+    const double shift = moments.first / static_cast<double>(done);
+    if (done == len) return Without(moments.second, shift * moments.first);
+    const double moved = centre + shift, step = moved - centre;
+    const double left = moments.first - Rounded(static_cast<double>(done) * step);
+    moments = {left, Without(moments.second, step * (moments.first + left))};
+    centre = moved;
+    block = done < len - done ? done : len - done;
+  }
+}
+
 template <class T> void StdDev(const T *src, int len, T *result) {
   if (len < 2) return;
-  const double mean = Total(src, len) / static_cast<double>(len);
-  const double squares = Total(src, len, [mean](double x) { return Rounded((x - mean) * (x - mean)); });
+  double squares = len <= kFirstBlock ? SquaresOfAll(src, len) : SquaresInBlocks(src, len);
+  // Wherever an infinity stands.
+  if (len > kFirstBlock && !(squares < __builtin_inf())) squares = SquaresOfAll(src, len);
   *result = static_cast<T>(__builtin_sqrt(squares / static_cast<double>(len - 1)));
 }
 
