@@ -78,8 +78,11 @@ double Energy(const double *x, Index len) { return active->ConvEnergy_64f(x, len
 // same at the others.
 
 // A product of a direct sum.
-template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.011 : 0.036;
+template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.011 : 0.0205;
 template <> constexpr double kPerTerm<Cplx32> = 0.046;
+
+// How much of such a product one with what is beside an array takes: most of these are left out.
+template <class T> constexpr double kBeside = sizeof(T) == sizeof(float) ? 0.2 : 0.5;
 
 // A pair of real blocks, or a complex one, there and back. The taps take half of it.
 template <class T> double RunCost(double length) {
@@ -87,7 +90,7 @@ template <class T> double RunCost(double length) {
   const double outside = length <= 16384 ? 1 : length <= 32768 ? 1.25 : length <= 262144 ? 1.6 : 3.5;
   const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
   const double log2 = std::log2(length);
-  const double perPoint = std::is_same_v<T, double> ? 3 + 0.39 * log2 : 0.1 + 0.15 * log2;
+  const double perPoint = std::is_same_v<T, double> ? 0.87 * log2 - 1.8 : 0.1 + 0.15 * log2;
   return perPoint * outside * nine * length;
 }
 
@@ -602,7 +605,8 @@ void Correlator<T>::RunParts(const float *taps, const Cplx32 *window, std::ptrdi
 
 template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
   if (taps < 32) return 0;
-  double least = terms * kPerTerm<T>;
+  const double beside = static_cast<double>(taps) * static_cast<double>(outputs) - terms;
+  double least = (terms + kBeside<T> * beside) * kPerTerm<T>;
   int best = 0;
   for (int k = 6; k <= kLargestLog2<T>; ++k) {
     const Index step = (Index{1} << k) - taps + 1;
