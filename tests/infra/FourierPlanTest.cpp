@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -18,6 +19,7 @@ namespace {
 
 using QORN::fourier::Block;
 using QORN::fourier::ComplexPlan;
+using QORN::fourier::GridFor;
 using QORN::fourier::IsSmooth;
 using QORN::fourier::RealPlan;
 using QORN::kernels::AvailableLevels;
@@ -86,7 +88,7 @@ template <class T> class FourierPlan : public testing::Test {};
 using Scalars = testing::Types<float, double>;
 TYPED_TEST_SUITE(FourierPlan, Scalars);
 
-// All lengths to 300; then primes, their multiples, powers and mixed lengths.
+// All lengths to 300; then primes, their multiples, powers and mixed lengths, and all that go through a grid.
 std::vector<int> Lengths() {
   std::vector<int> lengths;
   for (int n = 1; n <= 300; ++n) lengths.push_back(n);
@@ -95,7 +97,31 @@ std::vector<int> Lengths() {
         2187, 2197, 3125, 4095, 4096, 6859, 8192, 10000, 10007, 16384, 16807, 28561, 32768, 65536}) {
     lengths.push_back(n);
   }
+  for (int n = 301; n <= 2048; ++n) {
+    if (GridFor(n, sizeof(float)).rows != 0 && std::find(lengths.begin(), lengths.end(), n) == lengths.end())
+      lengths.push_back(n);
+  }
   return lengths;
+}
+
+// What the passes have code for: radices 4 to 10, 12 and 14 to 16, and at least as many rows as columns or as
+// the widest vector has values.
+TYPED_TEST(FourierPlan, GridFor_AnyLength_IsItsProductOfRadices) {
+  constexpr int kScalar = sizeof(TypeParam);
+  const auto isSide = [](int n) { return n >= 4 && n <= 16 && n != 11 && n != 13; };
+  for (int n = 1; n <= 5000; ++n) {
+    const QORN::fourier::GridShape shape = GridFor(n, kScalar);
+    if (shape.rows == 0) continue;
+    EXPECT_EQ(shape.rows * shape.middle * shape.columns, n);
+    if (n == 8 || n == 12) continue;
+    EXPECT_TRUE(isSide(shape.rows) && isSide(shape.columns)) << n;
+    EXPECT_TRUE(shape.middle == 1 ? shape.rows >= shape.columns : isSide(shape.middle) && shape.rows >= 8)
+        << n;
+  }
+  for (const int n : {8, 12, 16, 32, 64, 128, 256, 60, 100, 120})
+    EXPECT_EQ(GridFor(n, kScalar).middle, 1) << n;
+  for (const int n : {360, 512, 1000, 1024, 1200, 1536}) EXPECT_GE(GridFor(n, kScalar).middle, 4) << n;
+  for (const int n : {1, 7, 11, 17, 121, 4096}) EXPECT_EQ(GridFor(n, kScalar).rows, 0) << n;
 }
 
 TYPED_TEST(FourierPlan, ComplexTransform_AnyLength_IsTheDefinitionWithinTheBound) {

@@ -39,6 +39,13 @@ constexpr double kTurn = 4;   // to multiply it by a factor
 constexpr double kJoin = 8;   // to transpose and interleave it
 constexpr double kPart = 20;  // to store a row that does not fill its vector
 
+// The radices of grids, but for the two smallest ones; as many rows as the widest vector has values, so that
+// three steps pay; and the longest transform that goes through one.
+constexpr int kGridSides[] = {4, 5, 6, 7, 8, 9, 10, 12, 14, 15, 16};
+constexpr int kGridGroup = 8;
+constexpr int kMaxGrid = 2048;
+constexpr int kMaxGridBytes = 24 << 10; // half a first-level cache
+
 int RoundUp(int a, int b) { return (a + b - 1) / b; }
 
 double CostWith(int lanes, std::int64_t n, int scalar) {
@@ -54,6 +61,37 @@ double CostWith(int lanes, std::int64_t n, int scalar) {
 }
 
 } // namespace
+
+GridShape GridFor(int n, int scalar) {
+  if (n == 8 || n == 12) return {4, 1, n / 4};
+  // Two steps, as near to a square as can be: both sides should hold the widest vectors.
+  for (const int rows : kGridSides) {
+    for (const int columns : kGridSides) {
+      if (columns <= rows && rows * columns == n) return {rows, 1, columns};
+    }
+  }
+  GridShape best{};
+  double least = std::numeric_limits<double>::infinity();
+  if (n > kMaxGrid || 2 * n * scalar > kMaxGridBytes) return best;
+  for (const int rows : kGridSides) {
+    if (rows < kGridGroup || n % rows != 0) continue;
+    for (const int middle : kGridSides) {
+      for (const int columns : kGridSides) {
+        if (rows * middle * columns != n) continue;
+        // The middle step works on whole groups of rows. At equal cost, more rows: they lie nearer to each
+        // other, so that their cache lines meet in fewer sets.
+        const double part = static_cast<double>(RoundUp(rows, kGridGroup) * kGridGroup) / rows;
+        const double cost =
+            Arithmetic(rows) + part * (Arithmetic(middle) + kMemory + kTurn) + Arithmetic(columns);
+        if (cost <= least) {
+          least = cost;
+          best = {rows, middle, columns};
+        }
+      }
+    }
+  }
+  return best;
+}
 
 bool IsSmooth(std::int64_t n) {
   for (const int p : {2, 3, 5, 7, 11, 13}) {

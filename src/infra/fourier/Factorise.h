@@ -10,6 +10,13 @@ namespace QORN::fourier {
 /// The largest length that is one straight-line butterfly.
 inline constexpr int kMaxSmall = 16;
 
+/// The radices of a transform of few points, as in fourier::Grid; rows is 0 if it goes another way. `scalar`
+/// is sizeof of the type.
+struct GridShape {
+  int rows, middle, columns;
+};
+GridShape GridFor(int n, int scalar);
+
 /// Whether n has no prime factor above 13, so that there is a butterfly for each.
 bool IsSmooth(std::int64_t n);
 

@@ -18,6 +18,7 @@ using kernels::active;
 template <class T> struct Passes;
 template <> struct Passes<float> {
   static auto Small() { return active->FourierSmall_32f; }
+  static auto Grid() { return active->FourierGrid_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
   static auto Product() { return active->FourierProduct_32f; }
   static auto Untangle() { return active->FourierUntangle_32f; }
@@ -25,6 +26,7 @@ template <> struct Passes<float> {
 };
 template <> struct Passes<double> {
   static auto Small() { return active->FourierSmall_64f; }
+  static auto Grid() { return active->FourierGrid_64f; }
   static auto Columns() { return active->FourierColumns_64f; }
   static auto Product() { return active->FourierProduct_64f; }
   static auto Untangle() { return active->FourierUntangle_64f; }
@@ -79,8 +81,11 @@ template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
 }
 
 template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length(length) {
-  if (length <= kMaxSmall) return;
-  if (IsSmooth(length)) {
+  if (const GridShape shape = GridFor(length, sizeof(T)); lanes == 0 && shape.rows != 0) {
+    MakeGrid(shape);
+  } else if (length <= kMaxSmall) {
+    return;
+  } else if (IsSmooth(length)) {
     MakeColumns(lanes != 0 ? lanes : LanesFor(length, sizeof(T)));
   } else {
     MakeBluestein();
@@ -89,12 +94,43 @@ template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length
 
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
-    : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_columns(other.m_columns),
-      m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides),
+    : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_grid(other.m_grid),
+      m_columns(other.m_columns), m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides),
       m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum) {
-  m_columns.turns = m_turns.Data();
-  m_columns.joins = m_joins.Data();
+  m_grid.turns = m_columns.turns = m_turns.Data();
+  m_grid.middleTurns = m_columns.joins = m_joins.Data();
   m_columns.strides = m_strides.Data();
+}
+
+template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
+  const auto [rows, middle, columns] = shape;
+  const int inner = middle * columns;
+  m_scratch = Size(4 * m_length);
+  const Roots<T> roots(m_length);
+  m_turns = Block<T>(Size((rows - 1) * 4 * inner));
+  T *turn = m_turns.Data();
+  for (int k = 1; k < rows; ++k, turn += 4 * inner) {
+    for (int b = 0; b < inner; ++b) {
+      const auto root = roots(k * b);
+      turn[2 * b] = turn[2 * b + 1] = root.re;
+      turn[2 * (inner + b)] = -root.im;
+      turn[2 * (inner + b) + 1] = root.im;
+    }
+  }
+  m_grid = {rows, middle, columns, m_turns.Data(), nullptr};
+  if (middle == 1) return;
+
+  constexpr int kRepeat = kGridRepeat<T>;
+  m_joins = Block<T>(Size(columns * (middle - 1) * 2 * kRepeat));
+  turn = m_joins.Data();
+  for (int c = 0; c < columns; ++c) {
+    for (int k = 1; k < middle; ++k, turn += 2 * kRepeat) {
+      const auto root = roots(rows * c * k);
+      std::fill_n(turn, kRepeat, root.re);
+      for (int i = 0; i < kRepeat; ++i) turn[kRepeat + i] = i % 2 == 0 ? -root.im : root.im;
+    }
+  }
+  m_grid.middleTurns = m_joins.Data();
 }
 
 template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
@@ -188,7 +224,9 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
 }
 
 template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, bool inverse, T scale) const {
-  if (m_convolution != nullptr) {
+  if (m_grid.rows != 0) {
+    Passes<T>::Grid()(m_grid, in, out, scratch, inverse, scale);
+  } else if (m_convolution != nullptr) {
     const std::ptrdiff_t n = m_length, p = m_convolution->m_length;
     T *const rest = scratch + 2 * p;
     Passes<T>::Product()(in, m_chirp.Data(), scratch, n, inverse, false);

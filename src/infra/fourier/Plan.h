@@ -10,6 +10,8 @@
 #include <memory>
 
 #include "Block.h"
+#include "Factorise.h"
+#include "Grid.h"
 #include "Passes.h"
 
 namespace QORN::fourier {
@@ -40,7 +42,8 @@ private:
 };
 
 /// Complex transform of any length. Which way, by this rule:
-/// - up to 16 points: one butterfly;
+/// - a short product of two or three radices: a grid (Grid.h; GridFor says which);
+/// - else up to 16 points: one butterfly;
 /// - no prime factor above 13: passes over blocks and a joining of lanes (Passes.h);
 /// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
 template <class T> class ComplexPlan final : public Plan {
@@ -64,12 +67,14 @@ public:
 
 private:
   ComplexPlan(int length, int lanes);
+  void MakeGrid(const GridShape &shape);
   void MakeColumns(int lanes);
   void MakeBluestein();
   void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const;
 
   int m_length;
   std::size_t m_scratch = 0; // in scalars
+  Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
   Columns<T> m_columns{};    // its tables are the three below
   Block<T> m_turns, m_joins, m_strides;
   std::unique_ptr<ComplexPlan> m_convolution; // Bluestein only: the transform, the chirp and its spectrum

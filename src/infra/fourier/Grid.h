@@ -1,0 +1,27 @@
+// What a plan of few points hands to its steps: plain data, as in Passes.h.
+#ifndef QORN_SRC_INFRA_FOURIER_GRID_H
+#define QORN_SRC_INFRA_FOURIER_GRID_H
+
+namespace QORN::fourier {
+
+/// Transform of few points, N = rows * middle * columns, of interleaved values: Stockham's in two or three
+/// steps of large radices. With C = N / rows, n = C a + b and k = a' + rows b' the first one makes
+///
+///   y[a'][b] = exp(-j 2 pi b a' / N) sum over a of x[C a + b] exp(-j 2 pi a a' / rows)
+///
+/// for neighbours b at a time, and stores it transposed; what is left are transforms over b, for neighbours
+/// a' at a time, by a radix of `middle` unless that is 1, and by one of `columns`.
+template <class T> struct Grid {
+  int rows, middle, columns;
+  /// The factors above: for each a' >= 1, for each b the real part twice, then for each b the imaginary part
+  /// negated and as it is.
+  const T *turns;
+  /// The factors exp(-j 2 pi c k / C) of the middle step, 0 <= c < columns and 1 <= k < middle, in the same
+  /// form, each repeated to fill 64 bytes, kGridRepeat<T> scalars.
+  const T *middleTurns;
+};
+template <class T> inline constexpr int kGridRepeat = 64 / static_cast<int>(sizeof(T));
+
+} // namespace QORN::fourier
+
+#endif

@@ -1,0 +1,8 @@
+#include "GridSteps.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+
+#define QORN_FAMILY "infra/kernels/families/FourierGrid32.inc"
+#include "infra/kernels/families/Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL

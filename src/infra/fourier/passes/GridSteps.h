@@ -1,0 +1,208 @@
+// Transforms of few points in two or three steps; see infra/fourier/Grid.h for the layout.
+#ifndef QORN_SRC_INFRA_FOURIER_PASSES_GRIDSTEPS_H
+#define QORN_SRC_INFRA_FOURIER_PASSES_GRIDSTEPS_H
+
+#include "Interleaved.h"
+#include "infra/fourier/Grid.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+// Where group g of V places starts, of n >= V in all: the last one ends with them, and so may repeat some of
+// the one before, with the same results.
+template <int V> constexpr Index GroupStart(Index g, Index n) { return (g + 1) * V <= n ? g * V : n - V; }
+template <int V> constexpr Index GroupCount(Index n) { return (n + V - 1) / V; }
+
+// V columns, from `at` on, of `columns`: their transforms over A rows, turned.
+template <class T, int V, int A, class Ends>
+[[gnu::always_inline]] inline void TurnedColumns(const T *in, Index at, Index columns, const T *turns,
+                                                 const Ends &ends, Complex<T, V> (&z)[A]) {
+  using E = Complex<T, V>;
+  Unroll<A>([&](auto a) { z[a] = ends.First(Load<E>(in + 2 * (columns * a + at))); });
+  Butterfly<T, A>(z);
+  const T *w = turns + 2 * at;
+  Unroll<A - 1>([&](auto i) {
+    constexpr int k = i + 1;
+    z[k] = Turned(z[k], Load<E>(w + i * 4 * columns), Load<E>(w + i * 4 * columns + 2 * columns));
+  });
+}
+
+// What TurnedColumns leaves, V values of one column at a time: give(row, i, values) gets those of column i
+// from `row` on.
+template <class T, int V, int A, class Give>
+[[gnu::always_inline]] inline void GiveColumns(const Complex<T, V> (&z)[A], const Give &give) {
+  Unroll<GroupCount<V>(A)>([&](auto group) {
+    constexpr int kRow = GroupStart<V>(group, A);
+    Complex<T, V> t[V];
+    Unroll<V>([&](auto i) { t[i] = z[kRow + i]; });
+    TransposeComplex<T, V>(t);
+    Unroll<V>([&](auto i) { give(group, kRow, i, t[i]); });
+  });
+}
+
+// What is done to the samples first and to the results last. An inverse transform is the forward one of the
+// conjugate samples, conjugated.
+template <class T> struct AnyEnds {
+  T sign, scale;
+
+  template <class E> [[gnu::always_inline]] inline E First(E x) const {
+    return x * Alternating<E>(T{1}, sign);
+  }
+  template <class E> [[gnu::always_inline]] inline E Last(E x) const {
+    return x * Alternating<E>(scale, sign * scale);
+  }
+};
+// Nothing: a forward transform of scale 1.
+template <class T> struct PlainEnds {
+  template <class E> [[gnu::always_inline]] inline E First(E x) const { return x; }
+  template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
+};
+
+// The first radix, A, for each of `columns` neighbours.
+template <class T, int V, int A, class Ends>
+[[gnu::flatten]] void GridColumns(const T *in, Index columns, const T *turns, Ends ends, T *scratch) {
+  for (Index g = 0; g < GroupCount<V>(columns); ++g) {
+    const Index at = GroupStart<V>(g, columns);
+    Complex<T, V> z[A];
+    TurnedColumns<T, V, A>(in, at, columns, turns, ends, z);
+    GiveColumns<T, V, A>(
+        z, [&](auto, auto row, auto i, Complex<T, V> t) { Store(scratch + 2 * (A * (at + i) + row), t); });
+  }
+}
+
+// Radix B, for each of `rows` neighbours of each of `columns`.
+template <class T, int V, int B>
+[[gnu::flatten]] void GridMiddle(const T *in, Index rows, Index columns, const T *turns, T *out) {
+  using E = Complex<T, V>;
+  constexpr int kRepeat = fourier::kGridRepeat<T>;
+  for (Index c = 0; c < columns; ++c, turns += (B - 1) * 2 * kRepeat) {
+    for (Index g = 0; g < GroupCount<V>(rows); ++g) {
+      const Index at = GroupStart<V>(g, rows);
+      E z[B];
+      Unroll<B>([&](auto b) { z[b] = Load<E>(in + 2 * (rows * (columns * b + c) + at)); });
+      Butterfly<T, B>(z);
+      T *const to = out + 2 * (rows * B * c + at);
+      Store(to, z[0]);
+      Unroll<B - 1>([&](auto i) {
+        const T *const w = turns + i * 2 * kRepeat;
+        Store(to + (i + 1) * 2 * rows, Turned(z[i + 1], Load<E>(w), Load<E>(w + kRepeat)));
+      });
+    }
+  }
+}
+
+// The last radix, B, for each of `rows` neighbours.
+template <class T, int V, int B, class Ends>
+[[gnu::flatten]] void GridRows(const T *scratch, Index rows, Ends ends, T *out) {
+  using E = Complex<T, V>;
+  for (Index g = 0; g < GroupCount<V>(rows); ++g) {
+    const Index at = GroupStart<V>(g, rows);
+    E z[B];
+    Unroll<B>([&](auto b) { z[b] = Load<E>(scratch + 2 * (rows * b + at)); });
+    Butterfly<T, B>(z);
+    Unroll<B>([&](auto b) { Store(out + 2 * (rows * b + at), ends.Last(z[b])); });
+  }
+}
+
+// Both steps of A * B points without memory between them.
+template <class T, int A, int B, class Ends>
+[[gnu::flatten]] void SmallGrid(const T *in, T *out, const T *turns, Ends ends) {
+  constexpr int kLeast = A < B ? A : B;
+  constexpr int V = kLeast >= kComplexLanes<T> ? kComplexLanes<T> : kLeast >= 4 ? 4 : 2;
+  using E = Complex<T, V>;
+  E rows[GroupCount<V>(A)][B];
+  Unroll<GroupCount<V>(B)>([&](auto g) {
+    constexpr int kAt = GroupStart<V>(g, B);
+    E z[A];
+    TurnedColumns<T, V, A>(in, kAt, B, turns, ends, z);
+    GiveColumns<T, V, A>(z, [&](auto group, auto, auto i, E t) { rows[group][kAt + i] = t; });
+  });
+  Unroll<GroupCount<V>(A)>([&](auto g) {
+    constexpr int kAt = GroupStart<V>(g, A);
+    Butterfly<T, B>(rows[g]);
+    Unroll<B>([&](auto b) { Store(out + 2 * (A * b + kAt), ends.Last(rows[g][b])); });
+  });
+}
+
+// Calls body(Int<radix>).
+template <class F> [[gnu::always_inline]] inline void WithRadix(int radix, const F &body) {
+  switch (radix) {
+  case 4:
+    return body(Int<4>{});
+  case 5:
+    return body(Int<5>{});
+  case 6:
+    return body(Int<6>{});
+  case 7:
+    return body(Int<7>{});
+  case 8:
+    return body(Int<8>{});
+  case 9:
+    return body(Int<9>{});
+  case 10:
+    return body(Int<10>{});
+  case 12:
+    return body(Int<12>{});
+  case 14:
+    return body(Int<14>{});
+  case 15:
+    return body(Int<15>{});
+  case 16:
+    return body(Int<16>{});
+  }
+}
+
+template <class T, int V, class Ends>
+void RunGridWith(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
+  const int columns = plan.middle * plan.columns;
+  if constexpr (V > 4) {
+    if (plan.rows < V || columns < V) return RunGridWith<T, V / 2>(plan, in, out, scratch, ends);
+  }
+  // The last step reads scratch; one before may write out, so that less memory is touched.
+  T *const first = plan.middle == 1 ? scratch : out != in ? out : scratch + 2 * plan.rows * columns;
+  WithRadix(plan.rows, [&]<int A>(Int<A>) {
+    if constexpr (A >= V) GridColumns<T, V, A>(in, columns, plan.turns, ends, first);
+  });
+  if (plan.middle != 1) {
+    WithRadix(plan.middle, [&]<int B>(Int<B>) {
+      GridMiddle<T, V, B>(first, plan.rows, plan.columns, plan.middleTurns, scratch);
+    });
+  }
+  WithRadix(plan.columns,
+            [&]<int B>(Int<B>) { GridRows<T, V, B>(scratch, plan.rows * plan.middle, ends, out); });
+}
+
+template <class T, class Ends>
+void RunGridEnds(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
+  switch (plan.rows * plan.middle * plan.columns) {
+  case 8:
+    return SmallGrid<T, 4, 2>(in, out, plan.turns, ends);
+  case 12:
+    return SmallGrid<T, 4, 3>(in, out, plan.turns, ends);
+  case 16:
+    return SmallGrid<T, 4, 4>(in, out, plan.turns, ends);
+  case 32:
+    return SmallGrid<T, 8, 4>(in, out, plan.turns, ends);
+  case 64:
+    return SmallGrid<T, 8, 8>(in, out, plan.turns, ends);
+  case 128:
+    return SmallGrid<T, 16, 8>(in, out, plan.turns, ends);
+  default:
+    return RunGridWith<T, kComplexLanes<T>>(plan, in, out, scratch, ends);
+  }
+}
+
+/// out = scale * transform of in; out may be in. scratch holds twice as many values as the transform.
+template <class T>
+void RunGrid(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
+  if (!inverse && scale == T{1}) {
+    RunGridEnds(plan, in, out, scratch, PlainEnds<T>{});
+  } else {
+    RunGridEnds(plan, in, out, scratch, AnyEnds<T>{static_cast<T>(inverse ? -1 : 1), scale});
+  }
+}
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif

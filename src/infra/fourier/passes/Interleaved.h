@@ -1,0 +1,196 @@
+// Discrete Fourier transforms of R vectors, straight-line as in Butterfly.h, but of interleaved complex
+// values: a vector of 2 V scalars holds V of them. A transform takes half the registers that parts in vectors
+// of their own do, and loads and stores need no reordering; a multiplication by j costs one shuffle.
+#ifndef QORN_SRC_INFRA_FOURIER_PASSES_INTERLEAVED_H
+#define QORN_SRC_INFRA_FOURIER_PASSES_INTERLEAVED_H
+
+#include "Butterfly.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+/// V interleaved complex values.
+template <class T, int V> using Complex = Vec<T, 2 * V>;
+
+/// Complex values of T in the widest register.
+template <class T> inline constexpr int kComplexLanes = kRegisterBytes / (2 * static_cast<int>(sizeof(T)));
+
+template <class E> inline constexpr int kScalars = static_cast<int>(sizeof(E) / sizeof(E{}[0]));
+
+struct NeighboursSwapped {
+  static constexpr int At(int i) { return i ^ 1; }
+};
+
+/// Real and imaginary parts exchanged.
+template <class E> [[gnu::always_inline]] inline E Swapped(E x) {
+  return Shuffle<NeighboursSwapped, kScalars<E>>(x, x);
+}
+
+template <class E, class T, int... I>
+[[gnu::always_inline]] inline E AlternatingAs(T even, T odd, Seq<I...>) {
+  return E{(I % 2 == 0 ? even : odd)...};
+}
+/// even, odd, even, odd, ...
+template <class E, class T> [[gnu::always_inline]] inline E Alternating(T even, T odd) {
+  return AlternatingAs<E>(even, odd, MakeSeq<kScalars<E>>{});
+}
+
+/// -j x = Swapped(x) * (1, -1); so a - j b and a + j b take one multiplication and addition each.
+template <class T, class E> [[gnu::always_inline]] inline E MinusJ() { return Alternating<E>(T{1}, T{-1}); }
+
+/// x * w, the real parts of w twice each in wre, the imaginary ones as (-w.im, w.im) in wim.
+template <class E> [[gnu::always_inline]] inline E Turned(E x, E wre, E wim) {
+  return MulAdd(Swapped(x), wim, x * wre);
+}
+
+/// x * exp(-j 2 pi K / N), the constant known to the compiler.
+template <class T, int K, int N, class E> [[gnu::always_inline]] inline E TurnedBy(E x) {
+  constexpr T c = static_cast<T>(Cosine(1, 8));
+  if constexpr (K == 0) {
+    return x;
+  } else if constexpr (4 * K == N) {
+    return Swapped(x) * MinusJ<T, E>();
+  } else if constexpr (8 * K == N) {
+    return MulAdd(Swapped(x), MinusJ<T, E>(), x) * c;
+  } else if constexpr (8 * K == 3 * N) {
+    return MulSub(Swapped(x), MinusJ<T, E>(), x) * c;
+  } else {
+    constexpr T re = static_cast<T>(Cosine(K, N)), im = static_cast<T>(-Sine(K, N));
+    return Turned(x, Broadcast<E>(re), Alternating<E>(-im, im));
+  }
+}
+
+template <class T, int R, class E> [[gnu::always_inline]] inline void Butterfly(E (&x)[R]);
+
+template <class T, class E> [[gnu::always_inline]] inline void FourPoints(E (&x)[4]) {
+  const E a = x[0] + x[2], b = x[0] - x[2], c = x[1] + x[3], d = Swapped(x[1] - x[3]);
+  x[0] = a + c;
+  x[1] = MulAdd(d, MinusJ<T, E>(), b);
+  x[2] = a - c;
+  x[3] = NegMulAdd(d, MinusJ<T, E>(), b);
+}
+
+// The factors of the odd half are multiplied in by the additions that follow.
+template <class T, class E> [[gnu::always_inline]] inline void EightPoints(E (&x)[8]) {
+  const E j = MinusJ<T, E>(), c = Broadcast<E>(static_cast<T>(Cosine(1, 8)));
+  E even[4] = {x[0], x[2], x[4], x[6]}, odd[4] = {x[1], x[3], x[5], x[7]};
+  FourPoints<T>(even);
+  FourPoints<T>(odd);
+  const E first = MulAdd(Swapped(odd[1]), j, odd[1]), second = Swapped(odd[2]),
+          third = MulSub(Swapped(odd[3]), j, odd[3]);
+  x[0] = even[0] + odd[0];
+  x[4] = even[0] - odd[0];
+  x[1] = MulAdd(first, c, even[1]);
+  x[5] = NegMulAdd(first, c, even[1]);
+  x[2] = MulAdd(second, j, even[2]);
+  x[6] = NegMulAdd(second, j, even[2]);
+  x[3] = MulAdd(third, c, even[3]);
+  x[7] = NegMulAdd(third, c, even[3]);
+}
+
+// An odd prime, as in Butterfly.h.
+template <class T, int R, class E> [[gnu::always_inline]] inline void PrimePoints(E (&x)[R]) {
+  constexpr int kHalf = R / 2;
+  E sum[kHalf], difference[kHalf];
+  const E first = x[0];
+  Unroll<kHalf>([&](auto j) {
+    sum[j] = x[j + 1] + x[R - 1 - j];
+    difference[j] = Swapped(x[j + 1] - x[R - 1 - j]);
+    x[0] += sum[j];
+  });
+  Unroll<kHalf>([&](auto row) {
+    constexpr int k = row + 1;
+    E even = first, odd{};
+    Unroll<kHalf>([&](auto j) {
+      constexpr T c = static_cast<T>(Cosine(k * (j + 1), R)), s = static_cast<T>(Sine(k * (j + 1), R));
+      even = MulAdd(sum[j], Broadcast<E>(c), even);
+      if constexpr (kHalf == 1) {
+        // sin(pi / 3) rounds badly, and the error would grow from pass to pass; 1 less it is small.
+        odd = NegMulAdd(difference[0], Broadcast<E>(static_cast<T>(1 - Sine(1, 3))), difference[0]);
+      } else if constexpr (j == 0) {
+        odd = difference[j] * Broadcast<E>(s);
+      } else {
+        odd = MulAdd(difference[j], Broadcast<E>(s), odd);
+      }
+    });
+    x[k] = MulAdd(odd, MinusJ<T, E>(), even);
+    x[R - k] = NegMulAdd(odd, MinusJ<T, E>(), even);
+  });
+}
+
+// R = A * B: where they have no common factor without twiddle factors (Good 1958), else with them (Cooley and
+// Tukey 1965).
+template <class T, int A, int B, class E> [[gnu::always_inline]] inline void ProductPoints(E (&x)[A * B]) {
+  constexpr int R = A * B;
+  constexpr bool kCoprime = Coprime(A, B);
+  E table[A][B];
+  Unroll<A>([&](auto a) {
+    Unroll<B>([&](auto b) { table[a][b] = x[kCoprime ? (B * a + A * b) % R : A * b + a]; });
+    Butterfly<T, B>(table[a]);
+    if constexpr (!kCoprime) Unroll<B>([&](auto b) { table[a][b] = TurnedBy<T, a * b, R>(table[a][b]); });
+  });
+  Unroll<B>([&](auto b) {
+    E column[A];
+    Unroll<A>([&](auto a) { column[a] = table[a][b]; });
+    Butterfly<T, A>(column);
+    Unroll<A>([&](auto a) {
+      if constexpr (kCoprime) {
+        x[(B * InverseModulo(B, A) * a + A * InverseModulo(A, B) * b) % R] = column[a];
+      } else {
+        x[B * a + b] = column[a];
+      }
+    });
+  });
+}
+
+template <class T, int R, class E> [[gnu::always_inline]] inline void Butterfly(E (&x)[R]) {
+  if constexpr (R == 2) {
+    const E a = x[0];
+    x[0] = a + x[1];
+    x[1] = a - x[1];
+  } else if constexpr (R == 4) {
+    FourPoints<T>(x);
+  } else if constexpr (R == 8) {
+    EightPoints<T>(x);
+  } else if constexpr (FirstFactor(R) == 1) {
+    PrimePoints<T, R>(x);
+  } else {
+    ProductPoints<T, FirstFactor(R), R / FirstFactor(R)>(x);
+  }
+}
+
+/// Turns V rows of V complex values into their V columns.
+template <class T, int V> [[gnu::always_inline]] inline void TransposeComplex(Complex<T, V> *r) {
+  using E = Complex<T, V>;
+  if constexpr (V == 1) {
+    return;
+  } else if constexpr (sizeof(T) == sizeof(float)) {
+    // A complex float moves as one double.
+    using D = Vec<double, V>;
+    D d[V];
+    Unroll<V>([&](auto i) { d[i] = reinterpret_cast<D>(r[i]); });
+    Transpose<double, V>(d);
+    Unroll<V>([&](auto i) { r[i] = reinterpret_cast<E>(d[i]); });
+  } else {
+    using Even = GroupsEveryOther<2 * V, 2, 0>;
+    using Odd = GroupsEveryOther<2 * V, 2, 1>;
+    const E a = r[0], b = r[1];
+    if constexpr (V == 2) {
+      r[0] = Shuffle<Even, 4>(a, b);
+      r[1] = Shuffle<Odd, 4>(a, b);
+    } else {
+      const E c = r[2], d = r[3];
+      const E ab0 = Shuffle<Even, 8>(a, b), ab1 = Shuffle<Odd, 8>(a, b);
+      const E cd0 = Shuffle<Even, 8>(c, d), cd1 = Shuffle<Odd, 8>(c, d);
+      r[0] = Shuffle<Even, 8>(ab0, cd0);
+      r[1] = Shuffle<Even, 8>(ab1, cd1);
+      r[2] = Shuffle<Odd, 8>(ab0, cd0);
+      r[3] = Shuffle<Odd, 8>(ab1, cd1);
+    }
+  }
+}
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif
