@@ -69,29 +69,33 @@ def parts(x, bits):
     return result
 
 
-def literal(x):
-    mantissa, exponent = float(rounded(x, 53)).hex().split("p")
-    return mantissa.rstrip("0").rstrip(".") + "p" + exponent if "." in mantissa else f"{mantissa}p{exponent}"
+BITS = {"double": 53, "float": 24}
 
 
-def scalars(comment, **named):
+def literal(x, kind="double"):
+    mantissa, exponent = float(rounded(x, BITS[kind])).hex().split("p")
+    suffix = "F" if kind == "float" else ""
+    return (mantissa.rstrip("0").rstrip(".") if "." in mantissa else mantissa) + "p" + exponent + suffix
+
+
+def scalars(comment, kind="double", **named):
     print(f"// {comment}")
     for name, value in named.items():
-        print(f"constexpr double {name} = {literal(value)};")
+        print(f"constexpr {kind} {name} = {literal(value, kind)};")
     print()
 
 
-def table(name, values, columns=4):
-    print(f"constexpr double {name}[{len(values)}] = {{")
+def table(name, values, columns=4, kind="double"):
+    print(f"constexpr {kind} {name}[{len(values)}] = {{")
     for i in range(0, len(values), columns):
-        print("    " + ", ".join(literal(v) for v in values[i:i + columns]) + ",")
+        print("    " + ", ".join(literal(v, kind) for v in values[i:i + columns]) + ",")
     print("};")
 
 
-def polynomial(name, comment, f, weight, a, b, n):
+def polynomial(name, comment, f, weight, a, b, n, kind="double"):
     c, error = remez(f, weight, a, b, n)
     print(f"// {comment}\n// Largest error 2^{float(log(error, 2)):.1f}.")
-    table(name, c)
+    table(name, c, kind=kind)
     print()
 
 
@@ -133,6 +137,8 @@ for i in range(0, len(words), 4):
 print("};\n")
 h = rounded(pi / 2, 53)
 scalars("pi / 2 in two parts of 53 bits; pi and pi / 4 follow by exact scaling.", kHalfPiHigh=h, kHalfPiLow=pi / 2 - h)
+p = parts(pi / 2 - h, [33, 53])
+scalars("The second again in parts of 33 and 53 bits.", kHalfPiMiddle=p[0], kHalfPiLast=p[1])
 
 # Exponential.
 p = parts(log(2), [42, 53])
@@ -143,6 +149,20 @@ polynomial("kExp64", "e^r = 1 + r + r^2 P(r) for 3/4 <= e^r <= 3/2, relative.",
            near_zero(lambda r: (exp(r) - 1 - r) / r ** 2, mpf(1) / 2), lambda r: r * r / exp(r), lo, hi, 10)
 polynomial("kExp2_32", "2^f = P(f) for |f| <= 1/2, relative, for float results.",
            lambda f: mpf(2) ** f, lambda f: 1 / mpf(2) ** f, "-0.5001", "0.5001", 8)
+
+# The same in float arithmetic: x = (8 k + i) ln 2 / 8 + r, and 2^(i / 8) e^r with the power from a table.
+step = log(2) / 8
+p = rounded(step, 24)
+scalars("The eighth of ln 2 in two parts of 24 bits and its reciprocal.", kind="float",
+        kExpStepHigh=p, kExpStepLow=step - p, kExpSteps=1 / step)
+powers = [rounded(mpf(2) ** (mpf(i) / 8), 24) for i in range(8)]
+print("// 2^(i / 8) rounded, and the logarithm of what the rounding took.")
+table("kExpPower", powers, kind="float")
+table("kExpPowerLost", [log(2) * i / 8 - log(powers[i]) for i in range(8)], kind="float")
+print()
+polynomial("kExpRest32", "e^r = 1 + r + r^2 P(r) for |r| <= ln 2 / 16, relative, in floats.",
+           near_zero(lambda r: (exp(r) - 1 - r) / r ** 2, mpf(1) / 2), lambda r: r * r / exp(r),
+           -step / 2 * mpf("1.001"), step / 2 * mpf("1.001"), 3, kind="float")
 
 # Logarithms.
 p = parts(log(2), [40, 53])
@@ -159,6 +179,37 @@ f = near_zero(lambda f: (log(1 + f) - f) / f ** 2, -mpf(1) / 2)
 w = lambda f: f ** 2 / log(1 + f) if f else mpf(0)
 polynomial("kLog32", "ln(1 + f) = f + f^2 P(f) for sqrt(1/2) <= 1 + f <= sqrt(2), relative, for float results.", f, w, lo, hi, 12)
 polynomial("kPowLog32", "The same, for the logarithm inside a power.", f, w, lo, hi, 15)
+
+# The same in float arithmetic: ln x = k ln 2 + ln c + ln(1 + r), 1 / c from a table of eight. The intervals begin where
+# short reciprocals keep |r| within 1/16; then r is exact. One interval holds 1, with 1 / c = 1.
+float_value = lambda b: mpf(struct.unpack("<f", struct.pack("<I", b))[0])
+start = 0x3f800000 + (1 << 20) // 3 - (5 << 20)
+rows = []
+worst = mpf(0)
+for i in range(8):
+    first, last = float_value(start + (i << 20)), float_value(start + ((i + 1) << 20) - 1)
+    short = mpf(1) / (16 if last < mpf("1.02") else 32)
+    ratio = lambda inverse: max(abs(first * inverse - 1), abs(last * inverse - 1))
+    inverse = min((n * short for n in range(16, 64)), key=ratio)
+    worst = max(worst, ratio(inverse))
+    for x in (first, last):
+        assert rounded(x * inverse - 1, 24) == x * inverse - 1
+    high = floor(ldexp(-log(inverse), 17) + mpf(1) / 2) / 2 ** 17
+    rows.append((inverse, high, -log(inverse) - high))
+p = floor(ldexp(log(2), 17)) / mpf(2) ** 17
+print(f"// The first of the numbers with k = 0, as bits; ln 2 and, per interval of an eighth of an octave's bits, 1 / c and\n"
+      f"// ln c, the logarithms as multiples of 2^-17 and rests. |z / c - 1| <= {float(worst):.6f}.\n"
+      f"constexpr std::uint32_t kLogStart32 = 0x{start:08x};")
+print(f"constexpr float kLogLn2High32 = {literal(p, 'float')};\nconstexpr float kLogLn2Low32 = {literal(log(2) - p, 'float')};")
+table("kLogInverse32", [r[0] for r in rows], kind="float")
+table("kLogHigh32", [r[1] for r in rows], kind="float")
+table("kLogLow32", [r[2] for r in rows], kind="float")
+print()
+polynomial("kLogRest32", "ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 1/16, relative, in floats.",
+           near_zero(lambda r: (log(1 + r) - r + r * r / 2) / r ** 3, mpf(1) / 3),
+           near_zero(lambda r: r ** 3 / log(1 + r), 0), -mpf(1) / 16, mpf(1) / 16, 5, kind="float")
+p = rounded(1 / log(10), 24)
+scalars("log10 e in two parts of 24 bits.", kind="float", kLog10eHigh32=p, kLog10eLow32=1 / log(10) - p)
 
 # Power: ln x = k ln 2 + ln c + ln(1 + r) with 1 / c from a table of short numbers, so that r = z / c - 1 is exact.
 lo, hi = -mpf(2) ** -7 * mpf("1.01"), mpf(2) ** -7 * mpf("1.01")

@@ -19,17 +19,24 @@ struct Reduced {
 constexpr double kCircularLimit = 0x1.8p19;
 
 /// Cody and Waite's reduction. Every difference but the last is exact: its terms are multiples of one power
-/// of two that is not too small. So the rest is good to 2^-128, and no double below the limit is closer to a
-/// multiple of pi/2 than 2^-61.
+/// of two that is not too small. So the rest is good to 2^-118, and no double below the limit is closer to a
+/// multiple of pi/2 than 2^-61. Fused, the first product may be as long as it likes.
 QORN_INLINE Reduced Reduce(double x) {
   const double shifted = MulAdd(x, kTwoOverPi, kShifter);
   const double n = shifted - kShifter;
-  const double first = MulAdd(-n, kHalfPi1, x);
-  const double second = n * kHalfPi2;
-  const double sum = first - second;
-  const double third = MulAdd(n, kHalfPi3, -((first - sum) - second));
-  const double high = sum - third;
-  return {high, MulAdd(-n, kHalfPi4, (sum - high) - third), Bits(shifted)};
+  if constexpr (kFused) {
+    const double first = MulAdd(-n, kHalfPiHigh, x);
+    const double second = n * kHalfPiMiddle;
+    const double high = first - second;
+    return {high, MulAdd(-n, kHalfPiLast, (first - high) - second), Bits(shifted)};
+  } else {
+    const double first = MulAdd(-n, kHalfPi1, x);
+    const double second = n * kHalfPi2;
+    const double sum = first - second;
+    const double third = MulAdd(n, kHalfPi3, -((first - sum) - second));
+    const double high = sum - third;
+    return {high, MulAdd(-n, kHalfPi4, (sum - high) - third), Bits(shifted)};
+  }
 }
 
 __extension__ typedef unsigned __int128 Wide;
@@ -146,43 +153,50 @@ QORN_INLINE double SineForFloat(double r) {
   return r * MulAdd(u, Polynomial(u, kSin32), 1.0);
 }
 
-/// (-1)^n sin(x - m pi), n being the integer that the low bits of shifted hold.
-QORN_INLINE double AlternatingSine(double x, double m, double shifted) {
+/// (-1)^n (x - m pi), n being the integer that the low bits of shifted hold.
+QORN_INLINE double AlternatingAngle(double x, double m, double shifted) {
   const double r = MulAdd(-m, kPi2, MulAdd(-m, kPi1, x));
-  return FromBits(Bits(SineForFloat(r)) ^ Bits(shifted) << 63);
+  return FromBits(Bits(r) ^ Bits(shifted) << 63);
 }
 
-/// sin x = (-1)^n sin(x - n pi)
-QORN_INLINE double SineOfFloat(double x) {
+/// The angle up to pi/2 with the same sine: sin x = (-1)^n sin(x - n pi)
+QORN_INLINE double SineAngle(double x) {
   const double shifted = MulAdd(x, kOneOverPi, kShifter);
-  return AlternatingSine(x, shifted - kShifter, shifted);
+  return AlternatingAngle(x, shifted - kShifter, shifted);
 }
 
-/// cos x = (-1)^(n + 1) sin(x - (n + 1/2) pi); the shifter counts the 1.
-QORN_INLINE double CosineOfFloat(double x) {
+/// The angle up to pi/2 whose sine is the cosine: cos x = (-1)^(n + 1) sin(x - (n + 1/2) pi); the shifter
+/// counts the 1.
+QORN_INLINE double CosineAngle(double x) {
   const double shifted = MulAdd(x, kOneOverPi, -0.5) + (kShifter + 1);
-  return AlternatingSine(x, shifted - (kShifter + 1) + 0.5, shifted);
+  return AlternatingAngle(x, shifted - (kShifter + 1) + 0.5, shifted);
 }
 
 struct Sin32 {
-  QORN_INLINE static float Fast(float x, bool &served) {
+  QORN_INLINE static double Begin(float x, double &, bool &served) {
     served = Magnitude(x) < kCircularLimit32;
-    return static_cast<float>(SineOfFloat(static_cast<double>(x)));
+    return SineAngle(static_cast<double>(x));
   }
+  QORN_INLINE static float End(double angle, double) { return static_cast<float>(SineForFloat(angle)); }
   static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).im); }
 };
 
 struct Cos32 {
-  QORN_INLINE static float Fast(float x, bool &served) {
+  QORN_INLINE static double Begin(float x, double &, bool &served) {
     served = Magnitude(x) < kCircularLimit32;
-    return static_cast<float>(CosineOfFloat(static_cast<double>(x)));
+    return CosineAngle(static_cast<double>(x));
   }
+  QORN_INLINE static float End(double angle, double) { return static_cast<float>(SineForFloat(angle)); }
   static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).re); }
 };
 
 struct Phasor32 {
-  QORN_INLINE static Cplx32 Fast(float x, bool &served) {
-    return {Cos32::Fast(x, served), Sin32::Fast(x, served)};
+  QORN_INLINE static double Begin(float x, double &sine, bool &served) {
+    sine = SineAngle(static_cast<double>(x));
+    return Cos32::Begin(x, sine, served);
+  }
+  QORN_INLINE static Cplx32 End(double cosine, double sine) {
+    return {static_cast<float>(SineForFloat(cosine)), static_cast<float>(SineForFloat(sine))};
   }
   static Cplx32 Full(float x) { return {Cos32::Full(x), Sin32::Full(x)}; }
 };
@@ -196,7 +210,7 @@ struct Polar32 {
   QORN_INLINE static Cplx32 Fast(float length, float angle, bool &served) {
     served = Magnitude(angle) < kCircularLimit32;
     const double x = static_cast<double>(angle);
-    return Times(length, CosineOfFloat(x), SineOfFloat(x));
+    return Times(length, SineForFloat(CosineAngle(x)), SineForFloat(SineAngle(x)));
   }
   static Cplx32 Full(float length, float angle) {
     const Cplx64 phasor = Phasor64::Full(static_cast<double>(angle));

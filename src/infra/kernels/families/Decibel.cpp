@@ -10,8 +10,8 @@ namespace {
 /// log10(x * gain + offset) * scale + shift.
 template <class T> struct ToSteps {
   T gain, offset, scale, shift;
-  QORN_INLINE T Before(T x) const { return Rounded(x * gain) + offset; }
-  QORN_INLINE T After(T y) const { return Rounded(y * scale) + shift; }
+  template <class X> QORN_INLINE X Before(X x) const { return Rounded(x * gain) + offset; }
+  template <class X> QORN_INLINE X After(X y) const { return Rounded(y * scale) + shift; }
 };
 
 /// 10 ^ ((x + shift) * scale) * gain.
@@ -27,10 +27,22 @@ template <class Op, class Steps> struct Around {
 
   template <class T> QORN_INLINE T Fast(T x) const requires requires { Op::Fast(x); }
   { return steps.After(Op::Fast(steps.Before(x))); }
+  template <class T> QORN_INLINE double Begin(T x, double &other, bool &served) const {
+    return Op::Begin(steps.Before(x), other, served);
+  }
+  QORN_INLINE auto End(double begun, double other) const requires requires { Op::End(begun, other); }
+  { return steps.After(Op::End(begun, other)); }
   template <class T> QORN_INLINE T Fast(T x, bool &served) const {
     return steps.After(Op::Fast(steps.Before(x), served));
   }
   template <class T> T Full(T x) const { return steps.After(Op::Full(steps.Before(x))); }
+
+#if defined(QORN_FLOAT_REGISTERS)
+  QORN_INLINE Floats InFloats(Floats x) const requires requires { Op::InFloats(x); }
+  { return steps.After(Op::InFloats(steps.Before(x))); }
+  template <class T> QORN_INLINE auto Rank(T x) const { return Op::Rank(steps.Before(x)); }
+  static constexpr std::uint32_t Ranks() { return Op::Ranks(); }
+#endif
 };
 
 template <class Log, class T>
@@ -43,8 +55,6 @@ template <class TenTo, class T> void FromDecibel(const T *src, T *dst, int len, 
 }
 
 using Log10_64 = Log64<Log10Base>;
-using TenTo32 = PowerOfTen<Power32, float>;
-using TenTo64 = PowerOfTen<Power64, double>;
 
 } // namespace
 

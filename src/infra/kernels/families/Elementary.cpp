@@ -22,8 +22,6 @@ template <class Power, class T> void PowX(const T *src, T val, T *dst, int len) 
 
 using Ln64 = Log64<LnBase>;
 using Log10_64 = Log64<Log10Base>;
-using TenTo32 = PowerOfTen<Power32, float>;
-using TenTo64 = PowerOfTen<Power64, double>;
 
 void CartToPolar(const Cplx32 *src, float *mag, float *phase, int len) {
   for (Index i = 0; i < len; ++i) {

@@ -3,7 +3,7 @@
 #ifndef QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
 #define QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
 
-#include "Kernel.h"
+#include "infra/fourier/passes/Vec.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -25,13 +25,12 @@ constexpr double kSmallestNormal = 0x1p-1022;
 constexpr double kShifter = 0x1.8p52;
 
 QORN_INLINE std::uint64_t Bits(double x) { return __builtin_bit_cast(std::uint64_t, x); }
+QORN_INLINE std::uint32_t Bits(float x) { return __builtin_bit_cast(std::uint32_t, x); }
 QORN_INLINE double FromBits(std::uint64_t bits) { return __builtin_bit_cast(double, bits); }
 
 constexpr std::uint64_t kSignBit = std::uint64_t(1) << 63;
 QORN_INLINE double Magnitude(double x) { return FromBits(Bits(x) & ~kSignBit); }
-QORN_INLINE float Magnitude(float x) {
-  return __builtin_bit_cast(float, __builtin_bit_cast(std::uint32_t, x) & 0x7fffffffU);
-}
+QORN_INLINE float Magnitude(float x) { return __builtin_bit_cast(float, Bits(x) & 0x7fffffffU); }
 QORN_INLINE double WithSignOf(double size, double sign) {
   return FromBits(Bits(size) | (Bits(sign) & kSignBit));
 }
@@ -78,13 +77,69 @@ template <int N> QORN_INLINE double Polynomial(double x, const double (&c)[N]) {
   }
 }
 
+// Registers of floats, with tables of eight that are looked up in registers.
+
+#if defined(__AVX2__)
+#define QORN_FLOAT_REGISTERS 1
+constexpr int kFloats = kRegisterBytes / 4;
+using Floats = Vec<float, kFloats>;
+using Ints = Vec<std::int32_t, kFloats>;
+using Words = Vec<std::uint32_t, kFloats>;
+
+QORN_INLINE Words Bits(Floats x) { return __builtin_bit_cast(Words, x); }
+QORN_INLINE Floats FromBits(Words bits) { return __builtin_bit_cast(Floats, bits); }
+QORN_INLINE Floats Every(float x) { return Broadcast<Floats>(x); }
+
+/// The lowest three bits of each index choose from the table.
+QORN_INLINE Floats Choose(const float (&table)[8], Words index) {
+#if defined(__AVX512F__)
+  const Vec<float, 8> half = Load<Vec<float, 8>>(table);
+  const Floats twice = __builtin_shufflevector(half, half, 0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7);
+  // With a mask: GCC 12 takes the don't-care operand of the plain form for an uninitialised variable.
+  return _mm512_maskz_permutexvar_ps(0xffff, __builtin_bit_cast(__m512i, index), twice);
+#else
+  return _mm256_permutevar8x32_ps(Load<Floats>(table), __builtin_bit_cast(__m256i, index));
+#endif
+}
+
+template <int N, int First = 0> QORN_INLINE Floats Polynomial(Floats x, const float (&c)[N]) {
+  if constexpr (First + 1 < N) {
+    return MulAdd(x, Polynomial<N, First + 1>(x, c), Every(c[First]));
+  } else {
+    return Every(c[First]);
+  }
+}
+
+/// Whether the operation serves all n arguments in this way; else some of the results are wrong.
+template <class Op> QORN_INLINE bool RunRegisters(Op op, float *dst, Index n, const float *src) {
+  Words highest = {};
+  for (Index i = 0; i < n; i += kFloats) {
+    const Floats x = Load<Floats>(src + i);
+    const Words rank = op.Rank(x);
+    highest = highest < rank ? rank : highest;
+    Store(dst + i, op.InFloats(x));
+  }
+  std::uint32_t all = 0;
+  for (int lane = 0; lane < kFloats; ++lane) all = all < highest[lane] ? highest[lane] : all;
+  return all < Op::Ranks();
+}
+#endif
+
 // The loop. An operation offers
 //   Fast(arguments...)            branch-free, which the compiler turns into vector code
 //   Fast(arguments..., &served)   the same where it cannot serve every argument, and then also
 //   Full(arguments...)            for those that it does not, in scalar code
-// Fast always runs on whole blocks in one piece of code, a tail being padded to a block, and Full is chosen
-// by the element alone. So a result cannot depend on its place or on its neighbours. Results stand in a
-// buffer until the arguments are no longer needed: a destination may be a source.
+// or, in place of the last Fast,
+//   Begin(arguments..., other, &served)  and then
+//   End(begun, other)             which are two loops: what waits for the end of a long chain of instructions
+//                                 fills the processor's queues, so that two short chains take less time
+// and may, beside the first, at the levels with QORN_FLOAT_REGISTERS, offer
+//   InFloats(register)            cheaper, for the arguments whose
+//   Rank(argument or register)    is below
+//   Ranks()
+// The cheapest always runs on whole blocks in one piece of code, a tail being padded to a block, and another
+// is chosen by the element alone. So a result cannot depend on its place or on its neighbours. Where a source
+// is the destination and may be needed again, results wait in a buffer.
 
 template <class R> struct PartOf { using Type = R; };
 template <> struct PartOf<Cplx32> { using Type = float; };
@@ -100,6 +155,17 @@ QORN_INLINE std::uint32_t Missed(bool served, float) {
 }
 QORN_INLINE std::uint64_t Missed(bool served, double) { return Bits(served ? 0.0 : 1.0); }
 
+/// Copies whole blocks, four pieces at a time: a plain loop would become a call or a string instruction,
+/// which takes as long as the copying.
+template <class R> QORN_INLINE void CopyBlocks(R *dst, const R *src, Index n) {
+  using Piece = Vec<double, kRegisterBytes / 8>;
+  constexpr Index kStep = kRegisterBytes / Index(sizeof(R));
+  for (Index i = 0; i < n; i += kBlock<R>) {
+    Unroll<int(kBlock<R> / kStep)>(
+        [&](auto piece) { Store(dst + i + piece * kStep, Load<Piece>(src + i + piece * kStep)); });
+  }
+}
+
 // Not cloned: the one code for bodies and tails is what the promise above rests on.
 #if defined(__clang__)
 #define QORN_ONE_COPY [[gnu::noinline]]
@@ -107,32 +173,70 @@ QORN_INLINE std::uint64_t Missed(bool served, double) { return Bits(served ? 0.0
 #define QORN_ONE_COPY [[gnu::noinline, gnu::noclone]]
 #endif
 
+#if defined(__clang__)
+#define QORN_SAME_OR_APART _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define QORN_SAME_OR_APART _Pragma("GCC ivdep")
+#endif
+
 template <class Op, class R, class... A>
 QORN_ONE_COPY void RunBlocks(Op op, R *dst, Index count, const A *...src) {
   using T = typename PartOf<R>::Type;
+  constexpr bool kServesAll = requires { op.Fast(src[0]...); };
   constexpr Index kChunk = 16 * kBlock<R>;
   alignas(64) R out[kChunk];
+  const bool inPlace = ((static_cast<const void *>(src) == dst) || ...);
   for (Index start = 0; start < count; start += kChunk) {
-    const Index blocks = (count - start < kChunk ? count - start : kChunk) / kBlock<R>;
-    const Index n = blocks * kBlock<R>;
-    if constexpr (requires { op.Fast(src[0]...); }) {
-      for (Index i = 0; i < n; ++i) out[i] = op.Fast(src[start + i]...);
+    const Index n = (count - start < kChunk ? count - start : kChunk) / kBlock<R> * kBlock<R>;
+#if defined(QORN_FLOAT_REGISTERS)
+    if constexpr (requires { op.InFloats(Floats()); }) {
+      R *to = inPlace ? out : dst + start;
+      if (!RunRegisters(op, to, n, src + start...)) {
+        for (Index i = 0; i < n; ++i) {
+          const R other = op.Fast(src[start + i]...);
+          to[i] = op.Rank(src[start + i]...) < Op::Ranks() ? to[i] : other;
+        }
+      }
+      if (inPlace) CopyBlocks(dst + start, out, n);
+      continue;
+    }
+#endif
+    if constexpr (kServesAll) {
+      QORN_SAME_OR_APART
+      for (Index i = 0; i < n; ++i) dst[start + i] = op.Fast(src[start + i]...);
     } else {
+      R *to = inPlace ? out : dst + start;
       auto missed = Missed(true, T());
-      for (Index i = 0; i < n; ++i) {
-        bool served = true;
-        out[i] = op.Fast(src[start + i]..., served);
-        missed |= Missed(served, T());
+      if constexpr (requires { op.End(0.0, 0.0); }) {
+        alignas(64) double begun[kChunk], other[kChunk];
+        for (Index i = 0; i < n; ++i) {
+          bool served = true;
+          begun[i] = op.Begin(src[start + i]..., other[i], served);
+          missed |= Missed(served, T());
+        }
+        for (Index i = 0; i < n; ++i) to[i] = op.End(begun[i], other[i]);
+      } else {
+        QORN_SAME_OR_APART
+        for (Index i = 0; i < n; ++i) {
+          bool served = true;
+          to[i] = op.Fast(src[start + i]..., served);
+          missed |= Missed(served, T());
+        }
       }
       if (missed != 0) {
         for (Index i = 0; i < n; ++i) {
           bool served = true;
-          op.Fast(src[start + i]..., served);
-          if (!served) out[i] = op.Full(src[start + i]...);
+          if constexpr (requires { op.End(0.0, 0.0); }) {
+            double other;
+            op.Begin(src[start + i]..., other, served);
+          } else {
+            op.Fast(src[start + i]..., served);
+          }
+          if (!served) to[i] = op.Full(src[start + i]...);
         }
       }
+      if (inPlace) CopyBlocks(dst + start, out, n);
     }
-    for (Index i = 0; i < n; ++i) dst[start + i] = out[i];
   }
 }
 

@@ -55,6 +55,10 @@ constexpr std::uint64_t kTwoOverPiBits[21] = {
 constexpr double kHalfPiHigh = 0x1.921fb54442d18p+0;
 constexpr double kHalfPiLow = 0x1.1a62633145c07p-54;
 
+// The second again in parts of 33 and 53 bits.
+constexpr double kHalfPiMiddle = 0x1.1a626331p-54;
+constexpr double kHalfPiLast = 0x1.1701b839a252p-88;
+
 // ln 2 in parts of 42 and 53 bits, its reciprocal, and the shift that puts e^r between 3/4 and 3/2.
 constexpr double kLn2High = 0x1.62e42fefa38p-1;
 constexpr double kLn2Low = 0x1.ef35793c7673p-45;
@@ -74,6 +78,29 @@ constexpr double kExp64[10] = {
 constexpr double kExp2_32[8] = {
     0x1.ffffffffaba28p-1, 0x1.62e42ff11608bp-1,  0x1.ebfbe0a4f2469p-3,  0x1.c6b08aaf8ead5p-5,
     0x1.3b29dc13760cbp-7, 0x1.5d8a7000a24a9p-10, 0x1.446a44fadaeebp-13, 0x1.fe185e9095286p-17,
+};
+
+// The eighth of ln 2 in two parts of 24 bits and its reciprocal.
+constexpr float kExpStepHigh = 0x1.62e43p-4F;
+constexpr float kExpStepLow = -0x1.05c61p-32F;
+constexpr float kExpSteps = 0x1.715476p+3F;
+
+// 2^(i / 8) rounded, and the logarithm of what the rounding took.
+constexpr float kExpPower[8] = {
+    0x1p+0F,        0x1.172b84p+0F, 0x1.306fep+0F,  0x1.4bfdaep+0F,
+    0x1.6a09e6p+0F, 0x1.8ace54p+0F, 0x1.ae89fap+0F, 0x1.d5818ep+0F,
+};
+constexpr float kExpPowerLost[8] = {
+    0x0p+0F,         -0x1.9c0c22p-27F, 0x1.125002p-25F,  -0x1.0a3552p-25F,
+    0x1.26055cp-26F, 0x1.67a1cap-28F,  -0x1.f9c306p-27F, -0x1.a5217cp-28F,
+};
+
+// e^r = 1 + r + r^2 P(r) for |r| <= ln 2 / 16, relative, in floats.
+// Largest error 2^-32.5.
+constexpr float kExpRest32[3] = {
+    0x1p-1F,
+    0x1.555c7ap-3F,
+    0x1.55481cp-5F,
 };
 
 // ln 2, also in parts of 40 and 53 bits.
@@ -112,6 +139,32 @@ constexpr double kPowLog32[15] = {
     -0x1.9ad7e329af6b4p-4, 0x1.7748670c9b0d7p-4, -0x1.49ad3331322f1p-4, 0x1.196e2b386ba0cp-4,
     -0x1.4e9885dc69191p-4, 0x1.be2a6d80b802p-4,  -0x1.1c54206ace51fp-4,
 };
+
+// The first of the numbers with k = 0, as bits; ln 2 and, per interval of an eighth of an octave's bits, 1 /
+// c and ln c, the logarithms as multiples of 2^-17 and rests. |z / c - 1| <= 0.062500.
+constexpr std::uint32_t kLogStart32 = 0x3f355555;
+constexpr float kLogLn2High32 = 0x1.62e4p-1F;
+constexpr float kLogLn2Low32 = 0x1.7f7d1cp-20F;
+constexpr float kLogInverse32[8] = {
+    0x1.6p+0F, 0x1.4p+0F, 0x1.2p+0F, 0x1.1p+0F, 0x1p+0F, 0x1.dp-1F, 0x1.ap-1F, 0x1.8p-1F,
+};
+constexpr float kLogHigh32[8] = {
+    -0x1.4618p-2F, -0x1.c9p-3F, -0x1.e27p-4F, -0x1.f0ap-5F, 0x0p+0F, 0x1.9338p-4F, 0x1.a94p-3F, 0x1.2696p-2F,
+};
+constexpr float kLogLow32[8] = {
+    -0x1.78438cp-19F, 0x1.070cacp-20F,  -0x1.db8abcp-22F, -0x1.86008cp-20F,
+    0x0p+0F,          -0x1.0d1536p-19F, -0x1.2c3752p-19F, 0x1.089a6ep-21F,
+};
+
+// ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 1/16, relative, in floats.
+// Largest error 2^-36.2.
+constexpr float kLogRest32[5] = {
+    0x1.555556p-2F, -0x1.ffff7cp-3F, 0x1.9998d6p-3F, -0x1.56d3dcp-3F, 0x1.262064p-3F,
+};
+
+// log10 e in two parts of 24 bits.
+constexpr float kLog10eHigh32 = 0x1.bcb7b2p-2F;
+constexpr float kLog10eLow32 = -0x1.5b235ep-27F;
 
 // ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 2^-7, relative.
 // Largest error 2^-65.8.

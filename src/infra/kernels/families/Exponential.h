@@ -52,13 +52,20 @@ struct Exp64 {
   static double Full(double x) { return x != x ? x : ScaledFully(x, 0.0); }
 };
 
-/// 2^t to the precision of a float, for |t| below 1000.
-QORN_INLINE double Exp2ForFloat(double t) {
+/// 2^t = 2^fraction * scale, for |t| below 1000.
+struct Exp2Parts {
+  double fraction, scale;
+};
+
+QORN_INLINE Exp2Parts SplitExp2(double t) {
   constexpr double shifter = kShifter + 1023;
   const double shifted = t + shifter;
-  const double f = t - (shifted - shifter);
-  return Polynomial(f, kExp2_32) * FromBits(Bits(shifted) << 52);
+  return {t - (shifted - shifter), FromBits(Bits(shifted) << 52)};
 }
+
+/// 2^t to the precision of a float.
+QORN_INLINE double Exp2ForFloat(const Exp2Parts &t) { return Polynomial(t.fraction, kExp2_32) * t.scale; }
+QORN_INLINE double Exp2ForFloat(double t) { return Exp2ForFloat(SplitExp2(t)); }
 
 struct Exp32 {
   QORN_INLINE static float Fast(float x) {
@@ -66,6 +73,29 @@ struct Exp32 {
     const float low = x < -150.0F ? 0.0F : y;
     return x > 150.0F ? __builtin_inff() : low;
   }
+
+#if defined(QORN_FLOAT_REGISTERS)
+  // 2^k T e^r with T from the table: T + T r exactly, and to it what is at most a hundredth of it. The first
+  // difference is exact, since n is small and the product with it fused.
+  // Magnitudes, up to 87: beyond it the scaling may round.
+  template <class T> QORN_INLINE static auto Rank(T x) { return Bits(x) & 0x7fffffffU; }
+  static constexpr std::uint32_t Ranks() { return 0x42ae0000; }
+  QORN_INLINE static Floats InFloats(Floats x) {
+    constexpr float shifter = 0x1.8p23F;
+    const Floats shifted = MulAdd(x, Every(kExpSteps), Every(shifter));
+    const Words index = Bits(shifted);
+    const Floats n = shifted - shifter;
+    const Floats high = NegMulAdd(n, Every(kExpStepHigh), x);
+    const Floats low = NegMulAdd(n, Every(kExpStepLow), Choose(kExpPowerLost, index));
+    const Floats power = Choose(kExpPower, index);
+    const Floats r = high + low;
+    const Floats rest = MulAdd(r * r, Polynomial(r, kExpRest32), low);
+    const Floats sum = MulAdd(power, high, power);
+    const Floats lost = MulAdd(power, high, power - sum);
+    const Floats y = sum + MulAdd(power, rest, lost);
+    return FromBits(Bits(y) + ((index & ~7U) << 20));
+  }
+#endif
 };
 
 } // namespace

@@ -92,16 +92,64 @@ QORN_INLINE float LogLimits(float x, float y) {
   return x < infinity ? y : x;
 }
 
-struct Ln32 {
+#if defined(QORN_FLOAT_REGISTERS)
+// In float arithmetic: k ln 2 + ln c, short enough to be exact, plus r - r^2/2, each sum with what its
+// rounding loses, and to it what is at most a hundredth of it.
+
+struct FloatLog {
+  Floats high, low;
+};
+
+/// Of positive normal numbers.
+QORN_INLINE FloatLog LogOfFloats(Floats x) {
+  const Words bits = Bits(x) - kLogStart32;
+  const Words exponent = bits & 0xff800000U;
+  const Words index = bits >> 20;
+  const Floats k = __builtin_convertvector(__builtin_bit_cast(Ints, bits) >> 23, Floats);
+  const Floats r = MulSub(FromBits(Bits(x) - exponent), Choose(kLogInverse32, index), Every(1.0F));
+  const Floats whole = MulAdd(k, Every(kLogLn2High32), Choose(kLogHigh32, index));
+  const Floats sum = whole + r;
+  const Floats sumLost = (whole - sum) + r;
+  const Floats half = r * -0.5F;
+  const Floats high = MulAdd(half, r, sum);
+  const Floats highLost = MulAdd(half, r, sum - high);
+  const Floats rest = MulAdd(k, Every(kLogLn2Low32), Choose(kLogLow32, index));
+  const Floats cubic = MulAdd(r * r * r, Polynomial(r, kLogRest32), rest);
+  return {high, cubic + (sumLost + highLost)};
+}
+
+struct PositiveNormal {
+  template <class T> QORN_INLINE static auto Rank(T x) { return Bits(x) - 0x00800000U; }
+  static constexpr std::uint32_t Ranks() { return 0x7f000000; }
+};
+#else
+struct PositiveNormal {};
+#endif
+
+struct Ln32 : PositiveNormal {
   QORN_INLINE static float Fast(float x) {
     return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, 1.0, kLn2)));
   }
+#if defined(QORN_FLOAT_REGISTERS)
+  QORN_INLINE static Floats InFloats(Floats x) {
+    const FloatLog log = LogOfFloats(x);
+    return log.high + log.low;
+  }
+#endif
 };
 
-struct Log10_32 {
+struct Log10_32 : PositiveNormal {
   QORN_INLINE static float Fast(float x) {
     return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, kLog10e, kLog10Of2)));
   }
+#if defined(QORN_FLOAT_REGISTERS)
+  QORN_INLINE static Floats InFloats(Floats x) {
+    const FloatLog log = LogOfFloats(x);
+    const Floats high = log.high * kLog10eHigh32;
+    const Floats lost = MulSub(log.high, Every(kLog10eHigh32), high);
+    return high + MulAdd(log.high, Every(kLog10eLow32), MulAdd(log.low, Every(kLog10eHigh32), lost));
+  }
+#endif
 };
 
 } // namespace

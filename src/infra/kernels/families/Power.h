@@ -91,12 +91,13 @@ struct Power64 {
 };
 
 struct Power32 {
-  QORN_INLINE static double Core(double size, double y) {
+  /// log2 of size^y, at most 200: beyond it, the float is infinite or zero in any case.
+  QORN_INLINE static double Exponent(double size, double y) {
     const double t = y * LogForFloat(size, kPowLog32, kLog2e, 1.0);
-    const double power = Exp2ForFloat(t);
-    const double low = t < -200 ? 0.0 : power;
-    return t > 200 ? kInfinity : low;
+    const double low = t < -200 ? -200 : t;
+    return low > 200 ? 200 : low;
   }
+  QORN_INLINE static double Core(double size, double y) { return Exp2ForFloat(Exponent(size, y)); }
   QORN_INLINE static float Fast(float base, float exponent, bool &served) {
     const double x = static_cast<double>(base), y = static_cast<double>(exponent);
     const float size = Magnitude(base);
@@ -118,9 +119,21 @@ template <class Power, class T> struct PowerBy {
 };
 
 /// 10^y: the general power, of which the compiler evaluates the logarithm once.
-template <class Power, class T> struct PowerOfTen {
-  QORN_INLINE static T Fast(T y, bool &served) { return Power::Fast(T(10), y, served); }
-  static T Full(T y) { return Power::Full(T(10), y); }
+struct TenTo64 {
+  QORN_INLINE static double Fast(double y, bool &served) { return Power64::Fast(10, y, served); }
+  static double Full(double y) { return Power64::Full(10, y); }
+};
+
+struct TenTo32 {
+  QORN_INLINE static double Begin(float y, double &scale, bool &) {
+    const Exp2Parts t = SplitExp2(Power32::Exponent(10, static_cast<double>(y)));
+    scale = t.scale;
+    return t.fraction;
+  }
+  QORN_INLINE static float End(double fraction, double scale) {
+    return static_cast<float>(Exp2ForFloat(Exp2Parts{fraction, scale}));
+  }
+  static float Full(float y) { return Power32::Full(10, y); }
 };
 
 } // namespace
