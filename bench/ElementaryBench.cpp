@@ -1,5 +1,6 @@
-// Elementary functions at each level beside SLEEF's functions of at most 1 unit in the last place. Rows are
-// named kernel/level/length, and kernel:range where a function is measured over more than one range.
+// Elementary functions at each level beside SLEEF's functions of at most 1 unit in the last place, in the
+// widest registers (sleef, the measure of v4) and in those of AVX2 (sleef-avx2, that of v3). Rows are named
+// kernel/level/length, and kernel:range where a function is measured over more than one range.
 #include <benchmark/benchmark.h>
 
 #include <random>
@@ -49,6 +50,27 @@ void Register(const std::string &name, std::vector<T> a, std::vector<T> b, Run r
   });
 }
 
+struct Peer {
+  const char *name;
+  qorn_bench::SleefSet set;
+};
+constexpr Peer kPeers[] = {{"/peer:sleef", qorn_bench::SleefSet::kWidest},
+                           {"/peer:sleef-avx2", qorn_bench::SleefSet::kAvx2}};
+
+// What SLEEF makes of the function of that name, where it has one.
+template <class T>
+void RegisterPeers(const std::string &name, const char *function, const std::vector<T> &x,
+                   const std::vector<T> &y = {}) {
+  for (const Peer &peer : kPeers) {
+    if (const auto run = qorn_bench::FindSleef<T>(function, peer.set)) {
+      Register<T>(name + peer.name, x, y, [run](const T *a, const T *, T *dst) { run(a, dst, kLength); });
+    }
+    if (const auto run = qorn_bench::FindSleef2<T>(function, peer.set)) {
+      Register<T>(name + peer.name, x, y, [run](const T *a, const T *b, T *dst) { run(a, b, dst, kLength); });
+    }
+  }
+}
+
 template <class T> struct Row {
   const char *name, *range;
   double low, high;
@@ -63,10 +85,7 @@ template <class T> void RegisterOne(const Row<T> &row) {
     Register<T>(name + "/" + level.name, x, {},
                 [kernel](const T *a, const T *, T *dst) { kernel(a, dst, kLength); });
   }
-  if (const auto peer = qorn_bench::FindSleef<T>(row.name)) {
-    Register<T>(name + "/peer:sleef", x, {},
-                [peer](const T *a, const T *, T *dst) { peer(a, dst, kLength); });
-  }
+  RegisterPeers<T>(name, row.name, x);
 }
 
 template <class T>
@@ -77,10 +96,7 @@ void RegisterTwo(const std::string &name, std::vector<T> x, std::vector<T> y,
     Register<T>(name + Tag<T>::kText + "/" + level.name, x, y,
                 [run](const T *a, const T *b, T *dst) { run(a, b, dst, kLength); });
   }
-  if (const auto peer = qorn_bench::FindSleef2<T>(name.c_str())) {
-    Register<T>(name + Tag<T>::kText + "/peer:sleef", x, y,
-                [peer](const T *a, const T *b, T *dst) { peer(a, b, dst, kLength); });
-  }
+  RegisterPeers<T>(name + Tag<T>::kText, name.c_str(), x, y);
 }
 
 template <class T> void RegisterExpj(void (*Table::*kernel)(const T *, typename Tag<T>::Complex *, int)) {
@@ -92,10 +108,20 @@ template <class T> void RegisterExpj(void (*Table::*kernel)(const T *, typename 
       run(a, reinterpret_cast<typename Tag<T>::Complex *>(dst), kLength);
     });
   }
-  if (const auto peer = qorn_bench::FindSleef<T>("Expj")) {
-    Register<T>(name + "/peer:sleef", x, {},
-                [peer](const T *a, const T *, T *dst) { peer(a, dst, kLength); });
+  RegisterPeers<T>(name, "Expj", x);
+}
+
+// One exponent for all elements; the peer has it in an array.
+template <class T> void RegisterPowx(void (*Table::*kernel)(const T *, T, T *, int)) {
+  constexpr T kExponent = T(2.4);
+  const std::vector<T> x = Draw<T>(0.01, 10, 1), y(kLength, kExponent);
+  const std::string name = std::string("Powx") + Tag<T>::kText;
+  for (const Level &level : QORN::kernels::AvailableLevels()) {
+    const auto run = level.table->*kernel;
+    Register<T>(name + "/" + level.name, x, {},
+                [run](const T *a, const T *, T *dst) { run(a, kExponent, dst, kLength); });
   }
+  RegisterPeers<T>(name, "Pow", x, y);
 }
 
 const bool registered = [] {
@@ -125,6 +151,8 @@ const bool registered = [] {
   RegisterTwo<double>("Atan2", Draw<double>(-1, 1, 1), Draw<double>(-1, 1, 2), &Table::Atan2_64f);
   RegisterTwo<float>("Pow", Draw<float>(0.01, 10, 1), Draw<float>(-10, 10, 2), &Table::Pow_32f);
   RegisterTwo<double>("Pow", Draw<double>(0.01, 10, 1), Draw<double>(-10, 10, 2), &Table::Pow_64f);
+  RegisterPowx<float>(&Table::Powx_32f);
+  RegisterPowx<double>(&Table::Powx_64f);
   RegisterExpj<float>(&Table::Expj_32f);
   RegisterExpj<double>(&Table::Expj_64f);
   return true;
