@@ -1,5 +1,6 @@
 // Elementary functions. Each is our own, since the C library's last bits vary from machine to machine: float
-// forms through double arithmetic, double forms with the leading terms in two parts.
+// forms through double arithmetic, or in float where that is cheaper and, as in the double forms, with the
+// leading terms in two parts.
 #include "Arctangent.h"
 #include "Circular.h"
 #include "ErrorFunction.h"
