@@ -2,10 +2,12 @@
 // ch. 3).
 //
 // Rows and then columns are first scaled by powers of two, which rounds nothing, so that their largest
-// elements lie between 1/2 and 1: units must not decide over pivots, nor over what is singular. A matrix is
-// singular if all that is left to be the next pivot is not above size * epsilon. Under complete pivoting,
-// what rounding leaves of an exact zero stays below a third of that; partial pivoting would let it grow a
-// hundredfold, and no limit could then tell a singular matrix from a usable one.
+// elements lie between 1/2 and 1: units must not decide over pivots, nor over what is singular. An element is
+// scaled by both at once: with its row's scale alone, what its column's lifts again could be lost below the
+// range of the type. A matrix is singular if all that is left to be the next pivot is not above size *
+// epsilon. Under complete pivoting, what rounding leaves of an exact zero stays below a third of that;
+// partial pivoting would let it grow a hundredfold, and no limit could then tell a singular matrix from a
+// usable one.
 //
 // The source is read again for the scales in the end, so that the caller's buffer suffices.
 #include "qorn/infra/TargetLib.h"
@@ -40,11 +42,11 @@ private:
   Index m_rowStride, m_stride;
 };
 
-// The exponent e for which 2^e * largest lies between 1/2 and 1.
-template <class T> int ScaleOf(T largest) {
+// The exponent e for which 2^-e * |x| lies between 1/2 and 1, x being neither zero nor infinite.
+template <class T> int ExponentOf(T x) {
   int exponent = 0;
-  std::frexp(largest, &exponent);
-  return -exponent;
+  std::frexp(x, &exponent);
+  return exponent;
 }
 
 template <class T> class Inversion {
@@ -65,7 +67,7 @@ public:
 private:
   T *Row(Index i) { return m_work + i * m_size; }
 
-  // Zero for a row or column of zeros; not-a-number or infinite where an element is.
+  // Zero for a row of zeros; not-a-number or infinite where an element is.
   template <class Get> T Largest(Get get) const {
     T largest = 0;
     for (Index i = 0; i < m_size; ++i) {
@@ -76,26 +78,28 @@ private:
     return largest;
   }
 
-  static bool CanScale(T largest) { return largest > 0 && largest <= std::numeric_limits<T>::max(); }
-
-  // Leaves the rows' scales in the extra row.
+  // Leaves the rows' scales, as exponents, in the extra row.
   bool SetRowScales() {
     for (Index i = 0; i < m_size; ++i) {
       const T largest = Largest([&](Index j) { return m_src(i, j); });
-      if (!CanScale(largest)) return false;
-      m_extra[i] = static_cast<T>(ScaleOf(largest));
+      if (!(largest > 0 && largest <= std::numeric_limits<T>::max())) return false;
+      m_extra[i] = static_cast<T>(-ExponentOf(largest));
     }
     return true;
   }
 
-  T RowScaled(Index i, Index j) const { return std::ldexp(m_src(i, j), static_cast<int>(m_extra[i])); }
+  int RowScale(Index i) const { return static_cast<int>(m_extra[i]); }
 
   // The scale of column j of the source with scaled rows, or false for a column of zeros.
   bool ColumnScale(Index j, int &scale) const {
-    const T largest = Largest([&](Index i) { return RowScaled(i, j); });
-    if (!CanScale(largest)) return false;
-    scale = ScaleOf(largest);
-    return true;
+    constexpr int kNone = std::numeric_limits<int>::min();
+    int largest = kNone;
+    for (Index i = 0; i < m_size; ++i) {
+      const T x = m_src(i, j);
+      if (x != 0) largest = std::max(largest, ExponentOf(x) + RowScale(i));
+    }
+    scale = -largest;
+    return largest != kNone;
   }
 
   bool Load() {
@@ -103,7 +107,7 @@ private:
     for (Index j = 0; j < m_size; ++j) {
       int scale = 0;
       if (!ColumnScale(j, scale)) return false;
-      for (Index i = 0; i < m_size; ++i) Row(i)[j] = std::ldexp(RowScaled(i, j), scale);
+      for (Index i = 0; i < m_size; ++i) Row(i)[j] = std::ldexp(m_src(i, j), RowScale(i) + scale);
     }
     return true;
   }
@@ -183,7 +187,7 @@ private:
       int scale = 0;
       ColumnScale(i, scale);
       for (Index j = 0; j < m_size; ++j) {
-        Row(i)[j] = std::ldexp(Row(i)[j], scale + static_cast<int>(m_extra[j]));
+        Row(i)[j] = std::ldexp(Row(i)[j], scale + RowScale(j));
       }
     }
   }

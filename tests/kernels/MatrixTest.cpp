@@ -150,6 +150,30 @@ TYPED_TEST(TargetLibMatrix, Invert_RowsAndColumnsOfVeryDifferentSize_AreInverted
   EXPECT_EQ(Inverted(Matrix{tiny, tiny, tiny, 2 * tiny}).values, (Matrix{2 * big, -big, -big, big}));
 }
 
+// The inverse of {{a, b}, {c, d}} by its formula.
+template <class T> void ExpectInverseOfTwo(T a, T b, T c, T d) {
+  const Inverse<T> inverse = Inverted(std::vector<T>{a, b, c, d});
+  ASSERT_TRUE(inverse.success) << a << ' ' << b << ' ' << c << ' ' << d;
+  using Wide = long double;
+  const Wide determinant = Wide{a} * Wide{d} - Wide{b} * Wide{c};
+  const Wide expected[] = {Wide{d} / determinant, -Wide{b} / determinant, -Wide{c} / determinant,
+                           Wide{a} / determinant};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_LE(std::fabs(Wide{inverse.values[i]} - expected[i]),
+              4 * Wide{std::numeric_limits<T>::epsilon()} * std::fabs(expected[i]))
+        << a << ' ' << b << ' ' << c << ' ' << d << ", element " << i;
+  }
+}
+
+// Scaled with its row alone, the small column would be lost.
+TEST(TargetLibMatrix, Invert_SmallColumnBesideALargeOne_IsInverted) {
+  ExpectInverseOfTwo(1e20F, 1e-25F, 1e20F, -1e-25F);
+  ExpectInverseOfTwo(1e20F, 3.33333e-22F, 1e20F, -1.1e-22F);
+  ExpectInverseOfTwo(1e20F, 1e20F, 1e-25F, -1e-25F);
+  ExpectInverseOfTwo(1e200, 1e-200, 1e200, -1e-200);
+  ExpectInverseOfTwo(1e200, 3.33333e-200, 1e200, -1.1e-200);
+}
+
 TYPED_TEST(TargetLibMatrix, Invert_NotFinite_IsFalse) {
   using T = TypeParam;
   for (const T bad : {std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::infinity()}) {
