@@ -75,7 +75,7 @@ template <class M, class V, class T> M &RealMatrixOps<M, V, T>::operator/=(T val
 }
 
 template <class M, class V, class T> void RealMatrixOps<M, V, T>::Import(int row, const V &v) {
-  if (this->m_ppRows == nullptr) return;
+  if (this->m_size < 1 || this->m_ppRows == nullptr) return; // rows of an empty matrix lead anywhere
   T *start = (*this)[row];
   checks::Operand("elements from the row on", static_cast<int>(this->m_pData + this->m_size - start),
                   v.GetSize());

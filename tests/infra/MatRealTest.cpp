@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace QORN {
@@ -178,6 +179,21 @@ TYPED_TEST(MatReal, Import_OfAVector_FillsARowAndKeepsTheShape) {
   typename TypeParam::M empty;
   empty.Import(v);
   EXPECT_EQ(empty.GetSize(), 0);
+}
+
+// The row table and the block may still be there.
+TYPED_TEST(MatReal, Import_OfAVectorIntoARowOfNone_LeavesTheBlock) {
+  typename TypeParam::V v(2);
+  v[0] = 7;
+  v[1] = 8;
+  for (const auto &[rows, cols] : {std::pair(0, 3), std::pair(3, 0), std::pair(-1, 2), std::pair(2, -1)}) {
+    auto matrix = this->Of(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    const auto *const block = matrix.GetPtr();
+    matrix.Resize(rows, cols);
+    matrix.Import(0, v);
+    matrix.Import(v);
+    EXPECT_EQ(Elements(block, block + 9), (Elements{1, 2, 3, 4, 5, 6, 7, 8, 9})) << rows << ' ' << cols;
+  }
 }
 
 TYPED_TEST(MatReal, Export_OfTheBlock_CopiesWhateverTheSize) {
