@@ -283,6 +283,25 @@ TYPED_TEST(BaseMatrix, Resize_NegativeOrNoMemory_ThrowsAndLeavesTheShapeWithoutS
   EXPECT_TRUE(matrix.IsEmpty());
 }
 
+// As the product of the counts, which decides, is not above what there is.
+TYPED_TEST(BaseMatrix, Resize_NegativeWithoutMoreRows_KeepsTheCountsAndActsAsEmpty) {
+  for (const auto &[rows, cols] : {std::pair(-1, 5), std::pair(1, -1), std::pair(-1, -5)}) {
+    Probe<TypeParam> matrix(this->Counting(3, 3));
+    const auto *const block = matrix.GetPtr();
+    matrix.Resize(rows, cols);
+    EXPECT_EQ(matrix.GetRows(), rows);
+    EXPECT_EQ(matrix.GetCols(), cols);
+    EXPECT_LT(matrix.GetSize(), 0) << rows << " x " << cols;
+    EXPECT_EQ(matrix.GetCapacity(), 9);
+    matrix.SetZero();
+    ExpectThrown([&] { const typename TypeParam::M copy(matrix); }, 11001, "memory allocation error",
+                 TypeParam::kPath);
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(block[i], i + 1);
+    matrix.Resize(1, 2);
+    EXPECT_EQ(matrix.GetSize(), 2) << rows << " x " << cols;
+  }
+}
+
 TYPED_TEST(BaseMatrix, Resize_NoMemoryForTheRowTable_KeepsTheBlockUntilDel) {
   Probe<TypeParam> matrix;
   const int cols = 8 / matrix.GetElementSize(); // block and table are of one size

@@ -63,8 +63,11 @@ public:
   /// Gives the matrix its rows and columns. Where the elements fit into the block and the rows are not more
   /// than before, nothing is allocated and the elements stay where they lie in the block: they are not
   /// rearranged to the new width. Else block and row table are replaced, and the elements hold what the
-  /// memory held. Throws QORNException 11001 if there is no memory or a count is negative; the matrix then
-  /// has its new shape but no storage, until it is resized or deleted.
+  /// memory held. Throws QORNException 11001 if there is no memory, or a negative count is to get
+  /// a block; the matrix then has its new shape but no storage, until it is resized or deleted.
+  ///
+  /// Negative counts fit as no elements do: unless rows is more than before, they are kept, with a negative
+  /// size, nothing is thrown, and operations act as on an empty matrix; but a copy throws 11001.
   void Resize(int rows, int cols);
 
   /// Clears all elements.
