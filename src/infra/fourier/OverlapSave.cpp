@@ -16,22 +16,9 @@ namespace {
 
 constexpr const char *kModule = "infra\\TargetLib_ipp";
 
-// The plans of the process. The slots are constant-initialised and trivially destroyed, so that they serve
-// other objects' constructors and destructors; what is made after the end of this object's life is not freed.
+// The plans of the process. The slots are constant-initialised and trivially destroyed, and nothing frees the
+// plans: global objects and threads that are still there at the end of the process filter on.
 template <class T> std::atomic<const ComplexPlan<T> *> slots[5][31];
-
-template <class T> struct FreeAtExit {
-  FreeAtExit() = default;
-  FreeAtExit(const FreeAtExit &) = delete;
-  FreeAtExit &operator=(const FreeAtExit &) = delete;
-  ~FreeAtExit() {
-    for (auto &powers : slots<T>) {
-      for (auto &slot : powers) const std::unique_ptr<const ComplexPlan<T>> plan(slot.exchange(nullptr));
-    }
-  }
-};
-const FreeAtExit<float> freeFloats;
-const FreeAtExit<double> freeDoubles;
 
 template <class T> auto Product();
 template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }

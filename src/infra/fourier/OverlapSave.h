@@ -27,8 +27,8 @@ private:
 };
 
 /// The complex plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, by columns of 8 lanes. It is made at
-/// the first call, belongs to the process and is freed at its end; any thread may call. Throws QORNException
-/// 11001 if there is no memory for it.
+/// the first call, belongs to the process and is never freed; any thread may call. Throws QORNException 11001
+/// if there is no memory for it.
 template <class T> const ComplexPlan<T> &SharedPlan(int length);
 
 /// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
