@@ -5,19 +5,28 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <random>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
+#include "infra/kernels/Levels.h"
 #include "support/Allocations.h"
+#include "support/KernelCheck.h"
 
 namespace {
 
 using QORN::fourier::ComplexPlan;
+using QORN::fourier::CyclicFigures;
+using QORN::fourier::FloatOverlapSave;
 using QORN::fourier::OverlapSave;
 using QORN::fourier::SharedPlan;
 using QORN::test::AllocationCount;
+using QORN::test::Guarded;
 
 std::vector<double> Noise(int scalars, unsigned seed) {
   std::mt19937 random(seed);
@@ -52,7 +61,7 @@ void CheckStream(OverlapSave<double> &filter, const std::vector<double> &h, cons
 }
 
 TEST(OverlapSave, Run_ComplexTapsAndSignal_IsTheLinearConvolution) {
-  for (const int length : {64, 72, 80, 96, 512, 576}) {
+  for (const int length : {64, 192, 320, 512, 576}) {
     for (const int taps : {1, 2, 33, 64}) {
       OverlapSave<double> filter(length, taps);
       EXPECT_EQ(filter.Length(), length);
@@ -74,7 +83,7 @@ TEST(OverlapSave, SetTaps_Again_ReplacesThem) {
 
 TEST(OverlapSave, Copy_OfAFilter_IsAClone) {
   const auto h = Noise(20, 6);
-  std::optional<OverlapSave<double>> filter(std::in_place, 96, 10);
+  std::optional<OverlapSave<double>> filter(std::in_place, 192, 10);
   filter->SetTaps(h.data());
   OverlapSave<double> copy(*filter);
   filter->SetTaps(Noise(20, 7).data());
@@ -91,6 +100,237 @@ TEST(OverlapSave, Run_InSteadyState_AllocatesNothing) {
     filter.Run();
   }
   EXPECT_EQ(AllocationCount(), before);
+}
+
+// FloatOverlapSave: the cyclic convolution of floats, summed here in long double.
+
+using Wide = long double;
+
+std::vector<float> FloatNoise(int scalars, unsigned seed) {
+  const auto x = Noise(scalars, seed);
+  return std::vector<float>(x.begin(), x.end());
+}
+
+struct WideComplex {
+  Wide re = 0, im = 0;
+};
+
+// Result n of h with the complex signal whose parts are x0[stride n] and x1[stride n].
+WideComplex CyclicSum(const std::vector<float> &h, const float *x0, const float *x1, int stride, int length,
+                      int n) {
+  WideComplex sum;
+  for (int k = 0; 2 * k < static_cast<int>(h.size()); ++k) {
+    const auto t = static_cast<std::size_t>(2 * k);
+    const int at = stride * ((n - k + length) % length);
+    const Wide re = h[t], im = h[t + 1];
+    sum.re += re * Wide{x0[at]} - im * Wide{x1[at]};
+    sum.im += re * Wide{x1[at]} + im * Wide{x0[at]};
+  }
+  return sum;
+}
+
+Wide EnergyOf(const std::vector<float> &x) {
+  Wide sum = 0;
+  for (const float value : x) sum += Wide{value} * Wide{value};
+  return sum;
+}
+
+// What the transforms in double may add to the rounding of a result, for noise of deviation 1 and its taps.
+Wide Allowance(int length, int taps) {
+  return 1e-14L * std::sqrt(static_cast<Wide>(length)) * std::sqrt(static_cast<Wide>(2 * taps));
+}
+
+// The float that is nearest to a value which is uncertain by `allowance`.
+void ExpectRounded(float got, Wide expected, Wide allowance, const std::string &what) {
+  const Wide half = std::ldexp(std::fabs(expected), -24) + Wide{std::numeric_limits<float>::denorm_min()};
+  ASSERT_LE(std::fabs(Wide{got} - expected), half + allowance) << what;
+}
+
+struct Case {
+  int length, taps, everyNth;
+};
+
+FloatOverlapSave Filter(const Case &of, const std::vector<float> &h) {
+  FloatOverlapSave filter(of.length, of.taps);
+  EXPECT_EQ(filter.Length(), of.length);
+  EXPECT_EQ(filter.Taps(), of.taps);
+  EXPECT_EQ(filter.Step(), of.length - of.taps + 1);
+  std::copy(h.begin(), h.end(), filter.NewTaps());
+  filter.SetTaps();
+  return filter;
+}
+
+std::string Describe(const Case &of, const char *level, int n) {
+  return std::string(level)
+      .append(", length ")
+      .append(std::to_string(of.length))
+      .append(", taps ")
+      .append(std::to_string(of.taps))
+      .append(", result ")
+      .append(std::to_string(n));
+}
+
+void ExpectFigures(const CyclicFigures &figures, Wide energy, Wide smallest, Wide allowance,
+                   const std::string &what) {
+  ASSERT_NEAR(figures.energy, static_cast<double>(energy), 1e-13 * static_cast<double>(energy)) << what;
+  if (std::isinf(smallest)) {
+    ASSERT_EQ(figures.smallest, std::numeric_limits<double>::infinity()) << what;
+  } else {
+    ASSERT_NEAR(figures.smallest, static_cast<double>(smallest), static_cast<double>(allowance)) << what;
+  }
+}
+
+// Complex taps and values; the results begin after those that are wrapped around.
+void CheckComplex(const Case &of) {
+  const auto h = FloatNoise(2 * of.taps, 11), x = FloatNoise(2 * of.length, 12);
+  const int step = of.length - of.taps + 1;
+  const Wide allowance = Allowance(of.length, of.taps), energy = EnergyOf(x);
+  std::vector<WideComplex> sums(static_cast<std::size_t>(step));
+  for (int i = 0; i < step; i += of.everyNth) {
+    sums[static_cast<std::size_t>(i)] = CyclicSum(h, x.data(), x.data() + 1, 2, of.length, of.taps - 1 + i);
+  }
+  for (const auto &level : QORN::kernels::AvailableLevels()) {
+    const QORN::kernels::ScopedLevel scope(level);
+    FloatOverlapSave filter = Filter(of, h);
+    for (const int count : {1, 7, step / 2, step}) {
+      if (count < 1 || count > step) continue;
+      Guarded<float> dst(2 * count, 3);
+      const CyclicFigures figures = filter.Run(x.data(), dst.data(), count);
+      ASSERT_TRUE(dst.Intact()) << Describe(of, level.name, count);
+      Wide smallest = std::numeric_limits<Wide>::infinity();
+      for (int i = 0; i < count; i += of.everyNth) {
+        const WideComplex &sum = sums[static_cast<std::size_t>(i)];
+        ExpectRounded(dst.data()[2 * i], sum.re, allowance, Describe(of, level.name, i));
+        ExpectRounded(dst.data()[2 * i + 1], sum.im, allowance, Describe(of, level.name, i));
+        smallest = std::min({smallest, std::fabs(sum.re), std::fabs(sum.im)});
+      }
+      if (of.everyNth > 1) smallest = figures.smallest;
+      ExpectFigures(figures, energy, smallest, allowance, Describe(of, level.name, count));
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+}
+
+// Real taps and two real signals, of which one or both may have no results that are wanted.
+void CheckPair(const Case &of) {
+  auto h = FloatNoise(2 * of.taps, 13);
+  for (std::size_t i = 1; i < h.size(); i += 2) h[i] = 0;
+  const auto x0 = FloatNoise(of.length, 14), x1 = FloatNoise(of.length, 15);
+  const int step = of.length - of.taps + 1;
+  const Wide allowance = Allowance(of.length, of.taps), energy = EnergyOf(x0) + EnergyOf(x1);
+  std::vector<WideComplex> sums(static_cast<std::size_t>(step));
+  for (int i = 0; i < step; i += of.everyNth) {
+    sums[static_cast<std::size_t>(i)] = CyclicSum(h, x0.data(), x1.data(), 1, of.length, of.taps - 1 + i);
+  }
+  const int counts[][2] = {{step, step}, {step, 0}, {0, step}, {0, 0}, {step, 1}, {step / 3, step / 2}};
+  for (const auto &level : QORN::kernels::AvailableLevels()) {
+    const QORN::kernels::ScopedLevel scope(level);
+    FloatOverlapSave filter = Filter(of, h);
+    for (const auto &count : counts) {
+      Guarded<float> dst0(count[0], 1), dst1(count[1], 6);
+      const CyclicFigures figures =
+          filter.Run(x0.data(), x1.data(), dst0.data(), count[0], dst1.data(), count[1]);
+      ASSERT_TRUE(dst0.Intact() && dst1.Intact()) << Describe(of, level.name, count[0]);
+      Wide smallest = std::numeric_limits<Wide>::infinity();
+      for (int i = 0; i < step; i += of.everyNth) {
+        const WideComplex &sum = sums[static_cast<std::size_t>(i)];
+        if (i < count[0]) {
+          ExpectRounded(dst0.data()[i], sum.re, allowance, Describe(of, level.name, i));
+          smallest = std::min(smallest, std::fabs(sum.re));
+        }
+        if (i < count[1]) {
+          ExpectRounded(dst1.data()[i], sum.im, allowance, Describe(of, level.name, i));
+          smallest = std::min(smallest, std::fabs(sum.im));
+        }
+      }
+      if (of.everyNth > 1) smallest = figures.smallest;
+      ExpectFigures(figures, energy, smallest, allowance, Describe(of, level.name, count[0]));
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST(FloatOverlapSave, Run_AnyLength_IsTheConvolutionRoundedOnce) {
+  for (const int odd : {1, 3, 5, 9}) {
+    for (const int power : {1, 2, 4, 8}) {
+      const int length = 64 * odd * power;
+      for (const int taps : {1, 20, 64}) {
+        CheckComplex({length, taps, 1});
+        CheckPair({length, taps, 1});
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+// The lengths whose factors are products of two, and the first one with a factor 9 that filters choose.
+TEST(FloatOverlapSave, Run_GreatLength_IsTheConvolutionRoundedOnce) {
+  for (const int length : {9216, 1 << 18, 9 << 15}) {
+    const Case of{length, 1000, length / 50 + 1};
+    CheckComplex(of);
+    CheckPair(of);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(FloatOverlapSave, Gain_AnyLength_IsTheLargestMagnitudeOfTheSpectrum) {
+  constexpr Wide kPi = 3.14159265358979323846264338327950288L;
+  for (const int odd : {1, 3, 5, 9}) {
+    for (const int power : {1, 2, 8}) {
+      const Case of{64 * odd * power, 20, 1};
+      const auto h = FloatNoise(2 * of.taps, 16);
+      Wide largest = 0;
+      for (int k = 0; k < of.length; ++k) {
+        WideComplex bin;
+        for (int n = 0; n < of.taps; ++n) {
+          const Wide angle = 2 * kPi * static_cast<Wide>(n * k % of.length) / of.length;
+          const Wide re = h[static_cast<std::size_t>(2 * n)], im = h[static_cast<std::size_t>(2 * n + 1)];
+          bin.re += re * std::cos(angle) + im * std::sin(angle);
+          bin.im += im * std::cos(angle) - re * std::sin(angle);
+        }
+        largest = std::max(largest, std::hypot(bin.re, bin.im));
+      }
+      for (const auto &level : QORN::kernels::AvailableLevels()) {
+        const QORN::kernels::ScopedLevel scope(level);
+        ASSERT_NEAR(Filter(of, h).Gain(), static_cast<double>(largest), 1e-13 * static_cast<double>(largest))
+            << Describe(of, level.name, 0);
+      }
+    }
+  }
+}
+
+TEST(FloatOverlapSave, Copy_OfAFilter_IsAClone) {
+  const Case of{320, 10, 1};
+  const auto h = FloatNoise(2 * of.taps, 17), x = FloatNoise(2 * of.length, 18);
+  std::optional<FloatOverlapSave> filter(Filter(of, h));
+  std::vector<float> expected(static_cast<std::size_t>(2 * filter->Step())), got(expected);
+  filter->Run(x.data(), expected.data(), filter->Step());
+  FloatOverlapSave copy(*filter), assigned(64, 3);
+  assigned = *filter;
+  std::fill_n(filter->NewTaps(), 20, 0.0F);
+  filter->SetTaps();
+  filter.reset();
+  for (FloatOverlapSave *clone : {&copy, &assigned}) {
+    clone->Run(x.data(), got.data(), clone->Step());
+    EXPECT_EQ(got, expected);
+  }
+}
+
+// A copy has memory of its own for all, and takes over what is to be kept.
+TEST(WorkArray, Copy_OfSomeKept_CopiesThese) {
+  using QORN::fourier::WorkArray;
+  WorkArray<double> source(1000, 3);
+  std::fill_n(source.Data(), 1000, 5.0);
+  WorkArray<double> copy(source), assigned;
+  assigned = source;
+  std::fill_n(source.Data(), 1000, 6.0);
+  for (const WorkArray<double> *array : {&copy, &assigned}) {
+    EXPECT_EQ(std::vector<double>(array->Data(), array->Data() + 3), std::vector<double>(3, 5.0));
+    std::fill_n(array->Data(), 1000, 7.0);
+  }
+  const WorkArray<double> moved(std::move(copy)), empty(copy);
+  EXPECT_EQ(moved.Data()[999], 7.0);
+  EXPECT_EQ(empty.Data(), nullptr);
 }
 
 TEST(SharedPlan, ManyThreads_GetOnePlan) {

@@ -26,9 +26,17 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 } // namespace
 
-template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count) {
-  if (count > INT_MAX / static_cast<int>(sizeof(T))) Throw(errors::kMemoryAllocation, kModule);
-  m_bytes = Bytes(static_cast<int>(count) * static_cast<int>(sizeof(T)));
+template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count, std::ptrdiff_t kept) {
+  constexpr int kSize = sizeof(T);
+  if (count > INT_MAX / kSize) Throw(errors::kMemoryAllocation, kModule);
+  m_bytes = Bytes(static_cast<int>(count) * kSize, static_cast<int>(kept) * kSize);
+}
+
+template <class T> WorkArray<T>::Bytes::Bytes(const Bytes &other) : Bytes(other.GetSize(), other.kept) {
+  std::copy_n(other.GetPtr(), std::min(kept, GetSize()), GetPtr()); // a moved one has none
+}
+template <class T> auto WorkArray<T>::Bytes::operator=(const Bytes &other) -> Bytes & {
+  return *this = Bytes(other);
 }
 
 template <class T> const ComplexPlan<T> &SharedPlan(int length) {
@@ -46,7 +54,8 @@ template <class T> const ComplexPlan<T> &SharedPlan(int length) {
 template <class T>
 OverlapSave<T>::OverlapSave(int length, int taps)
     : m_plan(&SharedPlan<T>(length)), m_taps(taps),
-      m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T))) {}
+      m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T)),
+             std::ptrdiff_t{2} * length) {}
 
 template <class T> void OverlapSave<T>::SetTaps(const T *h) {
   T *const spectrum = m_work.Data();
@@ -62,7 +71,8 @@ template <class T> void OverlapSave<T>::Run() {
 }
 
 FloatOverlapSave::FloatOverlapSave(int length, int taps)
-    : m_plan(&SharedPlan<double>(length)), m_taps(taps), m_work(std::ptrdiff_t{6} * length) {}
+    : m_plan(&SharedPlan<double>(length)), m_taps(taps),
+      m_work(std::ptrdiff_t{6} * length, std::ptrdiff_t{2} * length) {}
 
 Cyclic FloatOverlapSave::Job() const {
   return {&m_plan->GetColumns(), m_work.Data(), m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length())};

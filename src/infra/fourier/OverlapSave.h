@@ -10,18 +10,26 @@
 
 namespace QORN::fourier {
 
-/// Work memory of `count` values, not cleared; copies as a value. Throws QORNException 11001 if there is
-/// none.
+/// Work memory of `count` values, not cleared; copies as a value, of which the first `kept` values are copied
+/// and the others are as in a new one. Throws QORNException 11001 if there is no memory.
 template <class T> class WorkArray {
 public:
   WorkArray() = default;
-  explicit WorkArray(std::ptrdiff_t count);
+  explicit WorkArray(std::ptrdiff_t count) : WorkArray(count, count) {}
+  WorkArray(std::ptrdiff_t count, std::ptrdiff_t kept);
   T *Data() const { return reinterpret_cast<T *>(m_bytes.GetPtr()); }
 
 private:
   struct Bytes : VecUInt8 {
     Bytes() = default;
-    explicit Bytes(int n) { CreateUncleared(n); }
+    Bytes(int count, int toKeep) : kept(toKeep) { CreateUncleared(count); }
+    Bytes(const Bytes &other);
+    Bytes(Bytes &&) noexcept = default;
+    Bytes &operator=(const Bytes &other);
+    Bytes &operator=(Bytes &&) noexcept = default;
+    ~Bytes() override = default;
+
+    int kept = 0;
   };
   Bytes m_bytes;
 };
@@ -65,8 +73,8 @@ private:
 
   const ComplexPlan<T> *m_plan; // belongs to the process
   int m_taps;
-  // Spectrum, block and scratch. In one piece, since many allocators keep a piece for the next request where
-  // they would give several back to the system.
+  // Spectrum, which alone is copied, block and scratch. In one piece, since many allocators keep a piece for
+  // the next request where they would give several back to the system.
   WorkArray<T> m_work;
 };
 
@@ -101,7 +109,7 @@ private:
 
   const ComplexPlan<double> *m_plan; // belongs to the process
   int m_taps;
-  WorkArray<double> m_work; // spectrum and scratch, in one piece as above
+  WorkArray<double> m_work; // spectrum and scratch, as above
 };
 
 extern template class WorkArray<float>;
