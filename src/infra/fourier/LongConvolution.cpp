@@ -65,6 +65,9 @@ template <> struct Element<Cplx32> {
   static constexpr int kParts = 2;
 };
 
+// The blocks that go through the transforms at once: two real ones, or a complex one.
+template <class T> constexpr Index kPairsOf = Element<T>::kParts == 1 ? 2 : 1;
+
 template <class T> T Conjugate(T x) { return x; }
 Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
 double Re(float x) { return static_cast<double>(x); }
@@ -128,6 +131,7 @@ constexpr Index kUsualBlock = 4096;
 template <class T> class Correlator<T>::Job {
   using Part = typename Element<T>::Part;
   static constexpr int kParts = Element<T>::kParts;
+  static constexpr Index kPairs = kPairsOf<T>;
   static constexpr bool kSplit = std::is_same_v<T, double>;
   static constexpr double kUnit = 0x1p-53;
   // 7 u of the operands, and a little less for what is not written out.
@@ -198,7 +202,6 @@ private:
   struct Outputs {
     Index first, count;
   };
-  static constexpr Index kPairs = kParts == 1 ? 2 : 1;
 
   const T &TapAt(Index i) const { return m_job.taps[m_last - i]; } // of the convolution, but for conjugation
   T *Target(Index n) const { return m_job.dst + (n - m_job.first); }
@@ -629,7 +632,7 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
     const Index step = (Index{1} << k) - taps + 1;
     if (step < 1) continue;
     const Index blocks = (outputs + step - 1) / step;
-    const Index runs = Element<T>::kParts == 1 ? (blocks + 1) / 2 : blocks;
+    const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
     const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(std::ldexp(1.0, k)) + kPerCall;
     if (cost < least) {
       least = cost;
@@ -639,6 +642,8 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
   }
   return best;
 }
+
+template <class T> double LeastTerms(int length) { return RunCost<T>(length) / kPerTerm<T>; }
 
 template <class T> int StreamLength(std::ptrdiff_t taps) {
   if (taps < 64) return 0;
@@ -657,10 +662,10 @@ template <class T> int StreamLength(std::ptrdiff_t taps) {
       }
     }
   }
-  return best;
+  if (best == 0) return 0;
+  const auto step = static_cast<double>(best - taps + 1), products = static_cast<double>(kPairsOf<T>) * step;
+  return products * static_cast<double>(taps) > LeastTerms<T>(best) ? best : 0;
 }
-
-template <class T> double LeastTerms(int length) { return RunCost<T>(length) / kPerTerm<T>; }
 
 template class Correlator<float>;
 template class Correlator<double>;

@@ -26,8 +26,8 @@ template <class T> struct Correlation {
 /// 11001 if there is no memory.
 template <class T> class Correlator {
 public:
-  /// `length` is 2^k times 1, 3, 5 or 9, and at least tapCount. With `lasting`, all memory is taken at once;
-  /// else what few signals need is left until then, and RunParts is not to be called.
+  /// `length` is 2^k times 1, 3, 5 or 9, k >= 6, and at least tapCount. With `lasting`, all memory is taken
+  /// at once; else what few signals need is left until then, and RunParts is not to be called.
   Correlator(const T *taps, int tapCount, int length, bool lasting);
   Correlator(const Correlator &other);
   Correlator &operator=(const Correlator &) = delete;
@@ -55,8 +55,9 @@ private:
 /// Depends on its arguments alone.
 template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
 
-/// The length of the transforms for an endless complex signal, 2^k times 1, 3, 5 or 9, that comes in blocks
-/// of 4096 values or, if that is more, of as many as there are taps; 0 if it is only for direct sums.
+/// The length of the transforms for an endless complex signal, 2^k times 1, 3, 5 or 9, k >= 6, that comes in
+/// blocks of 4096 values or, if that is more, of as many as there are taps; 0 if it is only for direct sums,
+/// since even a full run is estimated to take more than they (LeastTerms).
 template <class T> int StreamLength(std::ptrdiff_t taps);
 
 /// The number of products from which on a run of transforms is estimated to take less than direct sums.
