@@ -28,6 +28,7 @@ using test::Of;
 using test::Quad;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 template <class V> void ExpectNear(const V &got, const std::vector<double> &expected, double bound) {
   ASSERT_EQ(got.GetSize(), static_cast<int>(expected.size()));
@@ -135,6 +136,36 @@ TEST(LeastSqrFit, Polyfit_OfNonsense_Throws12004) {
   }
   ExpectSingular(Of<VecReal64>({1, kNaN, 3}), y, 1);
   ExpectSingular(Of<VecReal64>({1, 1e200, 3}), y, 1);
+  for (const double x : {kNaN, kInf, -kInf}) {
+    ExpectSingular(Of<VecReal64>({5, 5, 5, x}), Of<VecReal64>({0, 1, 2, 3}), 1);
+    ExpectSingular(Of<VecReal64>({0, 1, 2, x}), Of<VecReal64>({0, 1, 2, 3}), 2);
+  }
+}
+
+// The zeroth power of anything is 1.
+TEST(LeastSqrFit, Polyfit_OfDegreeZero_IsTheMeanWhateverXHolds) {
+  for (const double x : {5.0, kNaN, kInf}) {
+    VecReal64 p;
+    LeastSqrFit::Polyfit(p, Of<VecReal64>({5, 5, 5, x}), Of<VecReal64>({0, 1, 2, 3}), 0);
+    ASSERT_EQ(p.GetSize(), 1) << x;
+    EXPECT_EQ(p[0], 1.5) << x;
+  }
+}
+
+TEST(LeastSqrFit, Polyfit_OfYThatIsNotFinite_GivesNoFiniteCoefficient) {
+  for (const double y : {kNaN, kInf, -kInf}) {
+    for (int at = 0; at < 4; ++at) {
+      for (int degree = 0; degree < 3; ++degree) {
+        auto ys = Of<VecReal64>({0, 1, 2, 3});
+        ys[at] = y;
+        VecReal64 p;
+        LeastSqrFit::Polyfit(p, Of<VecReal64>({-1, 0, 1, 2}), ys, degree);
+        ASSERT_EQ(p.GetSize(), degree + 1);
+        for (int i = 0; i <= degree; ++i)
+          EXPECT_FALSE(std::isfinite(p[i])) << y << ' ' << at << ' ' << degree;
+      }
+    }
+  }
 }
 
 // Polyval.

@@ -20,8 +20,10 @@ public:
   /// p = the degree + 1 coefficients of the polynomial with the least sum of squares of y[i] - p(x[i]) over
   /// the length of x, computed in double. y has as many elements; p must be neither x nor y in double. The
   /// forms without x take x[i] = i. Allocates matrices of (degree + 1) times the length of x. Throws
-  /// QORNException 12004 "singular matrix" if x has fewer than degree + 1 distinct values, an element is not
-  /// finite, the degree is negative, or the normal matrix is as good as singular; p then stays as it was.
+  /// QORNException 12004 "singular matrix" if x has fewer than degree + 1 distinct values, the degree is
+  /// negative, or the normal matrix is as good as singular or not finite; p then stays as it was. An x that
+  /// is not finite makes it so, unless the degree is 0, for which p is the mean of y whatever x holds. A y
+  /// that is not finite throws nothing: no coefficient is then finite.
   ///@{
   static void Polyfit(VecReal64 &p, const VecReal64 &x, const VecReal64 &y, int degree);
   static void Polyfit(VecReal64 &p, const VecReal64 &y, int degree);
