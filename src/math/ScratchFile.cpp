@@ -13,10 +13,23 @@ namespace QORN {
 
 namespace {
 
-// The name holds when the current folder changes. Beside path, an empty file takes it at once.
+namespace fs = std::filesystem;
+
+// What the symbolic links that end in path lead to, whether that exists or not. Links that go round are left
+// to the opening of the file, which fails.
+fs::path Resolved(fs::path path) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, error)); ++i)
+    path = path.parent_path() / fs::read_symlink(path, error);
+  return path;
+}
+
+// The name holds when the current folder changes, and it is the file's own: a link stays when the file goes.
+// Beside path, an empty file takes it at once.
 std::string NameOf(const std::string &path, bool beside, const char *module) {
   std::error_code error;
-  std::string name = path.empty() ? path : std::filesystem::absolute(path, error).string();
+  std::string name = path.empty() ? path : Resolved(fs::absolute(path, error)).string();
   if (!beside) return name;
   name.append(".XXXXXX");
   const int descriptor = path.empty() ? -1 : mkstemp(name.data());

@@ -10,11 +10,11 @@
 namespace QORN {
 
 /// A file of floats, read and written at any place, and removed with the object. What stands at its path by
-/// then and is not this file stays.
+/// then and is not this file stays, and so does a symbolic link that leads to it.
 class ScratchFile {
 public:
-  /// Makes the file at path, or, if that belongs to another object, at a name of its own beside it. Throws
-  /// 13001 of the module whose path literal is given.
+  /// Makes the file at path, or where a symbolic link there leads, or, if that belongs to another object, at
+  /// a name of its own beside it. Throws 13001 of the module whose path literal is given.
   ScratchFile(const std::string &path, bool beside, const char *module);
   ~ScratchFile();
   ScratchFile(const ScratchFile &) = delete;

@@ -307,6 +307,33 @@ TEST_F(VectorAverageTest, Destructor_FileOfSomebodyElseInPlace_LeavesIt) {
   EXPECT_EQ(test::OpenFiles(), files);
 }
 
+// The links stay, and lead to nothing again; what the file replaces is what they lead to.
+TEST_F(VectorAverageTest, Destructor_PathOfALink_RemovesTheFileThatItLeadsTo) {
+  fs::create_directory(folder.File("folder"));
+  fs::create_symlink("folder/second", folder.File("first"));
+  fs::create_symlink("../ring", folder.File("folder/second"));
+  for (const bool present : {false, true}) {
+    if (present) std::ofstream(path) << std::string(100, 'x');
+    {
+      VectorAverage average(1, folder.File("first").c_str());
+      Add(average, {1});
+      EXPECT_EQ(Floats(), (std::vector<float>{1, 0}));
+      const VectorAverage copy(average);
+    }
+    EXPECT_FALSE(fs::exists(fs::symlink_status(path)));
+    EXPECT_TRUE(fs::is_symlink(fs::symlink_status(folder.File("first"))));
+    EXPECT_EQ(folder.Names().size(), 2U);
+  }
+}
+
+TEST_F(VectorAverageTest, Add_PathOfLinksInACircle_Throws13001) {
+  fs::create_symlink("second", folder.File("first"));
+  fs::create_symlink("first", folder.File("second"));
+  VectorAverage average(1, folder.File("first").c_str());
+  ExpectOpenError([&] { Add(average, {1}); });
+  EXPECT_EQ(folder.Names().size(), 2U);
+}
+
 TEST_F(VectorAverageTest, Destructor_OtherCurrentFolder_RemovesTheFile) {
   const fs::path before = fs::current_path();
   fs::current_path(folder.Path());

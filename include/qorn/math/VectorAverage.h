@@ -20,7 +20,8 @@ class VecReal32;
 /// 1) bytes for each element of a vector, which may be more than 2 GB; a slot that was never written takes no
 /// room on most file systems. The first Add makes the file, in place of one that is there, and the object
 /// removes it when it is destroyed, assigned to or given vectors of another length; it is found even if the
-/// current folder has changed since, and a file that somebody else has put in its place stays.
+/// current folder has changed since, and a file that somebody else has put in its place stays. A symbolic
+/// link at the path stays: the file that it leads to is made and removed.
 ///
 /// | state | vectors in the mean | file | left by |
 /// |---|---|---|---|
