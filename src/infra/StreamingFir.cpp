@@ -125,10 +125,14 @@ template void StreamingFir<Cplx32>::Run(const Cplx32 *, Cplx32 *, Index);
 namespace {
 
 // Outputs between two fillings of the streams: so many that filling takes little time, and so few that the
-// streams stay in the nearest cache.
+// streams stay in the nearest cache, but a full register if they are too many for that.
 Index Chunk(Index streams) { return std::clamp(Index{4096} / streams, Index{16}, Index{256}); }
 
 constexpr Index kSlack = 16; // scalars that the kernel reads behind them
+
+// Whole steps of the slack, unless that could be twice what is needed: what the kernel reads behind a stream
+// may be the next one.
+Index Stride(Index values) { return values < 2 * kSlack ? values : (values + kSlack) / kSlack * kSlack; }
 
 // dst[i] = src[i * factor].
 void Sample(const float *src, float *dst, Index count, Index factor) {
@@ -136,6 +140,12 @@ void Sample(const float *src, float *dst, Index count, Index factor) {
 }
 void Sample(const Cplx32 *src, Cplx32 *dst, Index count, Index factor) {
   for (Index i = 0; i < count; ++i) dst[i] = src[i * factor];
+}
+
+// Asks for the first `count` values, or what the nearest cache has room for beside others.
+template <class E> void Prefetch(const E *values, Index count) {
+  constexpr Index kLine = 64 / sizeof(E), kMost = 16384 / sizeof(E);
+  for (Index i = 0; i < std::min(count, kMost); i += kLine) __builtin_prefetch(values + i);
 }
 
 } // namespace
@@ -146,10 +156,13 @@ void Sample(const Cplx32 *src, Cplx32 *dst, Index count, Index factor) {
 DecimatingFir::DecimatingFir(const float *taps, int count, int decimation, int phase)
     : m_taps(count), m_decimation(decimation), m_first(phase - (m_taps - 1)),
       m_streams(std::min(m_taps, m_decimation)), m_overlap((m_taps - 1) / m_decimation),
-      m_chunk(Chunk(m_streams)), m_stride((m_overlap + m_chunk + kSlack) / kSlack * kSlack),
-      m_reversed(m_taps), m_data(2 * (m_streams * m_stride + kSlack)), m_past(2 * m_taps), m_next(2 * m_taps),
-      m_offsets(m_taps), m_cplxOffsets(m_taps) {
+      m_chunk(Chunk(m_streams)), m_stride(Stride(m_overlap + m_chunk)), m_reversed(m_taps),
+      m_past(2 * m_taps), m_next(2 * m_taps) {
   std::reverse_copy(taps, taps + count, m_reversed.Data());
+  if (IsSparse()) return;
+  m_data = fourier::WorkArray<float>(2 * (m_streams * m_stride + kSlack));
+  m_offsets = fourier::WorkArray<Index>(m_taps);
+  m_cplxOffsets = fourier::WorkArray<Index>(m_taps);
   std::fill_n(m_data.Data(), 2 * (m_streams * m_stride + kSlack), 0.0F); // some is read before it is written
   for (Index j = 0; j < m_taps; ++j) {
     m_offsets.Data()[j] = j % m_decimation * m_stride + j / m_decimation;
@@ -165,21 +178,44 @@ template <class E> void DecimatingFir::Fill(const E *in, Index len, Index from, 
   for (Index s = 0; s < m_streams; ++s) {
     E *const values = data + s * m_stride + at;
     const Index first = from * m_decimation + m_first + s;
-    const Index all = first >= len ? 0 : std::min(count, (len - first + m_decimation - 1) / m_decimation);
+    const bool whole = first + (count - 1) * m_decimation < len;
+    const Index all = whole ? count : first >= len ? 0 : (len - first + m_decimation - 1) / m_decimation;
     const Index old = first >= 0 ? 0 : std::min(all, (-first + m_decimation - 1) / m_decimation);
     if (old > 0) Sample(end + first, values, old, m_decimation);
     if (all > old) Sample(in + (first + old * m_decimation), values + old, all - old, m_decimation);
   }
 }
 
+// No sample is under the taps of two outputs; so none is read after an output has gone over it, and only the
+// first output has samples from before the block.
+template <class E> void DecimatingFir::RunSparsely(const E *in, E *out, Index count) {
+  E *const past = Past<E>();
+  for (Index i = 0; i < count; ++i) {
+    const Index first = i * m_decimation + m_first;
+    if (first < 0) std::copy_n(in, m_taps + first, std::copy(past + (m_taps + first), past + m_taps, past));
+    // Far apart, the samples are not expected by the processor.
+    if (i + 1 < count) Prefetch(in + (first + m_decimation), m_taps);
+    Direct(m_reversed.Data(), m_taps, first < 0 ? past : in + first, out + i, 1);
+  }
+}
+
 template <class E> void DecimatingFir::Run(const E *in, E *out, Index count) {
-  constexpr Index kParts = kScalars<E>;
   // Before the samples are written over.
   E *const past = Past<E>(), *const next = reinterpret_cast<E *>(m_next.Data());
   const Index len = count * m_decimation, fresh = std::min(len, m_taps);
   std::copy(past + fresh, past + m_taps, next);
   std::copy_n(in + (len - fresh), fresh, next + (m_taps - fresh));
+  if (IsSparse()) {
+    RunSparsely(in, out, count);
+  } else {
+    RunStreams(in, out, count);
+  }
+  std::copy_n(next, m_taps, past);
+}
 
+template <class E> void DecimatingFir::RunStreams(const E *in, E *out, Index count) {
+  constexpr Index kParts = kScalars<E>;
+  const Index len = count * m_decimation;
   const Index *const offsets = kParts == 1 ? m_offsets.Data() : m_cplxOffsets.Data();
   E *const data = reinterpret_cast<E *>(m_data.Data());
   Fill(in, len, 0, m_overlap, 0);
@@ -193,7 +229,6 @@ template <class E> void DecimatingFir::Run(const E *in, E *out, Index count) {
       std::copy_n(values + size, m_overlap, values);
     }
   }
-  std::copy_n(next, m_taps, past);
 }
 
 template void DecimatingFir::Run(const float *, float *, Index);

@@ -43,7 +43,8 @@ private:
 };
 
 /// Of the filter's outputs every decimation-th, from number phase on, 0 <= phase < decimation; the others are
-/// not computed. Those that are have the bits of StreamingFir's direct sums. Memory and copies likewise.
+/// not computed. Those that are have the bits of StreamingFir's direct sums. Memory and copies likewise: 5
+/// floats for each tap if decimation >= T > 256, else at most 43 for each and what streams of few taps take.
 class DecimatingFir {
 public:
   DecimatingFir(const float *taps, int count, int decimation, int phase);
@@ -55,6 +56,11 @@ public:
   template <class E> void Run(const E *in, E *out, std::ptrdiff_t count);
 
 private:
+  /// Whether each output has samples of its own, and so many that it is not worth while to lay them out for
+  /// sums of several outputs at once.
+  bool IsSparse() const { return m_overlap == 0 && m_taps > 256; }
+  template <class E> void RunSparsely(const E *in, E *out, std::ptrdiff_t count);
+  template <class E> void RunStreams(const E *in, E *out, std::ptrdiff_t count);
   template <class E>
   void Fill(const E *in, std::ptrdiff_t len, std::ptrdiff_t from, std::ptrdiff_t count, std::ptrdiff_t at);
 
@@ -64,7 +70,8 @@ private:
   std::ptrdiff_t m_overlap; // values of a stream under the taps, less one
   std::ptrdiff_t m_chunk;   // outputs at a time
   std::ptrdiff_t m_stride;  // of the streams, in values
-  fourier::WorkArray<float> m_reversed, m_data, m_past, m_next;
+  fourier::WorkArray<float> m_reversed, m_past, m_next;
+  fourier::WorkArray<float> m_data; // the streams
   fourier::WorkArray<std::ptrdiff_t> m_offsets, m_cplxOffsets;
 };
 

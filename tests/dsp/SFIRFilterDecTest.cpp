@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -149,8 +150,8 @@ template <class V> void CheckInPlace(int tapCount, int decimation, int length) {
 }
 
 TEST(SFIRFilterDec, Apply_InPlace_GivesTheSameCutToItsLength) {
-  for (const int taps : {1, 5, 100}) {
-    for (const int decimation : {1, 2, 9}) {
+  for (const int taps : {1, 5, 100, 300}) {
+    for (const int decimation : {1, 2, 9, 300, 310}) {
       for (const int length : {1, 8, 9, 50, 2500}) {
         CheckInPlace<VecReal32>(taps, decimation, length);
         CheckInPlace<VecCplx32>(taps, decimation, length);
@@ -294,6 +295,32 @@ TEST(SFIRFilterDec, Apply_AnyPieces_AllocatesNothing) {
   for (const int taps : {1, 30, 300}) {
     CheckAllocations<VecReal32>(taps, 3);
     CheckAllocations<VecCplx32>(taps, 8);
+  }
+}
+
+// A block of memory has at most the values of two parts that are under the taps, sixteen more for each of the
+// streams, which are not more than the taps, and what few streams need. Where the outputs have no sample in
+// common, it has two floats for each tap.
+TEST(SFIRFilterDec, SetParams_AnyDecimation_TakesASmallMultipleOfTheTaps) {
+  for (const int count : {100, 1000, 5000, 30000}) {
+    const auto taps = NoiseVector<VecReal32>(count);
+    for (const int decimation : {1, 10, 200, 257, 999, 1000, 1001, 4999, 29999, 30000, 100000}) {
+      const bool isApart = count > 256 && decimation >= count;
+      const AllocationLimit limit(sizeof(float) *
+                                  static_cast<std::size_t>(isApart ? 2 * count + 100 : 34 * count + 20000));
+      EXPECT_NO_THROW(SFIRFilterDec(taps, decimation, 0)) << count << " by " << decimation;
+    }
+  }
+}
+
+TEST(SFIRFilterDec, Apply_ManyStreams_KeepsTheOutputsOfTheFilterBitForBit) {
+  for (const auto &[taps, decimation] :
+       {std::pair(300, 300), std::pair(300, 700), std::pair(600, 290), std::pair(700, 601)}) {
+    for (const int phase : {0, decimation / 2, decimation - 1}) {
+      CheckSums<float>(taps, decimation, phase);
+      CheckSums<Cplx32>(taps, decimation, phase);
+      if (HasFailure()) return;
+    }
   }
 }
 
