@@ -8,12 +8,15 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
-// Runs body(place, Int<lanes>) over 0 <= place < len: full vectors first, then the same text one by one.
-template <class T, class F> [[gnu::always_inline]] inline void ForEach(Index len, const F &body) {
-  constexpr int V = kLanes<T, 16>;
-  Index i = 0;
+// Runs body(place, Int<lanes>) over place <= i < len: full vectors first, then the same text on halves of
+// them, at last one by one.
+template <class T, int V, class F>
+[[gnu::always_inline]] inline void ForEachFrom(Index i, Index len, const F &body) {
   for (; i + V <= len; i += V) body(i, Int<V>{});
-  for (; i < len; ++i) body(i, Int<1>{});
+  if constexpr (V > 1) ForEachFrom<T, (V * sizeof(T) > 16 ? V / 2 : 1)>(i, len, body);
+}
+template <class T, class F> [[gnu::always_inline]] inline void ForEach(Index len, const F &body) {
+  ForEachFrom<T, kLanes<T, 16>>(0, len, body);
 }
 
 /// dst[i] = src[i] * factor[i], complex, all interleaved. swapIn and swapOut exchange real and imaginary
