@@ -93,8 +93,8 @@ std::vector<int> Lengths() {
   std::vector<int> lengths;
   for (int n = 1; n <= 300; ++n) lengths.push_back(n);
   for (const int n :
-       {343,  360,  512,  625,  729,  1000, 1001, 1009,  1023,  1024,  1200,  1331,  1536,  2011, 2048,
-        2187, 2197, 3125, 4095, 4096, 6859, 8192, 10000, 10007, 16384, 16807, 28561, 32768, 65536}) {
+       {343,  360,  512,  625,  729,  1000, 1001, 1009, 1016,  1023,  1024,  1200,  1331,  1536,  2011, 2032,
+        2048, 2187, 2197, 3125, 4095, 4096, 6859, 8192, 10000, 10007, 16384, 16807, 28561, 32768, 65536}) {
     lengths.push_back(n);
   }
   for (int n = 301; n <= 2048; ++n) {
@@ -322,7 +322,7 @@ TYPED_TEST(FourierPlan, Make_NoMemory_IsNull) {
 
 TYPED_TEST(FourierPlan, Clone_SourceGone_StillTransforms) {
   using T = TypeParam;
-  for (const int n : {16, 1000, 1024, 1009}) {
+  for (const int n : {16, 1000, 1024, 1009, 1023, 1031}) {
     auto source = ComplexPlan<T>::Make(n);
     auto real = RealPlan<T>::Make(n);
     const std::vector<T> x = Noise<T>(2 * n, 5);
@@ -343,7 +343,7 @@ TYPED_TEST(FourierPlan, Clone_SourceGone_StillTransforms) {
 
 TYPED_TEST(FourierPlan, Transform_AnyLength_AllocatesNothing) {
   using T = TypeParam;
-  for (const int n : {7, 1000, 1024, 1009, 1023}) {
+  for (const int n : {7, 1000, 1024, 1009, 1023, 1031}) {
     const auto plan = ComplexPlan<T>::Make(n);
     const auto real = RealPlan<T>::Make(n);
     const auto scratch = Scratch<T>(*plan), realScratch = Scratch<T>(*real);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "Passes.h"
+
 namespace QORN::fourier {
 
 namespace {
@@ -60,6 +62,35 @@ double CostWith(int lanes, std::int64_t n, int scalar) {
          joins * (Arithmetic(lanes) + kMemory + kTurn + kJoin) + (partial ? kPart * lanes : 0);
 }
 
+// Samples of so many bytes do not stay in the caches from pass to pass.
+constexpr std::int64_t kTiledBytes = std::int64_t{1} << 24;
+// Parts and lines of so many blocks stay in the first and in the second cache.
+constexpr std::int64_t kNearBlocks = 160, kFarBlocks = 4096;
+constexpr double kFar = 8; // what it adds to a line if they do not
+
+double PassCost(int radix) { return Arithmetic(radix) + kMemory + kTurn; }
+
+// Of a line of n blocks, for each of them, if its parts are joined with that radix.
+double LineCostWith(std::int64_t n, int last) {
+  if (n % last != 0 || n == last) return std::numeric_limits<double>::infinity();
+  double cost = PassCost(last);
+  for (const int radix : Radices(n / last)) cost += PassCost(radix);
+  const std::int64_t part = n / last;
+  if (part > kNearBlocks) cost += kMemory * static_cast<double>(Radices(part).size());
+  return cost;
+}
+
+constexpr int kLastRadices[] = {1, 2, 3, 4, 5, 7, 8, 9};
+
+double LineCost(std::int64_t n) { return LineCostWith(n, LastRadix(n)); }
+
+bool HasRadices(std::int64_t n) {
+  for (int p = 2; p <= kMaxRadix; ++p) {
+    while (n % p == 0) n /= p;
+  }
+  return n == 1;
+}
+
 } // namespace
 
 GridShape GridFor(int n, int scalar) {
@@ -114,6 +145,7 @@ std::vector<int> Radices(std::int64_t n) {
   const int passes = (twos + 2) / 3;
   for (int i = 0; i < passes; ++i) radices.push_back(1 << (twos / passes + (i < twos % passes ? 1 : 0)));
   for (const int radix : {13, 11, 9, 7, 5, 3}) take(radix);
+  for (int radix = kMaxStraight + 4; n > 1; radix += 2) take(radix);
   return radices;
 }
 
@@ -132,6 +164,63 @@ int LanesFor(std::int64_t n, int scalar) {
 }
 
 double Cost(std::int64_t n, int scalar) { return CostWith(LanesFor(n, scalar), n, scalar); }
+
+int LastRadix(std::int64_t n) {
+  int best = 1;
+  for (const int last : kLastRadices) {
+    if (LineCostWith(n, last) < LineCostWith(n, best)) best = last;
+  }
+  return best;
+}
+
+std::int64_t TileRows(std::int64_t n, int scalar) {
+  if (!HasRadices(n) || (IsSmooth(n) && 2 * n * scalar < kTiledBytes)) return 0;
+  const std::int64_t width = 64 / scalar;
+  // Of the transforms of `lanes` lines, in whole vectors of lanes.
+  const auto lineCost = [&](std::int64_t blocks, std::int64_t lanes) {
+    const double filled =
+        static_cast<double>((lanes + width - 1) / width * width) / static_cast<double>(lanes);
+    return (LineCost(blocks) + (blocks > kFarBlocks ? kFar : 0)) * filled;
+  };
+  double least = std::numeric_limits<double>::infinity();
+  std::int64_t best = 0;
+  for (std::int64_t low = width; low * low <= n; ++low) {
+    if (n % low != 0) continue;
+    for (const std::int64_t rows : {low, n / low}) {
+      const double cost = lineCost(rows, n / rows) + lineCost(n / rows, rows);
+      if (cost < least) {
+        least = cost;
+        best = rows;
+      }
+    }
+  }
+  return best;
+}
+
+int CyclicGenerator(int n, int scalar) {
+  constexpr int kLargestFactor = 31;
+  for (std::int64_t p = 2; p * p <= n; ++p) {
+    if (n % p == 0) return 0;
+  }
+  std::vector<int> factors; // of n - 1
+  int rest = n - 1;
+  for (int p = 2; p <= kLargestFactor; ++p) {
+    if (rest % p == 0) factors.push_back(p);
+    while (rest % p == 0) rest /= p;
+  }
+  if (rest != 1 || (!IsSmooth(n - 1) && TileRows(n - 1, scalar) == 0)) return 0;
+  const auto power = [n](std::int64_t base, int exponent) {
+    std::int64_t result = 1;
+    for (; exponent > 0; exponent /= 2, base = base * base % n) {
+      if (exponent % 2 != 0) result = result * base % n;
+    }
+    return result;
+  };
+  for (int g = 2;; ++g) {
+    if (std::none_of(factors.begin(), factors.end(), [&](int p) { return power(g, (n - 1) / p) == 1; }))
+      return g;
+  }
+}
 
 std::int64_t ConvolutionLength(std::int64_t least, int scalar) {
   std::int64_t best = 0;

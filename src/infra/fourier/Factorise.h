@@ -20,12 +20,23 @@ GridShape GridFor(int n, int scalar);
 /// Whether n has no prime factor above 13, so that there is a butterfly for each.
 bool IsSmooth(std::int64_t n);
 
-/// The radices of the passes of a smooth n, in their order.
+/// The radices of the passes of n, which has no prime factor above kMaxRadix, in their order.
 std::vector<int> Radices(std::int64_t n);
 
 /// The number of lanes, 5 to 16 and a divisor of the smooth n > 16, at the least estimated cost; `scalar` is
 /// sizeof of the type. There always is one: n has a prime factor of 5 or more, or 8 or 9 divides it.
 int LanesFor(std::int64_t n, int scalar);
+
+/// Of a transform in tiles (Passes.h): the number of rows, or 0 if n has no prime factors for it or another
+/// way is estimated to take less.
+std::int64_t TileRows(std::int64_t n, int scalar);
+
+/// The radix that joins the parts of a line of n blocks, n >= 4.
+int LastRadix(std::int64_t n);
+
+/// A generator of the residues modulo n but 0, if n is a prime for which the convolution of n - 1 values
+/// pays; else 0.
+int CyclicGenerator(int n, int scalar);
 
 /// The estimated cost of a transform of smooth length, in vector operations of the widest level.
 double Cost(std::int64_t n, int scalar);

@@ -25,8 +25,14 @@ struct Pass {
   int radix;
   std::ptrdiff_t done;
   std::ptrdiff_t rest;
-  std::ptrdiff_t turns; ///< where the pass's factors start in Columns::turns, in scalars
+  /// Where the pass's factors start in Columns::turns, in scalars. Those of a radix above kMaxStraight come
+  /// behind its cosines and sines: for k = 1 to radix / 2, for j = 1 to radix / 2, both of 2 pi k j / radix.
+  std::ptrdiff_t turns;
 };
+
+/// The largest radix that has a straight-line butterfly; larger ones are odd primes, to kMaxRadix.
+inline constexpr int kMaxStraight = 13;
+inline constexpr int kMaxRadix = 127;
 
 inline constexpr int kMaxPasses = 32;
 
@@ -45,6 +51,37 @@ template <class T> struct Columns {
   /// the factors of a long transform take less memory than its samples.
   const T *joins;
   const T *strides;
+};
+
+/// A transform of `part.blocks` * `last` = N blocks: `last` transforms of every last-th block by the passes
+/// of `part`, then one pass of radix `last`, 1 to 9, whose inputs are turned by exp(-j 2 pi q j / N), 1 <= j
+/// < last, for each q < part.blocks. These factors are in part.turns from lastTurns on.
+template <class T> struct Line {
+  Columns<T> part; ///< lanes = width = Tiled<T>::kWidth; joins nothing
+  int last;
+  std::ptrdiff_t lastTurns;
+};
+
+/// A transform of N = A * B points, A, B >= W, that sweeps the memory twice. Sample B a + b is the one of row
+/// a in column b, and
+///
+///   X[k + A k'] = sum over b of exp(-j 2 pi b k' / B) exp(-j 2 pi b k / N) sum over a of x[B a + b] exp(-j 2
+///   pi a k / A)
+///
+/// First W columns at a time are transformed as blocks of W lanes, turned, transposed into blocks whose lanes
+/// are W neighbouring k, and written to memory in the order (k / W, b). Then these B blocks at a time are
+/// transformed and written to where they belong. The blocks of either step stay in the caches, and there is
+/// no other access than to whole blocks. Where W does not divide A or B, the last W lanes begin earlier and
+/// overlap the former ones.
+template <class T> struct Tiled {
+  static constexpr int kWidth = 64 / static_cast<int>(sizeof(T)); ///< W
+
+  Line<T> down, across; ///< the transforms of A and of B points
+  /// The factors exp(-j 2 pi b k / N) are products of two: of `steps`, a block for each b with those of the
+  /// first W values of k, and of `strides`, for each tile of W columns, for each group of W values of k, the
+  /// factors of its first k for each of the columns, interleaved.
+  const T *steps, *strides;
+  std::ptrdiff_t tile; ///< the scalars of scratch that a tile takes
 };
 
 /// A cyclic convolution of N values with taps, by the columns of N points with 8 lanes, M = N / 8 being a

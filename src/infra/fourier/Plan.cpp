@@ -20,6 +20,7 @@ template <> struct Passes<float> {
   static auto Small() { return active->FourierSmall_32f; }
   static auto Grid() { return active->FourierGrid_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
+  static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
   static auto Untangle() { return active->FourierUntangle_32f; }
   static auto Tangle() { return active->FourierTangle_32f; }
@@ -28,6 +29,7 @@ template <> struct Passes<double> {
   static auto Small() { return active->FourierSmall_64f; }
   static auto Grid() { return active->FourierGrid_64f; }
   static auto Columns() { return active->FourierColumns_64f; }
+  static auto Tiled() { return active->FourierTiled_64f; }
   static auto Product() { return active->FourierProduct_64f; }
   static auto Untangle() { return active->FourierUntangle_64f; }
   static auto Tangle() { return active->FourierTangle_64f; }
@@ -50,6 +52,63 @@ template <class P> std::unique_ptr<P> Copy(const std::unique_ptr<P> &plan) {
 constexpr int kFactoredFrom = 1 << 18;
 
 std::size_t Size(std::int64_t n) { return static_cast<std::size_t>(n); }
+
+// Fills in the passes over `blocks` blocks.
+template <class T> void SetPasses(Columns<T> &columns, std::int64_t blocks) {
+  columns.blocks = blocks;
+  std::int64_t done = 1, turns = 0;
+  for (const int radix : Radices(blocks)) {
+    const std::int64_t rest = blocks / (done * radix);
+    columns.passes[columns.passCount++] = {radix, done, rest, turns};
+    const std::int64_t table = radix > kMaxStraight ? 2 * (radix / 2) * (radix / 2) : 0;
+    turns += table + rest * (radix - 1) * 2;
+    done *= radix;
+  }
+}
+
+// How many scalars the factors of the passes take.
+template <class T> std::size_t PassFactors(const Columns<T> &columns) {
+  const Pass &last = columns.passes[columns.passCount - 1];
+  const std::int64_t table = last.radix > kMaxStraight ? 2 * (last.radix / 2) * (last.radix / 2) : 0;
+  return Size(last.turns + table + last.rest * (last.radix - 1) * 2);
+}
+
+template <class T> void Write(T *&to, typename Roots<T>::Root root) {
+  *to++ = root.re;
+  *to++ = root.im;
+}
+
+// `count` factors number first, first + step, ...: their real parts, then their imaginary ones.
+template <class T>
+T *WriteFactors(const Roots<T> &roots, std::int64_t first, std::int64_t step, std::int64_t count, T *to) {
+  for (std::int64_t i = 0; i < count; ++i, ++to) {
+    const auto root = roots(first + step * i);
+    to[0] = root.re;
+    to[count] = root.im;
+  }
+  return to + count;
+}
+
+// The factors of the passes. n, that of the roots, is a multiple of the number of blocks.
+template <class T>
+T *WritePassFactors(const Columns<T> &columns, const Roots<T> &roots, std::int64_t n, T *to) {
+  for (int i = 0; i < columns.passCount; ++i) {
+    const Pass &pass = columns.passes[i];
+    if (pass.radix > kMaxStraight) {
+      for (std::int64_t k = 1; k <= pass.radix / 2; ++k) {
+        for (std::int64_t j = 1; j <= pass.radix / 2; ++j) {
+          const auto root = roots(k * j % pass.radix * (n / pass.radix));
+          Write<T>(to, {root.re, -root.im});
+        }
+      }
+    }
+    for (std::int64_t p = 0; p < pass.rest; ++p) {
+      for (std::int64_t k = 1; k < pass.radix; ++k)
+        Write<T>(to, roots(p * k * (n / (pass.rest * pass.radix))));
+    }
+  }
+  return to;
+}
 
 } // namespace
 
@@ -81,25 +140,43 @@ template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
 }
 
 template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length(length) {
-  if (const GridShape shape = GridFor(length, sizeof(T)); lanes == 0 && shape.rows != 0) {
+  if (lanes != 0) {
+    MakeColumns(lanes);
+  } else if (const GridShape shape = GridFor(length, sizeof(T)); shape.rows != 0) {
     MakeGrid(shape);
   } else if (length <= kMaxSmall) {
     return;
+  } else if (const std::int64_t rows = TileRows(length, sizeof(T)); rows != 0) {
+    MakeTiled(rows);
   } else if (IsSmooth(length)) {
-    MakeColumns(lanes != 0 ? lanes : LanesFor(length, sizeof(T)));
+    MakeColumns(LanesFor(length, sizeof(T)));
+  } else if (const int generator = CyclicGenerator(length, sizeof(T)); generator != 0) {
+    MakeRader(generator);
   } else {
     MakeBluestein();
   }
+  Link();
 }
 
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_grid(other.m_grid),
       m_columns(other.m_columns), m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides),
-      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum) {
+      m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
+      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum),
+      m_places(other.m_places) {
+  Link();
+}
+
+// Points the passes to this plan's tables.
+template <class T> void ComplexPlan<T>::Link() {
   m_grid.turns = m_columns.turns = m_turns.Data();
   m_grid.middleTurns = m_columns.joins = m_joins.Data();
   m_columns.strides = m_strides.Data();
+  m_tiled.down.part.turns = m_down.Data();
+  m_tiled.across.part.turns = m_across.Data();
+  m_tiled.steps = m_joins.Data();
+  m_tiled.strides = m_strides.Data();
 }
 
 template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
@@ -137,32 +214,14 @@ template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
   const std::int64_t blocks = m_length / lanes;
   const int width = lanes <= 8 ? 8 : 16;
   m_columns.length = m_length;
-  m_columns.blocks = blocks;
   m_columns.lanes = lanes;
   m_columns.width = width;
   m_scratch = Size(blocks) * Size(4 * width);
 
   const Roots<T> roots(m_length);
-  std::int64_t done = 1, turns = 0;
-  for (const int radix : Radices(blocks)) {
-    const std::int64_t rest = blocks / (done * radix);
-    m_columns.passes[m_columns.passCount++] = {radix, done, rest, turns};
-    turns += rest * (radix - 1) * 2;
-    done *= radix;
-  }
-  m_turns = Block<T>(Size(turns));
-  T *turn = m_turns.Data();
-  for (int i = 0; i < m_columns.passCount; ++i) {
-    const Pass &pass = m_columns.passes[i];
-    for (std::int64_t p = 0; p < pass.rest; ++p) {
-      for (std::int64_t k = 1; k < pass.radix; ++k) {
-        const auto root = roots(p * k * pass.done * lanes);
-        *turn++ = root.re;
-        *turn++ = root.im;
-      }
-    }
-  }
-  m_columns.turns = m_turns.Data();
+  SetPasses(m_columns, blocks);
+  m_turns = Block<T>(PassFactors(m_columns));
+  WritePassFactors(m_columns, roots, m_length, m_turns.Data());
 
   const std::int64_t groups = (blocks + width - 1) / width;
   const bool factored = m_length >= kFactoredFrom;
@@ -170,28 +229,58 @@ template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
   m_joins = Block<T>(Size(tabled) * Size((lanes - 1) * 2 * width));
   T *join = m_joins.Data();
   for (std::int64_t group = 0; group < tabled; ++group) {
-    for (std::int64_t lane = 1; lane < lanes; ++lane) {
-      for (int i = 0; i < width; ++i, ++join) {
-        const auto root = roots(lane * (group * width + i));
-        join[0] = root.re;
-        join[width] = root.im;
-      }
-      join += width;
-    }
+    for (std::int64_t lane = 1; lane < lanes; ++lane)
+      join = WriteFactors(roots, lane * group * width, lane, width, join);
   }
-  m_columns.joins = m_joins.Data();
   if (!factored) return;
 
   m_strides = Block<T>(Size(groups) * Size((lanes - 1) * 2));
   T *stride = m_strides.Data();
   for (std::int64_t group = 0; group < groups; ++group) {
-    for (std::int64_t lane = 1; lane < lanes; ++lane) {
-      const auto root = roots(lane * width * group);
-      *stride++ = root.re;
-      *stride++ = root.im;
+    for (std::int64_t lane = 1; lane < lanes; ++lane) Write<T>(stride, roots(lane * width * group));
+  }
+}
+
+template <class T> void ComplexPlan<T>::MakeTiled(std::int64_t rows) {
+  constexpr std::int64_t kWidth = Tiled<T>::kWidth;
+  const std::int64_t columns = m_length / rows, groups = (rows + kWidth - 1) / kWidth;
+  const std::int64_t tiles = (columns + kWidth - 1) / kWidth;
+  const Roots<T> roots(m_length);
+  std::int64_t tile = 0, spare = 0;
+  const auto makeLine = [&](std::int64_t length, Line<T> &line, Block<T> &factors) {
+    line.last = LastRadix(length);
+    Columns<T> &part = line.part;
+    part.lanes = part.width = kWidth;
+    SetPasses(part, length / line.last);
+    line.lastTurns = static_cast<std::ptrdiff_t>(PassFactors(part));
+    factors = Block<T>(Size(line.lastTurns + part.blocks * 2 * (line.last - 1)));
+    T *factor = WritePassFactors(part, roots, m_length, factors.Data());
+    for (std::int64_t q = 0; q < part.blocks; ++q) {
+      for (std::int64_t j = 1; j < line.last; ++j) Write<T>(factor, roots(q * j * (m_length / length)));
+    }
+    tile = std::max<std::int64_t>(tile, (part.blocks + 1) * line.last);
+    spare = std::max<std::int64_t>(
+        {spare, 2 * part.blocks, part.blocks % kWidth == 0 ? kWidth * line.last : length});
+  };
+  makeLine(rows, m_tiled.down, m_down);
+  makeLine(columns, m_tiled.across, m_across);
+  m_tiled.tile = 2 * kWidth * tile;
+  m_scratch = Size(2 * kWidth) * Size(groups * columns + tile + spare);
+
+  m_joins = Block<T>(Size(columns) * Size(2 * kWidth));
+  T *step = m_joins.Data();
+  for (std::int64_t column = 0; column < columns; ++column)
+    step = WriteFactors(roots, 0, column, kWidth, step);
+  m_strides = Block<T>(Size(tiles * groups) * Size(2 * kWidth));
+  T *stride = m_strides.Data();
+  for (std::int64_t i = 0; i < tiles; ++i) {
+    const std::int64_t first = std::min(i * kWidth, columns - kWidth);
+    for (std::int64_t group = 0; group < groups; ++group) {
+      const std::int64_t k = std::min(group * kWidth, rows - kWidth);
+      for (std::int64_t column = first; column < first + kWidth; ++column)
+        Write<T>(stride, roots(column * k));
     }
   }
-  m_columns.strides = m_strides.Data();
 }
 
 // With n k = (n^2 + k^2 - (k - n)^2) / 2 and c[n] = exp(-j pi n^2 / N) the transform is the convolution
@@ -223,9 +312,61 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
   m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1});
 }
 
+// The powers of a generator g run through all residues of a prime N but 0, and X[g^-i] is x[0] and the cyclic
+// convolution of length N - 1 of x[g^i] and exp(-j 2 pi g^-i / N) (Rader 1968).
+template <class T> void ComplexPlan<T>::MakeRader(int generator) {
+  const std::int64_t n = m_length, p = n - 1;
+  m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
+  m_scratch = Size(2 * p) + m_convolution->m_scratch;
+  m_places = Block<std::int32_t>(Size(p));
+  m_spectrum = Block<T>(Size(2 * p));
+  const Roots<T> roots(n);
+  T *const spectrum = m_spectrum.Data();
+  std::int64_t power = 1;
+  for (std::int64_t i = 0; i < p; ++i, power = power * generator % n) {
+    m_places.Data()[i] = static_cast<std::int32_t>(power);
+    const auto root = roots(power);
+    const std::int64_t at = (p - i) % p;
+    spectrum[2 * at] = root.re;
+    spectrum[2 * at + 1] = root.im;
+  }
+  Block<T> scratch(m_convolution->m_scratch);
+  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1});
+}
+
+// An inverse transform is the forward one with real and imaginary parts exchanged, before and after.
+template <class T>
+void ComplexPlan<T>::RunRader(const T *in, T *out, T *scratch, bool inverse, T scale) const {
+  const std::ptrdiff_t p = m_length - 1;
+  const std::int32_t *const places = m_places.Data();
+  const std::ptrdiff_t re = inverse ? 1 : 0, im = 1 - re;
+  T *const rest = scratch + 2 * p;
+  for (std::ptrdiff_t i = 0; i < p; ++i) {
+    const T *const x = in + 2 * static_cast<std::ptrdiff_t>(places[i]);
+    scratch[2 * i] = x[re];
+    scratch[2 * i + 1] = x[im];
+  }
+  const T first[2] = {in[re], in[im]};
+  m_convolution->Forward(scratch, scratch, rest, T{1});
+  const T sum[2] = {scratch[0] + first[0], scratch[1] + first[1]};
+  Passes<T>::Product()(scratch, m_spectrum.Data(), scratch, p, false, false);
+  scratch[0] += first[0] * static_cast<T>(p);
+  scratch[1] += first[1] * static_cast<T>(p);
+  m_convolution->Inverse(scratch, scratch, rest, scale / static_cast<T>(p));
+  out[re] = sum[0] * scale;
+  out[im] = sum[1] * scale;
+  for (std::ptrdiff_t i = 0; i < p; ++i) {
+    T *const y = out + 2 * static_cast<std::ptrdiff_t>(places[i == 0 ? 0 : p - i]);
+    y[re] = scratch[2 * i];
+    y[im] = scratch[2 * i + 1];
+  }
+}
+
 template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, bool inverse, T scale) const {
   if (m_grid.rows != 0) {
     Passes<T>::Grid()(m_grid, in, out, scratch, inverse, scale);
+  } else if (m_places.Data() != nullptr) {
+    RunRader(in, out, scratch, inverse, scale);
   } else if (m_convolution != nullptr) {
     const std::ptrdiff_t n = m_length, p = m_convolution->m_length;
     T *const rest = scratch + 2 * p;
@@ -237,6 +378,8 @@ template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, boo
     Passes<T>::Product()(scratch, m_chirp.Data(), out, n, false, inverse);
   } else if (m_length <= kMaxSmall) {
     Passes<T>::Small()(m_length, in, out, inverse, scale);
+  } else if (m_down.Data() != nullptr) {
+    Passes<T>::Tiled()(m_tiled, in, out, scratch, inverse, scale);
   } else {
     Passes<T>::Columns()(m_columns, in, out, scratch, inverse, scale);
   }

@@ -7,6 +7,7 @@
 #define QORN_SRC_INFRA_FOURIER_PLAN_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include "Block.h"
@@ -44,7 +45,10 @@ private:
 /// Complex transform of any length. Which way, by this rule:
 /// - a short product of two or three radices: a grid (Grid.h; GridFor says which);
 /// - else up to 16 points: one butterfly;
-/// - no prime factor above 13: passes over blocks and a joining of lanes (Passes.h);
+/// - no prime factor above 13, and the samples in the caches: passes over blocks and a joining of lanes
+///   (Passes.h);
+/// - no prime factor above kMaxRadix: two steps of tiles, if there are factors for it;
+/// - a prime N, no prime factor of N - 1 being above 31: Rader's convolution, by two transforms of N - 1;
 /// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
 template <class T> class ComplexPlan final : public Plan {
 public:
@@ -69,7 +73,11 @@ private:
   ComplexPlan(int length, int lanes);
   void MakeGrid(const GridShape &shape);
   void MakeColumns(int lanes);
+  void MakeTiled(std::int64_t rows);
+  void Link();
   void MakeBluestein();
+  void MakeRader(int generator);
+  void RunRader(const T *in, T *out, T *scratch, bool inverse, T scale) const;
   void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const;
 
   int m_length;
@@ -77,8 +85,11 @@ private:
   Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
   Columns<T> m_columns{};    // its tables are the three below
   Block<T> m_turns, m_joins, m_strides;
-  std::unique_ptr<ComplexPlan> m_convolution; // Bluestein only: the transform, the chirp and its spectrum
+  Tiled<T> m_tiled{}; // its tables are the next two, and strides as above
+  Block<T> m_down, m_across;
+  std::unique_ptr<ComplexPlan> m_convolution; // Bluestein's and Rader's: the transform, and a spectrum
   Block<T> m_chirp, m_spectrum;
+  Block<std::int32_t> m_places; // Rader's: the powers of the generator
 };
 
 /// Real transform of any length: where it is even, a complex one of half the length and a step between them.

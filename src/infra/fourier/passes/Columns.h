@@ -2,8 +2,7 @@
 #ifndef QORN_SRC_INFRA_FOURIER_PASSES_COLUMNS_H
 #define QORN_SRC_INFRA_FOURIER_PASSES_COLUMNS_H
 
-#include "Butterfly.h"
-#include "infra/fourier/Passes.h"
+#include "OddRadix.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -159,6 +158,24 @@ template <class T, int W, int L, int V = kLanes<T, W>>
   }
 }
 
+// The same of a large odd radix.
+template <class T, int W, bool Turned, class Source>
+[[gnu::flatten]] void FirstOddPass(const fourier::Columns<T> &plan, const Source &source, T *out) {
+  OddPass<T, W, Turned>(plan.passes[0], plan.turns, plan.lanes, out,
+                        [&](Index place, Index c, auto &re, auto &im) {
+                          source.template Load<kLanes<T, W>>(plan.lanes * place + c, re, im);
+                        });
+}
+template <class T, int W, bool Turned>
+[[gnu::flatten]] void InnerOddPass(const fourier::Columns<T> &plan, const fourier::Pass &pass, const T *in,
+                                   T *out) {
+  using E = Vec<T, kLanes<T, W>>;
+  OddPass<T, W, Turned>(pass, plan.turns, plan.lanes, out, [&](Index place, Index c, E &re, E &im) {
+    re = Load<E>(in + place * 2 * W + c);
+    im = Load<E>(in + place * 2 * W + W + c);
+  });
+}
+
 template <class T, int W, bool Turned, class Source>
 void RunFirst(const fourier::Columns<T> &plan, const Source &source, T *out) {
   switch (plan.passes[0].radix) {
@@ -180,6 +197,8 @@ void RunFirst(const fourier::Columns<T> &plan, const Source &source, T *out) {
     return FirstPass<T, W, 11, Turned>(plan, source, out);
   case 13:
     return FirstPass<T, W, 13, Turned>(plan, source, out);
+  default:
+    return FirstOddPass<T, W, Turned>(plan, source, out);
   }
 }
 
@@ -204,6 +223,8 @@ void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const 
     return InnerPass<T, W, 11, Turned>(plan, pass, in, out);
   case 13:
     return InnerPass<T, W, 13, Turned>(plan, pass, in, out);
+  default:
+    return InnerOddPass<T, W, Turned>(plan, pass, in, out);
   }
 }
 

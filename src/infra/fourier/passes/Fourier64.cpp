@@ -1,5 +1,5 @@
-#include "Columns.h"
 #include "Pointwise.h"
+#include "Tiled.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 
