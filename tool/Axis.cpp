@@ -16,11 +16,20 @@ double RoundStep(double range, int maxSteps) {
 }
 
 std::vector<Tick> Ticks(double low, double high, double step, double unit) {
-  const int decimals = static_cast<int>(std::clamp(std::ceil(-std::log10(step / unit) - 1e-6), 0.0, 12.0));
+  constexpr double kMostTicks = 1000.0;
+  constexpr double kMostSteps = 9007199254740992.0; // beyond, not every whole number is a double
+  constexpr double kSlack = 1e-6;
   std::vector<Tick> ticks;
-  const double slack = 1e-6;
-  for (double i = std::ceil(low / step - slack); i <= high / step + slack; i += 1.0)
-    ticks.push_back({i * step, Fixed(i * step / unit, decimals)});
+  if (!(step > 0.0)) return ticks;
+  const double first = std::ceil(low / step - kSlack);
+  const double last = std::floor(high / step + kSlack);
+  if (!(first <= last && first >= -kMostSteps && last <= kMostSteps)) return ticks;
+  const int decimals = static_cast<int>(std::clamp(std::ceil(-std::log10(step / unit) - 1e-6), 0.0, 12.0));
+  const int count = static_cast<int>(std::min(last - first + 1.0, kMostTicks));
+  for (int i = 0; i < count; ++i) {
+    const double value = (first + i) * step;
+    ticks.push_back({value, Fixed(value / unit, decimals)});
+  }
   return ticks;
 }
 

@@ -22,6 +22,7 @@ struct Tick {
 double RoundStep(double range, int maxSteps);
 
 /// The multiples of step from low to high, labelled in units of `unit` with as many decimals as step needs.
+/// None if step is not above 0, or if the multiples cannot be told apart as doubles; a thousand at most.
 std::vector<Tick> Ticks(double low, double high, double step, double unit);
 
 } // namespace tool

@@ -46,7 +46,7 @@ public:
     LevelsOf(unit, m.hold, hold);
     // A bin of the whole spectrum reaches half the way to the next; a zoom ends at its outer points.
     const double margin = m.setup.zoom ? 0.0 : 0.5;
-    x = {m.FrequencyOf(-margin), m.FrequencyOf(m.Points() - 1 + margin), kPlot.left, kPlot.right};
+    x = {OffsetOf(-margin), OffsetOf(m.Points() - 1 + margin), kPlot.left, kPlot.right};
     ChooseLevels();
   }
 
@@ -60,6 +60,9 @@ public:
   }
 
 private:
+  // Hertz from the centre, which differ even where the frequencies are one as doubles.
+  double OffsetOf(double point) const { return (point - m.middle) * m.spacing; }
+
   // Whether there is something that the span of the recording does not vouch for.
   bool HasOutside() const {
     const double slack = 0.25; // of a point, for the rounding
@@ -129,28 +132,32 @@ private:
   void DrawAxes() {
     // Beyond the span that the recording vouches for, filters shape the spectrum.
     if (HasOutside()) {
-      const double first = x(m.recordedCentre - m.recordedSpan / 2);
-      const double last = x(m.recordedCentre + m.recordedSpan / 2);
+      const double middle = m.recordedCentre - m.centre;
+      const double first = x(middle - m.recordedSpan / 2);
+      const double last = x(middle + m.recordedSpan / 2);
       if (first > kPlot.left)
         svg.Rectangle("outside", {kPlot.left, kPlot.top, std::min(first, kPlot.right), kPlot.bottom});
       if (last < kPlot.right)
         svg.Rectangle("outside", {std::max(last, kPlot.left), kPlot.top, kPlot.right, kPlot.bottom});
     }
     const double step = RoundStep(x.high - x.low, 11);
-    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(x.low), std::fabs(x.high)), m.resolution);
+    const double low = m.centre + x.low, high = m.centre + x.high;
+    Prefix prefix = FrequencyPrefixFor(std::max(std::fabs(low), std::fabs(high)), m.resolution);
     std::string label = "Frequency";
-    double origin = 0.0;
-    std::vector<Tick> ticks = Ticks(x.low, x.high, step, prefix.factor);
-    // Where the digits that differ are far behind those that do not, only the former are of interest.
+    double origin = m.centre;
+    std::vector<Tick> ticks = Ticks(low, high, step, prefix.factor);
+    // Where the digits that differ are far behind those that do not, only the former are of interest; and
+    // doubles have no more than sixteen.
+    const bool isNarrow = x.high - x.low < 1e-12 * std::fabs(m.centre);
     const auto isLong = [](const Tick &tick) { return tick.label.size() > 9; };
-    if (m.centre != 0.0 && std::any_of(ticks.begin(), ticks.end(), isLong)) {
-      origin = m.centre;
+    if (m.centre != 0.0 && (isNarrow || std::any_of(ticks.begin(), ticks.end(), isLong))) {
+      origin = 0.0;
       prefix = FrequencyPrefixFor(0.5 * (x.high - x.low), m.resolution);
-      ticks = Ticks(x.low - origin, x.high - origin, step, prefix.factor);
+      ticks = Ticks(x.low, x.high, step, prefix.factor);
       label = "Offset from " + FrequencyInFull(m.centre, m.resolution);
     }
     for (const Tick &tick : ticks) {
-      const double at = x(tick.value + origin);
+      const double at = x(tick.value - origin);
       svg.Line("grid", at, kPlot.top, at, kPlot.bottom);
       svg.Text(at, kPlot.bottom + 18, "text-anchor=\"middle\"", tick.label);
     }
@@ -189,7 +196,7 @@ private:
     };
     std::vector<Point> points;
     if (n <= 2 * columns) {
-      for (int k = 0; k < n; ++k) points.push_back({x(m.FrequencyOf(k)), place(levels[k])});
+      for (int k = 0; k < n; ++k) points.push_back({x(OffsetOf(k)), place(levels[k])});
     } else {
       for (int column = 0; column < columns; ++column) {
         const auto first = static_cast<int>(std::int64_t{n} * column / columns);
@@ -207,7 +214,7 @@ private:
   void DrawMarks() {
     std::vector<Point> taken;
     for (std::size_t i = 0; i < m.peaks.size(); ++i) {
-      const double atX = x(m.FrequencyOf(m.peaks[i].place));
+      const double atX = x(OffsetOf(m.peaks[i].place));
       const double atY = std::clamp(y(LevelOf(unit, m.peaks[i].power)), kPlot.top, kPlot.bottom);
       Point number{atX, atY - 12};
       const auto collides = [&](const Point &other) {

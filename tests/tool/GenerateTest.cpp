@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <qorn/qorn.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -387,6 +388,19 @@ TEST_F(Generate, Cw_MeasuredByTheTool_HasItsLevelAndFrequency) {
 
 // The recording of the demonstration: each burst is on from a tenth of its signal to the end, less what the
 // resampler takes, and then there is a gap.
+// Around a centre at which a double has no place for the digits behind the point.
+TEST_F(Generate, NarrowSpectrumFarUp_IsDrawnByItsOffsets) {
+  const std::string path = folder / "h.iqf", svg = folder / "h.svg";
+  Make({"cw", "--rate", "1", "--centre", "1e15", "--samples", "2048", "--out", path});
+  const Outcome outcome = RunTool({"spectrum", path, "--svg", svg}, [] { alarm(60); });
+  ASSERT_EQ(outcome.status, 0) << outcome.error;
+  const std::string picture = Contents(svg);
+  ExpectWellFormed(picture);
+  EXPECT_NE(picture.find(">Offset from 1000000000 MHz (mHz)<"), std::string::npos) << picture;
+  for (const char *tick : {">-500<", ">-100<", ">0<", ">400<"})
+    EXPECT_NE(picture.find(tick), std::string::npos) << tick;
+}
+
 TEST_F(Generate, BurstsInNoise_MeasuredByTheTool_HaveTheirPower) {
   Make({"80211a", "--mcs", "54", "--rate", "40e6", "--level", "-20", "--noise", "-60", "--duration", "300e-6",
         "--gap", "100e-6", "--repeat", "4", "--centre", "5180e6", "--out", folder / "x.iqf"});

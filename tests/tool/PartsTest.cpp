@@ -121,6 +121,31 @@ TEST(Axis, Ticks_Range_HasAllMultiplesWithEqualDecimals) {
             (std::vector<std::string>{"-0.10", "-0.05", "0.00", "0.05", "0.10"}));
 }
 
+// Every one a multiple of its own, and as many as there is room for.
+TEST(Axis, Ticks_FarFromZero_EndAndDiffer) {
+  for (const auto &[centre, span] : {std::pair(1e15, 1.0), {1e15, 0.5}, {1e12, 0.001}, {-1e15, 0.5}}) {
+    const double low = centre - span / 2, high = centre + span / 2;
+    const std::vector<tool::Tick> ticks = tool::Ticks(low, high, tool::RoundStep(high - low, 11), 1e6);
+    EXPECT_LE(ticks.size(), 12U);
+    for (std::size_t i = 1; i < ticks.size(); ++i) EXPECT_LT(ticks[i - 1].value, ticks[i].value);
+  }
+  EXPECT_EQ(Labels(tool::Ticks(1e15, 1e15 + 2.0, 0.5, 1.0)),
+            (std::vector<std::string>{"1000000000000000.0", "1000000000000000.5", "1000000000000001.0",
+                                      "1000000000000001.5", "1000000000000002.0"}));
+  EXPECT_EQ(Labels(tool::Ticks(1e12, 1e12 + 0.0025, 0.001, 1.0)).size(), 3U);
+  // Neighbours that are one number as doubles.
+  EXPECT_TRUE(tool::Ticks(1e15 - 0.5, 1e15 + 0.5, 0.1, 1.0).empty());
+}
+
+TEST(Axis, Ticks_NoRange_AreOneOrNone) {
+  EXPECT_TRUE(tool::Ticks(1e15, 1e15, tool::RoundStep(0.0, 11), 1.0).empty());
+  EXPECT_TRUE(tool::Ticks(0.0, 0.0, tool::RoundStep(0.0, 11), 1.0).empty());
+  EXPECT_TRUE(tool::Ticks(0.0, 1.0, std::nan(""), 1.0).empty());
+  EXPECT_TRUE(tool::Ticks(1.0, 0.0, 0.1, 1.0).empty());
+  EXPECT_EQ(Labels(tool::Ticks(5.0, 5.0, 1.0, 1.0)), std::vector<std::string>{"5"});
+  EXPECT_EQ(tool::Ticks(0.0, 1e9, 1.0, 1.0).size(), 1000U);
+}
+
 TEST(Levels, LevelOf_PowerOfATone_FollowsFromFiftyOhm) {
   // A tone of A volts has A^2 / 2 / 50 watts.
   const double amplitude = 0.1;
