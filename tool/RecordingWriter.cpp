@@ -120,10 +120,12 @@ std::string IqfHeader(const RecordingHead &head, std::int64_t frames) {
   const auto add = [&](const std::string &key, const std::string &value) {
     // An entry of the recording that this one comes from stands, if it is there.
     if (std::none_of(head.entries.begin(), head.entries.end(),
-                     [&](const auto &entry) { return entry.first == key; }))
+                     [&](const auto &entry) { return entry.first == key && !entry.second.empty(); }))
       text += key + "=" + value + "\r\n";
   };
-  for (const auto &[key, value] : head.entries) text += key + "=" + value + "\r\n";
+  // Readers would take the name behind an empty value for the value.
+  for (const auto &[key, value] : head.entries)
+    if (!value.empty()) text += key + "=" + value + "\r\n";
   add("FFTPoints", std::to_string(head.framePoints));
   add("CenterFrequency", Shortest(head.centre));
   add("Span", Shortest(head.span > 0.0 ? head.span : head.rate));

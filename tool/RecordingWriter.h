@@ -25,9 +25,10 @@ struct RecordingHead {
   double level = 0.0;       ///< dBm: the reference level, for which the scale needs none
 
   // Of the IQF format alone.
-  int framePoints = 1024;                                   ///< samples of a frame, 1024 at most
-  std::vector<std::pair<std::string, std::string>> entries; ///< names and values that come before all others
-  std::vector<std::pair<int, int>> flatness;                ///< amplitude and phase, as in the file
+  int framePoints = 1024; ///< samples of a frame, 1024 at most
+  std::vector<std::pair<std::string, std::string>>
+      entries; ///< names and values that come first; those without a value do not
+  std::vector<std::pair<int, int>> flatness; ///< amplitude and phase, as in the file
 };
 
 /// Takes samples in volts and writes them to a stream. Integers are rounded to nearest, and stop at the

@@ -294,6 +294,25 @@ TEST_F(Convert, IqfToIqf_KeepsTheHeaderAndTheFlatness) {
 
 // Formats
 
+// The last name of a header has no value if nothing follows.
+TEST_F(Convert, IqfWithANameWithoutAValue_IsWrittenWithoutIt) {
+  const std::string text = "FFTPoints=8 ValidFrames=1 BlockSize=1 FrameLength=8e-6 CenterFrequency=100M "
+                           "MaxInputLevel=10 LevelOffset=0 GainOffset=-100 Span=";
+  std::string bytes = QORN::test::iqf::Header(text);
+  for (int frame = 0; frame < 2; ++frame) bytes += Frame(Mark::kCartesian, [](int k) { return Pair{k, -k}; });
+  Save(bytes, "a.iqf");
+  Run("a.iqf", "b.iqf");
+  const QORN::IQFReader reader((folder / "b.iqf").c_str());
+  EXPECT_EQ(reader.GetFFTPoints(), 8);
+  EXPECT_EQ(reader.GetNofValidFrames(), 1);
+  EXPECT_EQ(reader.GetSamplingFrequency(), 1e6);
+  EXPECT_EQ(reader.GetCenterFrequency(), 100e6);
+  EXPECT_EQ(reader.GetSpan(), 1e6);
+  Run("a.iqf", "a.cs16");
+  Run("b.iqf", "b.cs16");
+  EXPECT_EQ(Bytes("b.cs16"), Bytes("a.cs16"));
+}
+
 TEST_F(Convert, Formats_AreThoseOfTheOptionsBeforeThoseOfTheNames) {
   const std::string bytes = RandomBytes(400);
   Save(bytes, "a.dat");

@@ -98,6 +98,19 @@ TEST(RecordingWriter, Iqf_ReadByTheLibrary_GivesTheHeadAndTheSamples) {
   }
 }
 
+TEST(RecordingWriter, Iqf_EntriesWithoutAValue_AreLeftOut) {
+  RecordingHead head = HeadFor({}, 1.0);
+  head.entries = {{"Title", ""}, {"Bins", "7"}, {"FrameLength", ""}, {"Span", ""}};
+  const TempFile file(Write(Format::kIqf, head, {}).bytes);
+  const QORN::IQFReader reader(file.Path());
+  char value[61];
+  EXPECT_FALSE(reader.GetHeader("Title", value));
+  EXPECT_EQ(reader.GetNofBins(), 7);
+  EXPECT_EQ(reader.GetFFTPoints(), 1024);
+  EXPECT_EQ(reader.GetSpan(), 2e6);
+  EXPECT_EQ(reader.GetSamplingFrequency(), 2.4e6);
+}
+
 TEST(RecordingWriter, Iqf_Rates_AreReadBackExactly) {
   for (const double rate : {1.0, 3.0, 44100.0, 2.4e6, 61.44e6, 1e9 / 7.0, 0.3}) {
     RecordingHead head = HeadFor({}, 1.0);
