@@ -11,10 +11,10 @@ namespace tool {
 void AddExtentOptions(CLI::App &command, ExtentOptions &options) {
   command.add_option("--start", options.start, "first sample (0)")
       ->type_name("SAMPLE")
-      ->check(WholeNumber(0));
+      ->transform(WholeNumber(0));
   command.add_option("--count", options.count, "number of samples (to the end)")
       ->type_name("N")
-      ->check(WholeNumber(1));
+      ->transform(WholeNumber(1));
 }
 
 Extent ExtentOf(const ExtentOptions &options, const Recording &recording) {

@@ -124,7 +124,7 @@ void AddFilterOptions(CLI::App &command, FilterOptions &options) {
   text("--high", options.high, "HZ", "upper cutoff of band-pass");
   command.add_option("--taps", options.taps, "number of taps (as recommended)")
       ->type_name("N")
-      ->check(WholeNumber(1, kMaxTaps));
+      ->transform(WholeNumber(1, kMaxTaps));
   text("--taps-from", options.tapsFrom, "FILE", "text file of taps for user and integral-user");
   text("--tap-rate", options.tapRate, "HZ", "taps a second of these");
 }

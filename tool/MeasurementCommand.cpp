@@ -48,7 +48,7 @@ void AddMeasurementOptions(CLI::App &command, MeasurementOptions &options) {
 void AddPointsOption(CLI::App &command, std::optional<int> &points, int most) {
   command.add_option("--points", points, "points of the transform (" + std::to_string(kDefaultPoints) + ")")
       ->type_name("N")
-      ->check(WholeNumber(kMinBlock, most));
+      ->transform(WholeNumber(kMinBlock, most));
 }
 
 void PlanPoints(Setup &setup, std::optional<int> points) {

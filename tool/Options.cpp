@@ -24,9 +24,12 @@ template <class T> std::optional<T> Parsed(const std::string &text, std::size_t 
 } // namespace
 
 CLI::Validator WholeNumber(std::int64_t least, std::int64_t most) {
-  return {[=](const std::string &text) {
+  return {[=](std::string &text) {
             const std::optional<std::int64_t> value = Parsed<std::int64_t>(text);
-            if (value && *value >= least && *value <= most) return std::string();
+            if (value && *value >= least && *value <= most) {
+              text = std::to_string(*value);
+              return std::string();
+            }
             const std::string range = most < kNoLimit
                                           ? "from " + std::to_string(least) + " to " + std::to_string(most)
                                           : "of " + std::to_string(least) + " or more";

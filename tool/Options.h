@@ -11,7 +11,8 @@ namespace tool {
 
 constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
-/// Whole numbers from least to most; all else gets one message.
+/// For transform: whole numbers from least to most, in decimal notation with any number of leading zeros; all
+/// else gets one message. The zeros go, for they would make the parser's numbers octal.
 CLI::Validator WholeNumber(std::int64_t least, std::int64_t most = kNoLimit);
 
 /// Any text but an empty one.

@@ -173,14 +173,14 @@ void AddSignalOptions(CLI::App &command, SignalOptions &options) {
   command.add_flag("--fixed-phase", options.fixedPhase, "phases of 0, not random ones");
   command.add_option("--seed", options.seed, "another series of random data, 0 to 4294967295 (0)")
       ->type_name("N")
-      ->check(WholeNumber(0, 0xFFFFFFFF));
+      ->transform(WholeNumber(0, 0xFFFFFFFF));
   command.add_option("--samples", options.samples, "length of the signal, 1 to 2^22 (20000)")
       ->type_name("N")
-      ->check(WholeNumber(1, kMostSamples));
+      ->transform(WholeNumber(1, kMostSamples));
   text("--duration", options.duration, "S", "the same as a time");
   command.add_option("--repeat", options.repeats, "signals in a row, 1 to 1000000 (1)")
       ->type_name("N")
-      ->check(WholeNumber(1, kMostRepeats));
+      ->transform(WholeNumber(1, kMostRepeats));
   text("--gap", options.gap, "S", "silence behind each, 0 to 2^31 samples (0)");
 }
 

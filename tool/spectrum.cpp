@@ -81,7 +81,7 @@ void AddSpectrum(CLI::App &app) {
       ->check(KnownDetector());
   command->add_option("--ratio", options->ratio, "points to one of a detector's")
       ->type_name("N")
-      ->check(WholeNumber(1, kMaxPoints));
+      ->transform(WholeNumber(1, kMaxPoints));
   command->add_option("--correction", options->correction, "file of rows: Hz, dB to add")->type_name("TABLE");
   command->add_option("--interpolation", options->interpolation, "of the table (linear)")
       ->type_name("KIND")

@@ -56,7 +56,7 @@ void AddWindows(CLI::App &app) {
   command->add_option("NAME", options->names, "windows (all)")->type_name("")->check(KnownWindow());
   command->add_option("--points", options->points, "points of the windows (1024)")
       ->type_name("N")
-      ->check(WholeNumber(16, 65536));
+      ->transform(WholeNumber(16, 65536));
   command->add_option("--svg", options->svg, "write a picture of weights and responses")->type_name("FILE");
   command->add_option("--csv", options->csv, "write the figures as a table")->type_name("FILE");
   command->add_flag("--json", options->json, "report as JSON instead of text");

@@ -92,10 +92,10 @@ void AddZoom(CLI::App &app) {
   command->add_option("--span", options->span, "width of the part")->type_name("HZ")->required();
   command->add_option("--points", options->points, "points over the span (1001)")
       ->type_name("N")
-      ->check(WholeNumber(kMinPoints, kMaxPoints));
+      ->transform(WholeNumber(kMinPoints, kMaxPoints));
   command->add_option("--samples", options->samples, "samples of a block (for 5 points per bin)")
       ->type_name("N")
-      ->check(WholeNumber(kMinBlock, kMaxBlock));
+      ->transform(WholeNumber(kMinBlock, kMaxBlock));
   AddMeasurementOptions(*command, *options);
   command->footer("Windows: " + Wrapped(WindowNames(), 9) +
                   ".\n"

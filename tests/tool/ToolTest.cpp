@@ -366,6 +366,24 @@ TEST_F(Tool, Version_IsPrinted) {
   EXPECT_EQ(outcome.out, "qorn " QORN_VERSION_STRING "\n");
 }
 
+TEST_F(Tool, WholeNumbers_WithLeadingZeros_AreDecimal) {
+  const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
+  EXPECT_EQ(Measure({path, "--count", "0100", "--points", "010"})["samples"], 100);
+  EXPECT_EQ(Measure({path, "--points", "00100"})["points"], 100);
+  for (const char *start : {"010", "08", "09", "0000000000000000000000019"}) {
+    const std::string plain = std::to_string(std::atoi(start));
+    EXPECT_EQ(Measure({path, "--start", start}), Measure({path, "--start", plain})) << start;
+  }
+  EXPECT_EQ(Measure({path, "--ratio", "08", "--detector", "peak"})["points"], 4096);
+  EXPECT_EQ(RunTool({"generate", "cw", "--samples", "0020", "--repeat", "010", "--seed", "09", "--out",
+                     folder / "x.cf32"})
+                .status,
+            0);
+  EXPECT_EQ(std::filesystem::file_size(folder / "x.cf32"), 8U * 20U * 10U);
+  ExpectFailure(2, "--count: '0x10' is not a whole number of 1 or more",
+                {"spectrum", path, "--count", "0x10"});
+}
+
 // Bad arguments
 
 TEST_F(Tool, Arguments_Wrong_ExitWithTwoAndNameTheArgument) {
