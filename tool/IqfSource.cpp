@@ -29,7 +29,7 @@ const std::string &Checked(const std::string &path) {
   if (digits < 1 || digits > 9)
     RefuseRecording(path, "is neither an IQF nor an XIQ recording, by its first bytes");
   std::string number(static_cast<std::size_t>(digits), '\0');
-  if (!file.read(number.data(), digits))
+  if (!file.read(number.data(), digits) && !file.bad())
     RefuseRecording(path, "is cut short within the length of its header");
   // As the library reads it: blanks before the digits and other characters behind them do not count.
   char *end = nullptr;
@@ -40,6 +40,7 @@ const std::string &Checked(const std::string &path) {
   // Only as much as tells a text from something else; a header is a few hundred bytes.
   std::string text(static_cast<std::size_t>(std::min<std::int64_t>({length, held, 65536})), '\0');
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (file.bad()) RefuseUnreadable(path);
   text.resize(std::min(text.find('\0'), text.size()));
   for (const char c : text)
     if ((static_cast<unsigned char>(c) < 0x20 && std::strchr("\r\n\t", c) == nullptr) || c == 0x7F)
@@ -96,7 +97,8 @@ public:
     if (m_reader.GetNofValidFrames() < 1) RefuseRecording(Path(), "has no frames: ValidFrames is below 1");
   }
 
-  int Read(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
+protected:
+  int ReadSamples(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
     const int points = m_reader.GetFFTPoints();
     const auto first = static_cast<int>(start / points);
     const auto skipped = static_cast<int>(start % points);
@@ -108,7 +110,6 @@ public:
     return polar;
   }
 
-protected:
   std::int64_t BytesTo(std::int64_t end) const override {
     const int points = m_reader.GetFFTPoints();
     return m_reader.GetDataOffset() + kFrameBytes * ((end + points - 1) / points);

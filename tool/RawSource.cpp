@@ -1,5 +1,4 @@
 #include <bit>
-#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -46,13 +45,14 @@ public:
                "",         ""};
   }
 
-  int Read(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
+protected:
+  int ReadSamples(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
     const FormatFacts &format = FactsOf(m_facts.format);
     m_bytes.assign(static_cast<std::size_t>(n) * static_cast<std::size_t>(format.pairBytes), '\0');
     m_file.clear();
     m_file.seekg(start * format.pairBytes);
     m_file.read(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
-    if (m_file.bad()) RefuseRecording(Path(), std::string("cannot be read: ") + std::strerror(errno));
+    if (m_file.bad()) RefuseUnreadable(Path());
     dst.Resize(n);
     switch (m_facts.format) {
     case Format::kCu8:
@@ -71,7 +71,6 @@ public:
     return 0;
   }
 
-protected:
   std::int64_t BytesTo(std::int64_t end) const override { return end * FactsOf(m_facts.format).pairBytes; }
 
 private:

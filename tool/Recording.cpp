@@ -24,9 +24,11 @@ const std::string &CheckedFile(const std::string &path) {
     RefuseRecording(path, error ? "cannot be opened: " + error.message() : "does not exist");
   if (fs::is_directory(status)) RefuseRecording(path, "is a folder");
   if (!fs::is_regular_file(status)) RefuseRecording(path, "is not a regular file");
-  const std::ifstream file(path, std::ios::binary);
+  std::ifstream file(path, std::ios::binary);
   if (!file) RefuseRecording(path, std::string("cannot be opened: ") + std::strerror(errno));
   if (BytesOf(path) == 0) RefuseRecording(path, "is empty");
+  file.peek();
+  if (file.bad()) RefuseUnreadable(path);
   return path;
 }
 
@@ -36,11 +38,31 @@ void RefuseRecording(const std::string &path, const std::string &reason) {
   throw DataError("recording " + Quoted(path) + " " + reason);
 }
 
+void RefuseUnreadable(const std::string &path) {
+  RefuseRecording(path, std::string("cannot be read: ") + std::strerror(errno));
+}
+
+void ReadOrRefuse(const std::string &path, const std::function<void()> &read) {
+  // What is no error of the file, such as an interruption, does not come twice.
+  for (int run = 0; run < 2; ++run) {
+    errno = 0;
+    read();
+    if (errno == 0) return;
+  }
+  RefuseUnreadable(path);
+}
+
 std::int64_t BytesOf(const std::string &path) {
   std::error_code error;
   const auto size = static_cast<std::int64_t>(fs::file_size(path, error));
   if (error) RefuseRecording(path, "cannot be opened: " + error.message());
   return size;
+}
+
+int RecordingSource::Read(std::int64_t start, int n, QORN::VecCplx32 &dst) {
+  int polar = 0;
+  ReadOrRefuse(m_path, [&] { polar = ReadSamples(start, n, dst); });
+  return polar;
 }
 
 void RecordingSource::CheckHeld(std::int64_t end) const {
@@ -94,7 +116,7 @@ RecordingHead Recording::Head() const {
   if (!Facts().hasFlatness) return head;
   QORN::FrameHeader header;
   QORN::VecReal32 amplitude, phase;
-  reader->GetRawFlatness(&header, amplitude, phase);
+  ReadOrRefuse(Path(), [&] { reader->GetRawFlatness(&header, amplitude, phase); });
   for (int i = 0; i < amplitude.GetSize(); ++i)
     head.flatness.emplace_back(static_cast<int>(amplitude[i]), static_cast<int>(phase[i]));
   return head;

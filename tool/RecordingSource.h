@@ -5,6 +5,7 @@
 #include <qorn/qorn.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -45,7 +46,8 @@ public:
 
   /// Fills dst with samples start to start + n - 1, in volts, and gives the number of frames among them that
   /// held phase and amplitude. Of most use if start is a multiple of ChunkSamples() and n as many.
-  virtual int Read(std::int64_t start, int n, QORN::VecCplx32 &dst) = 0;
+  /// Throws DataError if the system cannot read them.
+  int Read(std::int64_t start, int n, QORN::VecCplx32 &dst);
   virtual int ChunkSamples() const { return 1 << 17; }
 
   /// Throws DataError if the file does not hold all samples before end any more.
@@ -56,6 +58,8 @@ public:
   virtual const QORN::XIQReader *Xiq() const { return nullptr; }
 
 protected:
+  virtual int ReadSamples(std::int64_t start, int n, QORN::VecCplx32 &dst) = 0;
+
   /// Bytes from the start of the file to behind the last sample before end.
   virtual std::int64_t BytesTo(std::int64_t end) const = 0;
 
@@ -69,6 +73,13 @@ private:
 
 /// Throws DataError: the recording at path, and the reason.
 [[noreturn]] void RefuseRecording(const std::string &path, const std::string &reason);
+
+/// The same with the reason of errno.
+[[noreturn]] void RefuseUnreadable(const std::string &path);
+
+/// Runs read, which calls a reader of the library for the file at path. The readers give zeros for what they
+/// cannot read, and leave the system's error in errno: throws DataError if there is one. May run read twice.
+void ReadOrRefuse(const std::string &path, const std::function<void()> &read);
 
 /// The number of bytes of the file; throws DataError if it cannot be told.
 std::int64_t BytesOf(const std::string &path);

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cmath>
 #include <fstream>
+#include <optional>
 
 #include "RecordingSource.h"
 #include "Text.h"
@@ -33,10 +34,16 @@ std::int64_t OffsetIn(const std::string &line) {
   return std::max(offset, 0);
 }
 
+QORN::XIQReader Open(const std::string &path) {
+  std::optional<QORN::XIQReader> reader;
+  ReadOrRefuse(path, [&] { reader.emplace(path.c_str()); });
+  return *reader;
+}
+
 class XiqSource : public RecordingSource {
 public:
   explicit XiqSource(const std::string &path)
-      : RecordingSource(path), m_reader(path.c_str()), m_offset(OffsetIn(FirstLine(path))) {
+      : RecordingSource(path), m_reader(Open(path)), m_offset(OffsetIn(FirstLine(path))) {
     QORN::XIQReader::AcqInfoStruct info;
     m_reader.QueryAcqInfo(info);
     const std::int64_t promised = std::int64_t{m_reader.QueryNumDataSets()} * m_reader.QueryNumSamples();
@@ -68,8 +75,9 @@ public:
       RefuseRecording(Path(), "has no samples: NumberSamples is missing or below 1");
   }
 
+protected:
   // Data sets join.
-  int Read(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
+  int ReadSamples(std::int64_t start, int n, QORN::VecCplx32 &dst) override {
     const std::int64_t each = m_reader.QueryNumSamples();
     if (start % each + n <= each) {
       m_reader.ReadIQSamples(dst, static_cast<int>(start / each), static_cast<int>(start % each), n);
@@ -85,7 +93,6 @@ public:
     return 0;
   }
 
-protected:
   std::int64_t BytesTo(std::int64_t end) const override { return m_offset + end * kSampleBytes; }
 
 private:

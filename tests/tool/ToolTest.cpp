@@ -1,12 +1,19 @@
 // The tool as its users meet it: by arguments, exit status, output and files.
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <complex>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -19,8 +26,11 @@
 
 #include "ToolFixture.h"
 #include "WindowShapes.h"
+#include "support/XiqRecording.h"
 
 namespace {
+
+namespace xiq = QORN::test::xiq;
 
 using nlohmann::json;
 using QORN::test::Contents;
@@ -558,6 +568,49 @@ TEST_F(Tool, Recording_CutAnywhere_IsRefusedOrWhole) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"test.iqf"});
   const std::string path = Save(whole.substr(0, frames - 4120));
   EXPECT_EQ(Measure({path, "--count", "128", "--points", "64"})["blocks"], 2);
+}
+
+// Keeps the process from reading at places from `place` on: the system reports an error of the device.
+bool BreakFiles(unsigned place) {
+  sock_filter code[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_pread64, 0, 3),
+                        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[3])), // the low half
+                        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, place, 0, 1),
+                        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO),
+                        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const sock_fprog program{static_cast<unsigned short>(std::size(code)), code};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST_F(Tool, Recording_ThatTheSystemFailsToRead_ExitsWithOne) {
+  const pid_t child = fork();
+  if (child == 0) _exit(BreakFiles(0) ? 0 : 1);
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (status != 0) GTEST_SKIP() << "the system lets no process filter its calls";
+
+  constexpr int kFrames = 300, kSound = 264; // whole pieces that are read at once
+  std::string xiq = xiq::Header(xiq::DataSet(0.0, 0.0) + xiq::Acquisition(300 * 1024, "1e-6") +
+                                "  </DataSetsCollection>\n" + xiq::SetupLines("0", "0"));
+  xiq.resize(xiq.size() + 8 * 300 * 1024, '\1');
+  const std::string iqf = Recording(kFrames * 1024, Tone(-10.0, 0.1));
+  const auto place = static_cast<unsigned>(iqf.size() - 4120 * (kFrames + 1 - kSound));
+  const auto breakFiles = [&] { BreakFiles(place); };
+  const std::string out = folder / "out.cf32";
+  for (const std::string &path : {Save(iqf, "a.iqf"), Save(xiq, "a.xiq")}) {
+    const std::string message = "recording '" + path + "' cannot be read: Input/output error";
+    ExpectFailure(1, message, {"spectrum", path}, breakFiles);
+    ExpectFailure(1, message, {"convert", path, out}, breakFiles);
+    ExpectFailure(1, message, {"resample", path, "--rate", "1e6", "--out", out}, breakFiles);
+  }
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.iqf", "a.xiq"}));
+  // What can be read is.
+  const std::vector<std::string> sound = {"spectrum", folder / "a.iqf", "--count",
+                                          std::to_string(kSound * 1024)};
+  const Outcome outcome = RunTool(sound, breakFiles);
+  EXPECT_EQ(outcome.status, 0) << outcome.error;
+  EXPECT_EQ(outcome.out, RunTool(sound).out);
 }
 
 // Files
