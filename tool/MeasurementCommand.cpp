@@ -1,7 +1,6 @@
 #include "MeasurementCommand.h"
 
 #include <filesystem>
-#include <iostream>
 #include <string>
 
 #include "Detected.h"
@@ -91,9 +90,9 @@ void RunMeasurement(const MeasurementOptions &options, const Planner &plan) {
   files.Write({[&](std::ostream &out) { WriteSvg(out, traces, unit, title); },
                [&](std::ostream &out) { WriteCsv(out, traces, unit); }});
   if (options.json)
-    WriteJson(std::cout, recording, measurement, unit);
+    WriteJson(files.Report(), recording, measurement, unit);
   else
-    WriteText(std::cout, recording, measurement, unit);
+    WriteText(files.Report(), recording, measurement, unit);
 }
 
 } // namespace tool

@@ -3,11 +3,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 
 #include "Failure.h"
 #include "Text.h"
@@ -25,6 +27,29 @@ fs::path Canonical(const fs::path &path) {
   const fs::path canonical = fs::weakly_canonical(whole, error);
   return error ? whole.lexically_normal() : canonical;
 }
+
+// Two devices of one kind are not told apart: what goes to a terminal is all seen, and to another all lost.
+bool IsWhatOutputGoesTo(const std::string &path) {
+  struct stat there {
+  }, output{};
+  return stat(path.c_str(), &there) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
+         there.st_dev == output.st_dev && there.st_ino == output.st_ino && !S_ISCHR(there.st_mode);
+}
+
+// Long work is not to go on when its result has no place. The standard output outlives it, and is quiet
+// again.
+class Throwing {
+public:
+  explicit Throwing(std::ostream &stream) : m_stream(stream) {
+    stream.exceptions(std::ios::badbit | std::ios::failbit);
+  }
+  ~Throwing() { m_stream.exceptions(std::ios::goodbit); }
+  Throwing(const Throwing &) = delete;
+  Throwing &operator=(const Throwing &) = delete;
+
+private:
+  std::ostream &m_stream;
+};
 
 // The files that are being written, for the handler of signals: with as many as a subcommand may have.
 std::atomic<const char *> temporaries[8];
@@ -69,13 +94,16 @@ OutputFile::OutputFile(std::string option, const std::string &path, const std::s
     throw UsageError(m_option + ": " + Quoted(path) + " " + reason);
   };
   std::error_code error;
-  m_place = fs::is_symlink(path) ? fs::weakly_canonical(path, error) : fs::path(path);
-  if (error) refuse("cannot be written: " + error.message());
-  const fs::file_status status = fs::status(m_place, error);
+  const fs::file_status status = fs::status(path, error);
   if (fs::is_directory(status)) refuse("is a folder");
-  if (!recording.empty() && fs::exists(status) && fs::equivalent(m_place, recording, error))
+  if (!recording.empty() && fs::exists(status) && fs::equivalent(path, recording, error))
     refuse("is the recording itself");
-  m_direct = fs::exists(status) && !fs::is_regular_file(status);
+  // What a link of the system to a pipe reads as is no path.
+  m_standard = IsWhatOutputGoesTo(path);
+  m_direct = m_standard || (fs::exists(status) && !fs::is_regular_file(status));
+  error.clear();
+  m_place = !m_direct && fs::is_symlink(path) ? fs::weakly_canonical(path, error) : fs::path(path);
+  if (error) refuse("cannot be written: " + error.message());
   if (m_direct) return;
   const fs::path folder = m_place.has_parent_path() ? m_place.parent_path() : fs::path(".");
   if (!m_place.has_filename()) refuse("is not the name of a file");
@@ -97,7 +125,8 @@ void OutputFile::Fail(const std::string &reason) const {
   throw DataError(m_option + ": " + Quoted(m_path) + " could not be written: " + reason);
 }
 
-void OutputFile::Open() {
+std::ostream &OutputFile::Open() {
+  if (m_standard) return std::cout;
   if (m_direct) {
     m_stream.open(m_place, std::ios::binary);
   } else {
@@ -117,16 +146,17 @@ void OutputFile::Open() {
     m_stream.open(m_temporary, std::ios::binary);
   }
   if (!m_stream) Fail(std::strerror(errno));
+  return m_stream;
 }
 
 void OutputFile::Write(const Writer &writer) {
-  Open();
+  std::ostream &stream = Open();
   errno = 0;
   try {
-    // Long work is not to go on when its result has no place.
-    m_stream.exceptions(std::ios::badbit | std::ios::failbit);
-    writer(m_stream);
-    m_stream.close();
+    const Throwing throwing(stream);
+    writer(stream);
+    stream.flush();
+    if (m_stream.is_open()) m_stream.close();
   } catch (const std::ios_base::failure &) {
     Fail(errno != 0 ? std::strerror(errno) : "the device is full or gone");
   }
@@ -151,13 +181,21 @@ OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::str
       throw UsageError(file->Option() + ": " + Quoted(request.path) + " is the file of " + other);
     };
     for (const std::unique_ptr<OutputFile> &other : m_files)
-      if (other && Canonical(other->Place()) == Canonical(file->Place())) refuse(other->Option());
+      if (other && ((other->IsStandardOutput() && file->IsStandardOutput()) ||
+                    Canonical(other->Place()) == Canonical(file->Place())))
+        refuse(other->Option());
     std::error_code error;
     for (const Request &input : inputs)
       if (fs::is_regular_file(file->Place(), error) && fs::equivalent(file->Place(), input.path, error))
         refuse(input.option);
     m_files.back() = std::move(file);
   }
+}
+
+std::ostream &OutputFiles::Report() const {
+  const bool isTaken = std::any_of(m_files.begin(), m_files.end(),
+                                   [](const auto &file) { return file && file->IsStandardOutput(); });
+  return isTaken ? std::cerr : std::cout;
 }
 
 void OutputFiles::Write(std::initializer_list<Writer> writers) {

@@ -14,7 +14,8 @@ namespace tool {
 
 /// A file that is written beside its place and takes it by Commit. Until then nothing is at its place but
 /// what was there before, and without a Commit nothing is left,
-/// not even if a signal such as that of Ctrl-C ends the program. A device or a pipe is written directly.
+/// not even if a signal such as that of Ctrl-C ends the program. A device or a pipe is written directly, and
+/// so is the standard output, where it goes on.
 class OutputFile {
 public:
   using Writer = std::function<void(std::ostream &)>;
@@ -33,13 +34,18 @@ public:
   void Commit();
 
   const std::string &Option() const { return m_option; }
+
+  /// Whether the file is the pipe or the file that the standard output goes to. Of devices it does not
+  /// matter.
+  bool IsStandardOutput() const { return m_standard; }
+
   const std::filesystem::path &Place() const { return m_place; }
 
   /// Where the file is, between Write and Commit.
   const std::filesystem::path &Written() const { return m_temporary.empty() ? m_place : m_temporary; }
 
 private:
-  void Open();
+  std::ostream &Open();
   [[noreturn]] void Fail(const std::string &reason) const;
 
   std::string m_option;
@@ -47,6 +53,7 @@ private:
   std::filesystem::path m_place;     ///< m_path with links followed
   std::filesystem::path m_temporary; ///< empty if there is none
   bool m_direct = false;
+  bool m_standard = false;
   std::ofstream m_stream;
 };
 
@@ -67,6 +74,9 @@ public:
   /// Writes all in full, each by its writer, before the first takes its place. A writer may read the files
   /// before its own at Written.
   void Write(std::initializer_list<Writer> writers);
+
+  /// Where a report of what was written goes: to the error stream if the standard output is one of the files.
+  std::ostream &Report() const;
 
   /// Where the file of a request is while those behind it are written.
   std::string Written(std::size_t request) const { return m_files[request]->Written().string(); }

@@ -1,7 +1,6 @@
 // qorn convert: turns recordings into each other, and from and to raw pairs of numbers.
 
 #include <algorithm>
-#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -127,24 +126,26 @@ Result Write(std::ostream &out, const Options &options, const Recording &recordi
   return result;
 }
 
-void WriteText(const Options &options, const Recording &recording, Format to, const Result &result) {
+void WriteText(std::ostream &out, const Options &options, const Recording &recording, Format to,
+               const Result &result) {
   const RecordingHead &head = result.head;
   const auto samples = static_cast<double>(head.samples);
   const std::int64_t filling = result.frames * head.framePoints - head.samples;
-  Line(std::cout, "Recording", Printable(options.in) + ", " + FactsOf(recording.Format()).name);
-  Line(std::cout, "Converted", Printable(options.out) + ", " + FactsOf(to).name);
-  Line(std::cout, "Samples",
+  Line(out, "Recording", Printable(options.in) + ", " + FactsOf(recording.Format()).name);
+  Line(out, "Converted", Printable(options.out) + ", " + FactsOf(to).name);
+  Line(out, "Samples",
        Grouped(head.samples) + (head.rate > 0.0 ? ", " + Quantity(samples / head.rate, "s") : "") +
            (filling > 0 ? "; " + Grouped(filling) + " zeros fill the last frame" : ""));
   if (head.rate > 0.0) {
-    Line(std::cout, "Sampling rate", Quantity(head.rate, "Hz"));
-    Line(std::cout, "Centre", FrequencyInFull(head.centre, 1.0));
+    Line(out, "Sampling rate", Quantity(head.rate, "Hz"));
+    Line(out, "Centre", FrequencyInFull(head.centre, 1.0));
   }
-  Line(std::cout, "Volts per step", Quantity(head.step, "V"));
-  Line(std::cout, "Saturated", result.saturated == 0 ? "none" : Grouped(result.saturated) + " samples");
+  Line(out, "Volts per step", Quantity(head.step, "V"));
+  Line(out, "Saturated", result.saturated == 0 ? "none" : Grouped(result.saturated) + " samples");
 }
 
-void WriteJson(const Options &options, const Recording &recording, Format to, const Result &result) {
+void WriteJson(std::ostream &out, const Options &options, const Recording &recording, Format to,
+               const Result &result) {
   nlohmann::ordered_json report;
   report["recording"] = options.in;
   report["format"] = FactsOf(recording.Format()).name;
@@ -161,7 +162,7 @@ void WriteJson(const Options &options, const Recording &recording, Format to, co
   report["volts_per_step"] = result.head.step;
   report["saturated_samples"] = result.saturated;
   // A path need not be valid UTF-8, JSON must.
-  std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+  out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
 void Run(const Options &options) {
@@ -177,9 +178,9 @@ void Run(const Options &options) {
   Result result;
   files.Write({[&](std::ostream &out) { result = Write(out, options, recording, extent, to); }});
   if (options.json)
-    WriteJson(options, recording, to, result);
+    WriteJson(files.Report(), options, recording, to, result);
   else
-    WriteText(options, recording, to, result);
+    WriteText(files.Report(), options, recording, to, result);
 }
 
 } // namespace

@@ -69,6 +69,7 @@ void RunOne(const Options &options) {
                  filtered = WriteFiltered(out, format, *recording, extent, figures.design,
                                           [&](std::int64_t done) { progress.Update(done); });
                }});
+  std::ostream &out = files.Report();
   if (options.json) {
     nlohmann::ordered_json report = JsonOf(figures);
     if (filtered) {
@@ -81,15 +82,15 @@ void RunOne(const Options &options) {
       part["volts_per_step"] = filtered->step;
     }
     // A path need not be valid UTF-8, JSON must.
-    std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
     return;
   }
-  WriteText(std::cout, figures);
+  WriteText(out, figures);
   if (!filtered) return;
-  Line(std::cout, "Filtered", Printable(options.out));
-  Line(std::cout, "Samples",
+  Line(out, "Filtered", Printable(options.out));
+  Line(out, "Samples",
        Grouped(filtered->samples) + ", " + Grouped(filtered->advance) + " of delay taken off");
-  Line(std::cout, "Largest value",
+  Line(out, "Largest value",
        Quantity(filtered->peak, "V") + ", " + Quantity(filtered->step, "V") + " per step");
 }
 

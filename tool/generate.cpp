@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -86,8 +85,8 @@ void WriteRecording(std::ostream &out, const SignalParameters &parameters, Forma
   writer->End();
 }
 
-void WriteReport(const Options &options, const SignalParameters &parameters, const SignalFigures &figures,
-                 Format format, double step) {
+void WriteReport(std::ostream &out, const Options &options, const SignalParameters &parameters,
+                 const SignalFigures &figures, Format format, double step) {
   const double seconds = static_cast<double>(parameters.Total()) / parameters.rate;
   if (options.json) {
     const auto level = [](double power) {
@@ -106,18 +105,18 @@ void WriteReport(const Options &options, const SignalParameters &parameters, con
     }
     if (!options.sheet.empty()) report["sheet"] = options.sheet;
     // A path need not be valid UTF-8, JSON must.
-    std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
     return;
   }
-  Line(std::cout, "Signal", parameters.Title());
-  Line(std::cout, "Sampling rate", Quantity(parameters.rate, "Hz"));
-  Line(std::cout, "Samples", Grouped(parameters.Total()) + ", " + Quantity(seconds, "s"));
-  Line(std::cout, "Level",
+  Line(out, "Signal", parameters.Title());
+  Line(out, "Sampling rate", Quantity(parameters.rate, "Hz"));
+  Line(out, "Samples", Grouped(parameters.Total()) + ", " + Quantity(seconds, "s"));
+  Line(out, "Level",
        LevelText(Unit::kDbm, figures.meanPower) + " RMS, peak " + LevelText(Unit::kDbm, figures.peakPower));
   if (!options.out.empty())
-    Line(std::cout, "Recording",
+    Line(out, "Recording",
          Printable(options.out) + (format == Format::kCf32 ? "" : ", " + Quantity(step, "V") + " per step"));
-  if (!options.sheet.empty()) Line(std::cout, "Sheet", Printable(options.sheet));
+  if (!options.sheet.empty()) Line(out, "Sheet", Printable(options.sheet));
 }
 
 void Run(const Options &options) {
@@ -142,7 +141,7 @@ void Run(const Options &options) {
     files.Write({[&](std::ostream &out) { WriteSheet(out, parameters, figures.start); },
                  [&](std::ostream &out) { WriteRecording(out, parameters, format, head, progress); }});
   }
-  WriteReport(options, parameters, figures, format, step);
+  WriteReport(files.Report(), options, parameters, figures, format, step);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -93,7 +92,8 @@ void WriteSpectra(std::ostream &out, const Options &options, const Recording &re
   WriteSvgs(out, {{&before, name(options.recording)}, {&after, name(options.out)}}, Unit::kDbm);
 }
 
-void WriteReport(const Options &options, const Recording &recording, Format format, const Result &result) {
+void WriteReport(std::ostream &out, const Options &options, const Recording &recording, Format format,
+                 const Result &result) {
   const RecordingHead &head = result.head;
   const std::int64_t frames = FramesFor(format, head);
   if (options.json) {
@@ -109,17 +109,16 @@ void WriteReport(const Options &options, const Recording &recording, Format form
     report["peak_v"] = result.fitted.peak;
     report["volts_per_step"] = result.fitted.step;
     // A path need not be valid UTF-8, JSON must.
-    std::cout << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    out << report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
     return;
   }
-  Line(std::cout, "Recording", Printable(options.recording));
-  Line(std::cout, "Resampled", Printable(options.out) + ", " + FactsOf(format).name);
-  Line(std::cout, "Sampling rate",
-       Quantity(head.rate, "Hz") + ", before " + Quantity(recording.Rate(), "Hz"));
-  Line(std::cout, "Span", Quantity(head.span, "Hz"));
-  Line(std::cout, "Samples",
+  Line(out, "Recording", Printable(options.recording));
+  Line(out, "Resampled", Printable(options.out) + ", " + FactsOf(format).name);
+  Line(out, "Sampling rate", Quantity(head.rate, "Hz") + ", before " + Quantity(recording.Rate(), "Hz"));
+  Line(out, "Span", Quantity(head.span, "Hz"));
+  Line(out, "Samples",
        Grouped(head.samples) + ", " + Quantity(static_cast<double>(head.samples) / head.rate, "s"));
-  Line(std::cout, "Largest value",
+  Line(out, "Largest value",
        Quantity(result.fitted.peak, "V") + ", " + Quantity(result.fitted.step, "V") + " per step");
 }
 
@@ -145,7 +144,7 @@ void Run(const Options &options) {
                [&](std::ostream &out) {
                  WriteSpectra(out, options, recording, extent, files.Written(0), format, result);
                }});
-  WriteReport(options, recording, format, result);
+  WriteReport(files.Report(), options, recording, format, result);
 }
 
 } // namespace

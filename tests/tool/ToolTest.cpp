@@ -652,6 +652,51 @@ TEST_F(Tool, Files_ThatAreDevices_AreWrittenDirectly) {
                 {"spectrum", path, "--csv", "/dev/full"});
 }
 
+// Data that go to the standard output are not mixed with a report.
+TEST_F(Tool, Files_ThatAreTheOutput_AreWrittenThereAndTheReportBesideThem) {
+  const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
+  const std::vector<std::string> plain = {"spectrum", path, "--csv", folder / "plain.csv"};
+  const Outcome report = RunTool(plain);
+  const std::string table = Contents(folder / "plain.csv");
+  std::filesystem::remove(folder / "plain.csv");
+  for (const char *name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+    const std::vector<std::string> arguments = {"spectrum", path, "--csv", name};
+    const Outcome piped = RunTool(arguments);
+    EXPECT_EQ(piped.status, 0);
+    EXPECT_EQ(piped.out, table);
+    EXPECT_EQ(piped.error, report.out);
+    // Behind what is there, and in the same file.
+    const std::string log = Save("before\n", "log");
+    const Outcome redirected = RunTool(arguments, [&] {
+      if (std::freopen(log.c_str(), "a", stdout) == nullptr) _exit(99);
+    });
+    EXPECT_EQ(redirected.status, 0);
+    EXPECT_EQ(redirected.error, report.out);
+    EXPECT_EQ(Contents(log), "before\n" + table);
+  }
+  // By its own name too, and as a recording.
+  const Outcome named = RunTool({"spectrum", path, "--csv", folder / "log", "--json"}, [&] {
+    if (std::freopen((folder / "log").c_str(), "w", stdout) == nullptr) _exit(99);
+  });
+  EXPECT_EQ(Contents(folder / "log"), table);
+  EXPECT_EQ(json::parse(named.error)["points"], 4096);
+  const Outcome converted = RunTool({"convert", path, "/dev/stdout", "--to", "cs16", "--json"});
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_EQ(converted.out.size(), 4U * 4096U);
+  EXPECT_EQ(json::parse(converted.error)["samples"], 4096);
+  ExpectFailure(2, "--csv: '/dev/stdout' is the file of --svg",
+                {"spectrum", path, "--svg", "/dev/fd/1", "--csv", "/dev/stdout"});
+  // A reader that goes away, and a file that gets too long.
+  ExpectFailure(1, "OUT: '/dev/stdout' could not be written: Broken pipe",
+                {"convert", path, "/dev/stdout", "--to", "cs16"}, [] {
+                  int sides[2];
+                  if (pipe(sides) != 0 || dup2(sides[1], STDOUT_FILENO) < 0) _exit(99);
+                  close(sides[0]);
+                  std::signal(SIGPIPE, SIG_IGN);
+                });
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"log", "test.iqf"}));
+}
+
 TEST_F(Tool, Output_ThatCannotBeWritten_ExitsWithOne) {
   const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
   for (const std::vector<std::string> &arguments :
