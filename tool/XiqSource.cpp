@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <optional>
 
 #include "RecordingSource.h"
@@ -24,14 +24,16 @@ std::string FirstLine(const std::string &path) {
 }
 
 // Bytes to the first sample; 0 if they are not told. As in the library, the first character of the attribute
-// does not count.
+// does not count, the number behind it may be any that atof reads, and a quotation mark must follow.
 std::int64_t OffsetIn(const std::string &line) {
   const std::size_t key = line.find(kOffsetKey);
   const std::size_t from = key + sizeof kOffsetKey;
   if (key == std::string::npos || from >= line.size()) return 0;
-  int offset = 0;
-  std::from_chars(line.data() + from, line.data() + line.size(), offset);
-  return std::max(offset, 0);
+  const std::size_t end = line.find('"', from);
+  if (end == std::string::npos) return 0;
+  const double offset = std::atof(line.substr(from, end - from).c_str());
+  const double most = std::numeric_limits<int>::max();
+  return offset > 0.0 ? static_cast<std::int64_t>(std::min(offset, most)) : 0;
 }
 
 QORN::XIQReader Open(const std::string &path) {

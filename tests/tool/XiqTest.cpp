@@ -190,6 +190,9 @@ TEST_F(Tool, Xiq_WithoutASignal_ExitsWithOneAndSaysWhy) {
   for (const char *offset : {"", "0", "x", "1", "0-5", "00", "0abc"})
     fails("<DataFile offset=\"" + std::string(offset) + "\">\n" + sound.substr(sound.find('\n') + 1),
           noPlace);
+  // Without the quotation mark behind the number, which may be any.
+  for (const char *offset : {"0100>", "0100", "0nan\">", "0-1e3\">", "0.9\">"})
+    fails("<DataFile offset=\"" + std::string(offset) + "\n" + sound.substr(sound.find('\n') + 1), noPlace);
   fails(Header(Acquisition(1000), 0), "has no data sets: its header has no line with <DataSet>");
   fails(without(sound, "NumberSamples"), "has no samples: NumberSamples is missing or below 1");
   fails(Header(Acquisition(0)), "has no samples: NumberSamples is missing or below 1");
@@ -204,6 +207,30 @@ TEST_F(Tool, Xiq_WithoutASignal_ExitsWithOneAndSaysWhy) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"test.iqf"});
   const std::string path = Save(sound + std::string(7999, '\0'));
   EXPECT_EQ(Measure({path, "--count", "999", "--points", "64"})["blocks"], 15);
+}
+
+// Wherever the library finds the samples, the tool does.
+TEST_F(Tool, Xiq_OffsetThatIsARealNumber_IsThatOfTheLibrary) {
+  const Signal tone = Tone(-10.0, 0.1);
+  const std::string whole = XiqRecording(1000, tone);
+  const std::string samples = whole.substr(whole.size() - 8000);
+  const std::string lines = Header(Acquisition(1000));
+  for (const char *offset : {"02e3", "0 2000", "02000.75", "0+2e+3", "02000x"}) {
+    std::string bytes = "<DataFile offset=\"" + std::string(offset) + "\">\n";
+    bytes += lines.substr(lines.find('\n') + 1);
+    bytes.resize(2000, ' ');
+    const std::string path = Save(bytes + samples);
+    QORN::VecCplx32 first;
+    QORN::XIQReader(path.c_str()).ReadIQSamples(first, 0, 0, 1);
+    EXPECT_NEAR(static_cast<double>(first[0].re), std::stod(kScaling) * std::round(tone(0).real()), 1e-6)
+        << offset;
+    const json report = Measure({path, "--points", "1000"});
+    EXPECT_EQ(report["samples"], 1000) << offset;
+    EXPECT_NEAR(report["total_power"].get<double>(), -10.0, 0.01) << offset;
+    // Of the last sample a byte is missing.
+    const Outcome info = RunTool({"info", Save(bytes + samples.substr(0, 7999))});
+    EXPECT_NE(info.out.find("999 of 1 000: cut short"), std::string::npos) << offset << info.out;
+  }
 }
 
 TEST_F(Tool, Xiq_CutAnywhere_IsRefusedOrWhole) {
