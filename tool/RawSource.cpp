@@ -40,9 +40,13 @@ public:
                                 std::to_string(format.pairBytes));
     const std::int64_t samples = bytes / format.pairBytes;
     const double full = format.fullScale * raw.step;
-    m_facts = {raw.format, raw.rate, raw.centre, 0.0, raw.step, QORN::UnitConversion::PeakVolt2dBm(full),
-               samples,    samples,  "",         "",  false,    "",
-               "",         ""};
+    m_facts = {raw.format, raw.rate,
+               raw.centre, 0.0,
+               raw.step,   QORN::UnitConversion::PeakVolt2dBm(full),
+               samples,    samples,
+               "",         "",
+               false,      "",
+               "",         "the volts of a step are zero or out of range"};
   }
 
 protected:

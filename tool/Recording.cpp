@@ -84,7 +84,8 @@ void Recording::CheckSignal() const {
                                 " is missing, zero or out of range");
   if (!std::isfinite(Centre()) || std::fabs(Centre()) > 1e15)
     RefuseRecording(Path(), std::string("has a ") + facts.centreEntry + " out of range");
-  if (!(Step() > 1e-30 && Step() < 1e15))
+  const double slack = 1e-9; // a step that the header tells as a level in decibels is rounded
+  if (!(Step() >= kLeastStep * (1.0 - slack) && Step() <= kMostStep * (1.0 + slack)))
     RefuseRecording(Path(), std::string("has no usable level: ") + facts.noLevel);
 }
 

@@ -20,6 +20,10 @@ struct FormatFacts {
   double fullScale;       ///< in steps
 };
 
+/// Volts of one step, from and to which recordings are read and written.
+constexpr double kLeastStep = 1e-30;
+constexpr double kMostStep = 1e15;
+
 const FormatFacts &FactsOf(Format format);
 
 /// Without a header: neither rate nor scale.

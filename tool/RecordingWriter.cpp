@@ -211,9 +211,17 @@ void CheckCount(Format format, const RecordingHead &head) {
                     FactsOf(format).name + " holds");
 }
 
+void CheckStep(Format format, double step) {
+  if (!IsRaw(format) && !(step >= kLeastStep && step <= kMostStep))
+    throw DataError(std::string("a ") + FactsOf(format).name + " recording of these values would have " +
+                    Significant(step, 6) + " V per step, which is not from " + Significant(kLeastStep, 6) +
+                    " to " + Significant(kMostStep, 6));
+}
+
 std::unique_ptr<RecordingWriter> MakeRecordingWriter(Format format, std::ostream &out,
                                                      const RecordingHead &head) {
   CheckCount(format, head);
+  CheckStep(format, head.step);
   switch (format) {
   case Format::kIqf:
     return std::make_unique<IqfRecordingWriter>(out, head);

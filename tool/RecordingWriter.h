@@ -61,7 +61,12 @@ double StepFor(Format format, double peak);
 /// Throws DataError if the format cannot hold as many samples.
 void CheckCount(Format format, const RecordingHead &head);
 
-/// A writer of the format; the header is written at once. out must outlive it. Throws as CheckCount.
+/// Throws DataError if a recording of the format with such a step would be refused when it is read. Raw pairs
+/// do not tell it.
+void CheckStep(Format format, double step);
+
+/// A writer of the format; the header is written at once. out must outlive it. Throws as CheckCount and
+/// CheckStep.
 std::unique_ptr<RecordingWriter> MakeRecordingWriter(Format format, std::ostream &out,
                                                      const RecordingHead &head);
 

@@ -459,6 +459,29 @@ TEST_F(Convert, WrongRecordings_ExitWithOneAndLeaveNothing) {
   EXPECT_TRUE(Bytes("same.cf32") == Bytes("wild.cf32"));
 }
 
+// What is written is also read, up to the limits.
+TEST_F(Convert, Steps_OfAllSizes_AreReadBackOrNotWritten) {
+  const std::string raw = Save(BytesOf<std::int16_t>({1, -2, 300, 32767}), "a.cs16");
+  const Arguments rate = {"--rate", "1e6"};
+  for (const char *scale : {"1e15", "1e-15"})
+    for (const char *name : {"a.iqf", "a.xiq"}) {
+      Run("a.cs16", name, {"--rate", "1e6", "--scale", scale, "--out-scale", scale});
+      EXPECT_NEAR(Run(name, "b.cs16", {"--out-scale", scale, "--count", "2"})["volts_per_step"].get<double>(),
+                  std::stod(scale), 1e-9 * std::stod(scale));
+      EXPECT_EQ(Bytes("b.cs16"), Bytes("a.cs16")) << name << scale;
+    }
+  Run("a.cs16", "b.cs8", {"--scale", "1e15", "--out-scale", "1e15"});
+  // Floats that are far too small for the steps of XIQ: 2^-31 of the power of two above them.
+  Save(BytesOf<float>({1e-22F, -0.5e-22F}), "small.cf32");
+  const std::vector<std::string> before = folder.Names();
+  ExpectFailure(
+      1,
+      "a xiq recording of these values would have 4.93038e-32 V per step, which is not from 1e-30 to "
+      "1e+15",
+      {"convert", folder / "small.cf32", folder / "small.xiq", "--rate", "1"});
+  EXPECT_EQ(folder.Names(), before);
+}
+
 TEST_F(Convert, OutputThatCannotBeWrittenWhole_IsNotLeft) {
   const std::string in = Save(std::string(400000, '\1'), "a.cs8");
   std::ofstream(folder / "old.cs8") << "old";

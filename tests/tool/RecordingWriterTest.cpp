@@ -215,6 +215,23 @@ TEST(RecordingWriter, TooManySamples_AreRefused) {
         "2 199 023 254 529 samples are more than the 2 199 023 254 528 that iqf holds");
 }
 
+TEST(RecordingWriter, StepsThatNoReaderTakes_AreRefused) {
+  std::ostringstream out;
+  for (const Format format : {Format::kIqf, Format::kXiq}) {
+    const std::string name = tool::FactsOf(format).name;
+    for (const auto &[step, text] :
+         {std::pair(0.9e-30, "9e-31"), {1.1e15, "1.1e+15"}, {0.0, "0"}, {-1.0, "-1"}})
+      try {
+        MakeRecordingWriter(format, out, HeadFor({}, step));
+        FAIL() << name << ' ' << step;
+      } catch (const tool::DataError &error) {
+        EXPECT_EQ(error.what(), "a " + name + " recording of these values would have " + text +
+                                    " V per step, which is not from 1e-30 to 1e+15");
+      }
+    EXPECT_EQ(out.str(), "");
+  }
+}
+
 TEST(RecordingFormat, Names_AreFoundInAnyCase) {
   for (const Format format : kAll) {
     const std::string name = tool::FactsOf(format).name;
