@@ -35,6 +35,9 @@ public:
 
   const std::string &Option() const { return m_option; }
 
+  /// Whether it is written at its place at once, and may then be gone.
+  bool IsDirect() const { return m_direct; }
+
   /// Whether the file is the pipe or the file that the standard output goes to. Of devices it does not
   /// matter.
   bool IsStandardOutput() const { return m_standard; }
@@ -77,6 +80,9 @@ public:
 
   /// Where a report of what was written goes: to the error stream if the standard output is one of the files.
   std::ostream &Report() const;
+
+  /// Whether the file of a request can be read there: it is no device or pipe.
+  bool CanBeRead(std::size_t request) const { return !m_files[request]->IsDirect(); }
 
   /// Where the file of a request is while those behind it are written.
   std::string Written(std::size_t request) const { return m_files[request]->Written().string(); }

@@ -140,6 +140,8 @@ void Run(const Options &options) {
   CheckHeld(extent, recording);
   const Format format = FormatOfPath(options.out).value_or(recording.Format());
   OutputFiles files({{"--out", options.out}, {"--spectra", options.spectra}}, options.recording);
+  if (!options.spectra.empty() && !files.CanBeRead(0))
+    throw UsageError("--spectra: the recording cannot be read again from " + Quoted(options.out));
   files.Write({[&](std::ostream &out) { Write(out, format, recording, extent, ratio, result); },
                [&](std::ostream &out) {
                  WriteSpectra(out, options, recording, extent, files.Written(0), format, result);
