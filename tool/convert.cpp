@@ -102,6 +102,7 @@ Result Write(std::ostream &out, const Options &options, const Recording &recordi
   result.head.samples = extent.count;
   result.head.step =
       options.outScale.empty() ? KeptStep(recording, to) : StepOf("--out-scale", options.outScale);
+  CheckCount(to, result.head);
   const bool twice = result.head.step == 0.0;
   Progress progress(twice ? 2 * extent.count : extent.count);
   std::int64_t read = 0;

@@ -482,6 +482,14 @@ TEST_F(Convert, Steps_OfAllSizes_AreReadBackOrNotWritten) {
   EXPECT_EQ(folder.Names(), before);
 }
 
+TEST_F(Convert, MoreSamplesThanTheFormatHolds_AreRefusedUnread) {
+  const std::string path = Save("", "a.cf32");
+  std::filesystem::resize_file(path, std::uintmax_t{1} << 40); // for hours
+  ExpectFailure(1, "137 438 953 472 samples are more than the 2 147 483 647 that xiq holds",
+                {"convert", path, folder / "a.xiq", "--rate", "1"}, [] { alarm(60); });
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.cf32"});
+}
+
 TEST_F(Convert, OutputThatCannotBeWrittenWhole_IsNotLeft) {
   const std::string in = Save(std::string(400000, '\1'), "a.cs8");
   std::ofstream(folder / "old.cs8") << "old";
