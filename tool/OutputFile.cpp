@@ -4,9 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
@@ -51,41 +49,6 @@ private:
   std::ostream &m_stream;
 };
 
-// The files that are being written, for the handler of signals: with as many as a subcommand may have.
-std::atomic<const char *> temporaries[8];
-
-extern "C" void RemoveTemporaries(int signal) {
-  for (const std::atomic<const char *> &temporary : temporaries)
-    if (const char *path = temporary.load()) unlink(path);
-  raise(signal); // which has its default action again
-}
-
-// Signals that end the program remove the files first, and then end it as ever.
-void HandleSignals() {
-  static_assert(std::atomic<const char *>::is_always_lock_free);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGXCPU}) {
-    struct sigaction action {};
-    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
-    action.sa_handler = RemoveTemporaries;
-    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
-    sigaction(signal, &action, nullptr);
-  }
-}
-
-void Remember(const char *path) {
-  for (std::atomic<const char *> &temporary : temporaries) {
-    const char *none = nullptr;
-    if (temporary.compare_exchange_strong(none, path)) return;
-  }
-}
-
-void Forget(const char *path) {
-  for (std::atomic<const char *> &temporary : temporaries) {
-    const char *same = path;
-    if (temporary.compare_exchange_strong(same, nullptr)) return;
-  }
-}
-
 } // namespace
 
 OutputFile::OutputFile(std::string option, const std::string &path, const std::string &recording)
@@ -115,12 +78,6 @@ OutputFile::OutputFile(std::string option, const std::string &path, const std::s
     refuse("cannot be written: " + std::string(std::strerror(errno)));
 }
 
-OutputFile::~OutputFile() {
-  if (m_temporary.empty()) return;
-  unlink(m_temporary.c_str());
-  Forget(m_temporary.c_str());
-}
-
 void OutputFile::Fail(const std::string &reason) const {
   throw DataError(m_option + ": " + Quoted(m_path) + " could not be written: " + reason);
 }
@@ -130,12 +87,10 @@ std::ostream &OutputFile::Open() {
   if (m_direct) {
     m_stream.open(m_place, std::ios::binary);
   } else {
-    HandleSignals();
     std::string name = m_place.string() + ".XXXXXX";
     const int descriptor = mkstemp(name.data());
     if (descriptor < 0) Fail(std::strerror(errno));
-    m_temporary = name;
-    Remember(m_temporary.c_str());
+    m_temporary.emplace(name);
     // A new file gets the permissions that any program would give it; an old one keeps its own.
     struct stat old {};
     const mode_t mask = umask(0);
@@ -143,7 +98,7 @@ std::ostream &OutputFile::Open() {
     const mode_t mode = stat(m_place.c_str(), &old) == 0 ? old.st_mode & 0777U : 0666U & ~mask;
     fchmod(descriptor, mode);
     close(descriptor);
-    m_stream.open(m_temporary, std::ios::binary);
+    m_stream.open(m_temporary->Path(), std::ios::binary);
   }
   if (!m_stream) Fail(std::strerror(errno));
   return m_stream;
@@ -165,10 +120,10 @@ void OutputFile::Write(const Writer &writer) {
 void OutputFile::Commit() {
   if (m_direct) return;
   std::error_code error;
-  fs::rename(m_temporary, m_place, error);
+  fs::rename(m_temporary->Path(), m_place, error);
   if (error) Fail(error.message());
-  Forget(m_temporary.c_str());
-  m_temporary.clear();
+  m_temporary->Keep();
+  m_temporary.reset();
 }
 
 OutputFiles::OutputFiles(std::initializer_list<Request> requests, const std::string &recording,

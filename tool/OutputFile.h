@@ -7,8 +7,11 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "Temporary.h"
 
 namespace tool {
 
@@ -23,7 +26,6 @@ public:
   /// option names the argument in messages. Throws UsageError if there can be no such file, or if it is the
   /// recording itself; recording may be empty. Nothing is created yet.
   OutputFile(std::string option, const std::string &path, const std::string &recording);
-  ~OutputFile();
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
 
@@ -45,7 +47,9 @@ public:
   const std::filesystem::path &Place() const { return m_place; }
 
   /// Where the file is, between Write and Commit.
-  const std::filesystem::path &Written() const { return m_temporary.empty() ? m_place : m_temporary; }
+  std::filesystem::path Written() const {
+    return m_temporary ? std::filesystem::path(m_temporary->Path()) : m_place;
+  }
 
 private:
   std::ostream &Open();
@@ -53,8 +57,8 @@ private:
 
   std::string m_option;
   std::string m_path;
-  std::filesystem::path m_place;     ///< m_path with links followed
-  std::filesystem::path m_temporary; ///< empty if there is none
+  std::filesystem::path m_place; ///< m_path with links followed
+  std::optional<Temporary> m_temporary;
   bool m_direct = false;
   bool m_standard = false;
   std::ofstream m_stream;

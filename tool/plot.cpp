@@ -14,6 +14,7 @@
 #include "MeasurementCommand.h"
 #include "Options.h"
 #include "OutputFile.h"
+#include "Temporary.h"
 #include "Text.h"
 
 namespace tool {
@@ -30,26 +31,11 @@ struct Options : LevelOptions {
   std::string interpreter;
 };
 
-// A folder of one's own, gone with the object.
-class PrivateFolder {
-public:
-  PrivateFolder() {
-    std::string name = (fs::temp_directory_path() / "qorn-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw DataError("there is no room for temporary files");
-    m_path = name;
-  }
-  ~PrivateFolder() {
-    std::error_code ignored;
-    fs::remove_all(m_path, ignored);
-  }
-  PrivateFolder(const PrivateFolder &) = delete;
-  PrivateFolder &operator=(const PrivateFolder &) = delete;
-
-  const fs::path &Path() const { return m_path; }
-
-private:
-  fs::path m_path;
-};
+std::string PrivateFolder() {
+  std::string name = (fs::temp_directory_path() / "qorn-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw DataError("there is no room for temporary files");
+  return name;
+}
 
 // As MATLAB code has it between apostrophes.
 std::string InCode(const std::string &text) {
@@ -121,10 +107,10 @@ void Run(const Options &options) {
   Session session(options.interpreter);
   const Measurement measurement = MeasureWithProgress(recording, setup);
   session.Draw(measurement, unit, fs::path(options.recording).filename().string());
-  const PrivateFolder folder;
-  const fs::path picture = folder.Path() / "spectrum.png";
-  session.Print(picture);
-  std::ifstream bytes(picture, std::ios::binary);
+  const Temporary folder(PrivateFolder());
+  const Temporary picture(folder.Path() + "/spectrum.png");
+  session.Print(picture.Path());
+  std::ifstream bytes(picture.Path(), std::ios::binary);
   if (!bytes) throw DataError("the session has drawn nothing");
   files.Write({[&](std::ostream &out) { out << bytes.rdbuf(); }});
 }

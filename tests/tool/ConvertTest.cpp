@@ -511,8 +511,10 @@ TEST_F(Convert, OutputThatCannotBeWrittenWhole_IsNotLeft) {
 TEST_F(Convert, Signal_LeavesNothingBehind) {
   const std::string in = Save("", "a.cs8");
   std::filesystem::resize_file(in, std::uintmax_t{1} << 40); // for hours
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     const Outcome outcome = RunTool({"convert", in, folder / "out.cs16"}, [&] {
+      const rlimit none{0, 0}; // for the memory that SIGQUIT would save
+      setrlimit(RLIMIT_CORE, &none);
       const pid_t tool = getpid();
       if (fork() != 0) return;
       // As soon as there is something to leave.

@@ -1,8 +1,12 @@
 // qorn plot, with GNU Octave to draw.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -77,6 +81,39 @@ TEST_F(Plot, Interpreter_ThatIsGivenCode_GetsTheSpectrum) {
   ExpectFailure(1, "the session has drawn nothing",
                 {"plot", Tones(), "--png", png, "--points", "1024", "--interpreter", script});
   EXPECT_EQ(Contents(told), "1024 100.125 -20.0 it's_a 100% test.iqf");
+}
+
+// The interpreter has written a picture, and goes on drawing.
+TEST_F(Plot, Signal_LeavesNothingBehind) {
+  QORN_SKIP_WITHOUT_OCTAVE();
+  const std::string recording = Tones(), script = folder / "draws-on", drawn = folder / "drawn";
+  std::ofstream(script) << "#!/bin/sh\nexec " << kOctave
+                        << " --quiet --no-gui --persist --eval \"function print(varargin), "
+                           "fclose(fopen(varargin{end}, 'w')); fclose(fopen('"
+                        << drawn << "', 'w')); pause(20); end\"\n";
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  const std::string temporary = folder / "temporary";
+  for (const int signal : {SIGINT, SIGTERM, SIGQUIT}) {
+    std::filesystem::remove(drawn);
+    std::filesystem::create_directory(temporary);
+    const Outcome outcome =
+        RunTool({"plot", recording, "--png", folder / "plot.png", "--interpreter", script}, [&] {
+          setenv("TMPDIR", temporary.c_str(), 1);
+          const rlimit none{0, 0}; // for the memory that SIGQUIT would save
+          setrlimit(RLIMIT_CORE, &none);
+          const pid_t tool = getpid();
+          if (fork() != 0) return;
+          while (!std::filesystem::exists(drawn) && getppid() == tool) usleep(1000);
+          // As from a keyboard, but for the interpreter.
+          kill(tool, signal);
+          _exit(0);
+        });
+    EXPECT_EQ(outcome.status, -signal) << outcome.error;
+    EXPECT_TRUE(std::filesystem::exists(drawn));
+    EXPECT_TRUE(std::filesystem::is_empty(temporary)) << signal;
+  }
+  EXPECT_EQ(folder.Names(),
+            (std::vector<std::string>{"drawn", "draws-on", "it's_a 100% test.iqf", "temporary"}));
 }
 
 TEST_F(Plot, Interpreter_ThatIsNone_IsNamed) {
