@@ -11,9 +11,10 @@ int main(int, char **argv) {
   spectrum.SetUnit(PowerUnitVolt);
   VecCplx32 samples;
   VecReal32 volts, power(1024);
-  for (int i = 0; i + 1024 <= iq.GetNoflSamplesInFile() && iq.ReadIQData(i, 1024, samples); i += 1024)
+  const int blocks = iq.GetNoflSamplesInFile() / 1024;
+  for (int i = 0; i < blocks && iq.ReadIQData(1024 * i, 1024, samples); ++i)
     spectrum.Apply(volts, samples), power += volts *= volts;
   for (int k = 0; k < 1024; ++k)
     std::printf("%.0f %.2f\n", iq.GetCenterFrequency() + (k - 512) * iq.GetSamplingFrequency() / 1024,
-                UnitConversion::PeakVolt2dBm(std::sqrt(power[k] * 1024.0 / iq.GetNoflSamplesInFile())));
+                UnitConversion::PeakVolt2dBm(std::sqrt(1.0 * power[k] / blocks)));
 }

@@ -38,14 +38,14 @@ bool HasTerminals() {
 }
 
 Outcome RunTool(const std::vector<std::string> &arguments, const std::function<void()> &prepare,
-                bool terminal) {
+                bool terminal, const char *program) {
   int out[2];
   int error[2]; // of a terminal, the side of the reader comes first as well
   if (pipe(out) != 0) throw std::runtime_error("no pipe");
   if (terminal ? openpty(&error[0], &error[1], nullptr, nullptr, nullptr) != 0 : pipe(error) != 0)
     throw std::runtime_error("no pipe or terminal");
 
-  std::string tool = QORN_TOOL;
+  std::string tool = program;
   std::vector<std::string> words = arguments;
   std::vector<char *> argv{tool.data()};
   for (std::string &word : words) argv.push_back(word.data());

@@ -27,10 +27,10 @@ struct Outcome {
 /// Whether the system gives pseudo-terminals; a bare root folder without /dev/pts does not.
 bool HasTerminals();
 
-/// Runs qorn with the arguments. prepare runs in the new process before the tool does. With a terminal, the
-/// error stream is one.
+/// Runs the program at `program`, by default qorn, with the arguments. prepare runs in the new process before
+/// the tool does. With a terminal, the error stream is one.
 Outcome RunTool(const std::vector<std::string> &arguments, const std::function<void()> &prepare = {},
-                bool terminal = false);
+                bool terminal = false, const char *program = QORN_TOOL);
 
 /// A folder that is removed with all that is in it.
 class TemporaryFolder {

@@ -709,6 +709,20 @@ TEST_F(Tool, Output_ThatCannotBeWritten_ExitsWithOne) {
   }
 }
 
+// Examples
+
+#ifdef QORN_EXAMPLE_SPECTRUM
+// Frames that are no whole number of the blocks.
+TEST_F(Tool, ExampleSpectrum_AnyLength_ReadsTheLevelOfATone) {
+  for (const int samples : {1100, 2000, 3000}) {
+    const std::string path = Save(Recording(samples, Tone(-10.0, 0.125), 100));
+    const Outcome outcome = RunTool({path}, {}, false, QORN_EXAMPLE_SPECTRUM);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("\n100125000 -10.00\n"), std::string::npos) << samples;
+  }
+}
+#endif
+
 // Long recordings
 
 TEST_F(Tool, Spectrum_TenGibibytes_NeedsLittleMemoryAndShowsProgress) {
