@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::int64_t kFrameBytes = 4120;
 constexpr int kMaxPoints = 1024;
+constexpr std::size_t kMaxPath = 999; // characters that the library keeps
 constexpr int kChunkFrames = 256;
 
 [[noreturn]] void RefuseForeign(const std::string &path, const std::string &reason) {
@@ -23,6 +24,10 @@ constexpr int kChunkFrames = 256;
 // Looks at the beginning of the file before the library does: there are first characters that end the program
 // there, and a message that names the reason helps more than an error code.
 const std::string &Checked(const std::string &path) {
+  if (path.size() > kMaxPath)
+    RefuseRecording(path, "has a path of " + Grouped(static_cast<std::int64_t>(path.size())) +
+                              " characters; those of IQF recordings have " + std::to_string(kMaxPath) +
+                              " or fewer");
   std::ifstream file(path, std::ios::binary);
   const std::int64_t size = BytesOf(path);
   const int digits = file.get() - '0';

@@ -723,6 +723,38 @@ TEST_F(Tool, ExampleSpectrum_AnyLength_ReadsTheLevelOfATone) {
 }
 #endif
 
+// Paths
+
+TEST_F(Tool, Recording_AtALongPath_IsReadOrRefusedWithTheReason) {
+  std::string place = folder / "";
+  for (int depth = 0; place.size() < 1100; ++depth) {
+    place += std::string(200, static_cast<char>('a' + depth)) + "/";
+    ASSERT_TRUE(std::filesystem::create_directory(place));
+  }
+  const std::string sound = Recording(4096, Tone(-10.0, 0.1));
+  const std::string iqf = place + "a.iqf", raw = place + "a.cs16", out = place + "b.cs16";
+  std::ofstream(iqf, std::ios::binary) << sound;
+  ExpectFailure(1,
+                "recording '" + iqf + "' has a path of " + std::to_string(iqf.size() / 1000) + " " +
+                    std::to_string(iqf.size()).substr(1) +
+                    " characters; those of IQF recordings have 999 or fewer",
+                {"spectrum", iqf});
+  // From nearer, and of another kind.
+  const auto enter = [&] { ASSERT_EQ(chdir(place.c_str()), 0); };
+  EXPECT_EQ(RunTool({"convert", "a.iqf", raw}, enter).status, 0);
+  EXPECT_EQ(RunTool({"convert", raw, place + "a.xiq", "--rate", "1e6"}).status, 0);
+  EXPECT_EQ(RunTool({"convert", place + "a.xiq", out}).status, 0);
+  EXPECT_EQ(std::filesystem::file_size(out), 4U * 4096U);
+  // The longest that can be opened.
+  std::string last = place.substr(0, place.size() - 201 * 2);
+  const std::string name(999 - last.size() - 1, 'n');
+  ASSERT_LT(name.size(), 256U);
+  std::ofstream(last + "/" + name, std::ios::binary) << sound;
+  EXPECT_EQ(Measure({last + "/" + name})["samples"], 4096);
+  std::filesystem::rename(last + "/" + name, last + "/" + name + "n");
+  EXPECT_EQ(RunTool({"spectrum", last + "/" + name + "n"}).status, 1);
+}
+
 // Long recordings
 
 TEST_F(Tool, Spectrum_TenGibibytes_NeedsLittleMemoryAndShowsProgress) {
