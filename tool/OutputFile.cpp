@@ -87,7 +87,8 @@ std::ostream &OutputFile::Open() {
   if (m_direct) {
     m_stream.open(m_place, std::ios::binary);
   } else {
-    std::string name = m_place.string() + ".XXXXXX";
+    // Its own name may be as long as a name can be.
+    std::string name = (m_place.parent_path() / ".qorn-XXXXXX").string();
     const int descriptor = mkstemp(name.data());
     if (descriptor < 0) Fail(std::strerror(errno));
     m_temporary.emplace(name);

@@ -755,6 +755,17 @@ TEST_F(Tool, Recording_AtALongPath_IsReadOrRefusedWithTheReason) {
   EXPECT_EQ(RunTool({"spectrum", last + "/" + name + "n"}).status, 1);
 }
 
+TEST_F(Tool, Files_WithTheLongestName_AreWritten) {
+  const std::string path = Save(Recording(4096, Tone(-10.0, 0.1)));
+  const std::string name = std::string(251, 'n') + ".csv"; // as much as a folder takes
+  for (int run = 0; run < 2; ++run) {
+    const Outcome outcome = RunTool({"spectrum", path, "--csv", folder / name});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(Contents(folder / name).substr(0, 13), "frequency_Hz,");
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{name, "test.iqf"}));
+  }
+}
+
 // Long recordings
 
 TEST_F(Tool, Spectrum_TenGibibytes_NeedsLittleMemoryAndShowsProgress) {
