@@ -181,7 +181,7 @@ void AddSignalOptions(CLI::App &command, SignalOptions &options) {
   command.add_option("--repeat", options.repeats, "signals in a row, 1 to 1000000 (1)")
       ->type_name("N")
       ->transform(WholeNumber(1, kMostRepeats));
-  text("--gap", options.gap, "S", "silence behind each, 0 to 2^31 samples (0)");
+  text("--gap", options.gap, "S", "silence behind each, 0 to 2^31-1024 samples (0)");
 }
 
 SignalParameters ParametersOf(const SignalOptions &options) {

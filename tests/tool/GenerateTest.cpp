@@ -810,7 +810,8 @@ TEST_F(Generate, Help_EveryOption_HasBoundsAndDefault) {
   for (const char *line : {"--rate HZ             sampling rate, 1 to 1e10 (20e6)\n",
                            "--level DBM           level, -200 to 100 (-10)\n",
                            "--mcs MBIT            rate of 80211a: 6, 9, 12, 18, 24, 36, 48, 54 (6)\n",
-                           "--samples N           length of the signal, 1 to 2^22 (20000)\n"})
+                           "--samples N           length of the signal, 1 to 2^22 (20000)\n",
+                           "--gap S               silence behind each, 0 to 2^31-1024 samples (0)\n"})
     EXPECT_NE(outcome.out.find(line), std::string::npos) << line;
   std::size_t widest = 0;
   std::istringstream lines(outcome.out);
