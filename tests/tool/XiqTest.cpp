@@ -215,7 +215,7 @@ TEST_F(Tool, Xiq_OffsetThatIsARealNumber_IsThatOfTheLibrary) {
   const std::string whole = XiqRecording(1000, tone);
   const std::string samples = whole.substr(whole.size() - 8000);
   const std::string lines = Header(Acquisition(1000));
-  for (const char *offset : {"02e3", "0 2000", "02000.75", "0+2e+3", "02000x"}) {
+  for (const char *offset : {"02e3", "0 2000", "02000.75", "0+2e+3", "00x7D0", "02000x"}) {
     std::string bytes = "<DataFile offset=\"" + std::string(offset) + "\">\n";
     bytes += lines.substr(lines.find('\n') + 1);
     bytes.resize(2000, ' ');

@@ -136,7 +136,45 @@ TEST(ParseReal, AnyText_IsReadAsAtofReadsIt) {
                                     "0.01e-2147483648",
                                     "4.9e-324",
                                     "2e-324",
-                                    "1.7976931348623157e308"};
+                                    "1.7976931348623157e308",
+                                    "0x10",
+                                    " -0X1.8p3z",
+                                    "+0x.8",
+                                    "0x8.",
+                                    "0x",
+                                    "0xg",
+                                    "0x.",
+                                    "0x.g",
+                                    "0x-5",
+                                    "0x+5",
+                                    "0xinf",
+                                    "0xnan",
+                                    "00x10",
+                                    "x10",
+                                    "0x1p",
+                                    "0x1p+",
+                                    "0x1p-1",
+                                    "0x1p+-1",
+                                    "0x.4P+-5",
+                                    "0x1e5",
+                                    "0xFFFFFFFFFFFFFFFF",
+                                    "0x1.fffffffffffff8p0",
+                                    "0x1.fffffffffffff7p0",
+                                    "0x1p1023",
+                                    "0x1p1024",
+                                    "-0x1p1024",
+                                    "0x1p-1074",
+                                    "0x1p-1075",
+                                    "0x1.8p-1075",
+                                    "-0x1p-1076",
+                                    "0x0.0000000000000000001p1100",
+                                    "0x1p99999999999999999999",
+                                    "0x1p-99999999999999999999",
+                                    "0x0p99999999999999999999"};
+  texts.push_back("0x" + std::string(400, 'f'));
+  texts.push_back("0x" + std::string(400, '1') + "p-1500");
+  texts.push_back("0x0." + std::string(400, '0') + "1p1700");
+  texts.push_back("0x0." + std::string(400, '0') + "1");
   texts.push_back(std::string(400, '9'));
   texts.push_back("0." + std::string(400, '0') + "1");
   texts.push_back("0." + std::string(400, '0') + "1e390");
