@@ -46,11 +46,11 @@ public:
   /// True if path names the file that is open, and that file is one of the disk.
   bool IsAt(const char *path) const;
 
-  /// Reads up to `bytes` bytes from where the last call ended and returns how many there were.
+  /// Reads up to `bytes` bytes from where the last call ended and returns how many there were. The system's
+  /// error stands in errno if that is why they are fewer.
   std::size_t Read(void *dst, std::size_t bytes) const;
 
-  /// Reads up to `bytes` bytes from `position` on and returns how many there were. Any number of threads may
-  /// do so at once.
+  /// The same from `position` on. Any number of threads may do so at once.
   std::size_t ReadAt(std::int64_t position, void *dst, std::size_t bytes) const;
 
   /// Moves the place of the next Read; false if the file allows no such place.

@@ -51,7 +51,9 @@ struct ST_STR {
 /// - Reads are refused with 10002 if GetFFTPoints() is not within 1 to 1024, if a frame, sample or count is
 ///   negative, if the samples asked for are more than a vector can hold, or if more than 4096 frames of
 ///   those asked for lie behind the end of the file.
-/// - Otherwise what is missing at the end of a file reads as zeros, and the read reports true.
+/// - Otherwise what is missing at the end of a file reads as zeros, and the read reports true. What the
+/// system
+///   fails to read is zero as well, and its error then stands in errno.
 ///
 /// All reads throw 13001 if the file cannot be opened, and 11001 if there is no memory. Reads into VecCplx32
 /// and VecReal32 allocate nothing but what their vectors need to grow.

@@ -25,7 +25,7 @@ class VecCplx64;
 /// closing tag must stand on one line, as the recording instruments write them:
 ///
 /// - Lines are looked at in pieces of 1023 characters, up to their first zero byte.
-/// - A value is the decimal number from the second character behind its key up to the next "<", or up to the
+/// - A value is the number from the second character behind its key up to the next "<", or up to the
 ///   next quotation mark for the attribute DataFile offset. So the first character of that attribute does not
 ///   count: offset="0123" is 123.
 /// - The keys of a line are tried in the order Frequency, AcquisitionBandwidth, MaxSpan, RFAttenuation,
@@ -46,7 +46,9 @@ class VecCplx64;
 ///
 /// No count in the file is trusted. Samples that lie behind the end of the file read as zeros; but if these
 /// are more than 4194304, or if there are more than a vector can hold, the read is refused with 10002.
-/// Samples that lie before the start of the file, for a negative data set or offset, are read from its start.
+/// What the system fails to read counts as missing, in the header as in the samples, and its error then
+/// stands in errno. Samples that lie before the start of the file, for a negative data set or offset, are
+/// read from its start.
 ///
 /// Errors leave as QORNException with the path literal "utils\XIQReader".
 class QORN_API XIQReader {
