@@ -26,8 +26,8 @@ using QORN::kernels::ScopedLevel;
 using QORN::test::LongComplex;
 
 // Powers of two, mixed small factors, large prime factors, primes p with smooth p - 1 and without.
-constexpr int kLengths[] = {1 << 15, 1 << 17, 1 << 20, 1 << 21, 1023,   10000,   65535,
-                            65537,   99990,   99991,   100000,  131071, 1048575, 1594323};
+constexpr int kLengths[] = {1 << 15, 1 << 17, 1 << 20, 1 << 21, 1023,    10000,   65535,   65537,
+                            99990,   99991,   100000,  131071,  1048575, 1594323, 1953125, 2125764};
 
 // exp(-j 2 pi k / n).
 std::vector<LongComplex> Circle(int n) {
@@ -157,6 +157,33 @@ TYPED_TEST(FourierLong, ComplexTransform_OneTurningPhasor_IsOneLine) {
         EXPECT_LE(std::sqrt(error) / n,
                   (IsSmooth(n) ? 0.4L : 1.0L) * eps * std::sqrt(std::log2(static_cast<long double>(n))) + eps)
             << level.name << ' ' << n << ' ' << k;
+      }
+    }
+  }
+}
+
+// No value on the way may outgrow the results by much.
+TYPED_TEST(FourierLong, ComplexTransform_OfALargeImpulse_IsFinite) {
+  using T = TypeParam;
+  constexpr T kLarge = std::numeric_limits<T>::max() / 64;
+  for (const int n : {67, 1009, 10007, 16384, 65537, 99991}) {
+    const auto plan = ComplexPlan<T>::Make(n);
+    ASSERT_NE(plan, nullptr) << n;
+    Block<T> scratch(plan->ScratchBytes() / sizeof(T));
+    for (const int place : {0, 1, n / 2}) {
+      std::vector<T> x(2 * static_cast<std::size_t>(n)), y(x.size());
+      x[2 * static_cast<std::size_t>(place)] = kLarge;
+      for (const Level &level : AvailableLevels()) {
+        const ScopedLevel scoped(level);
+        plan->Forward(x.data(), y.data(), scratch.Data(), T{1});
+        long double worst = 0;
+        for (std::size_t i = 0; i < y.size(); i += 2) {
+          const long double magnitude = std::hypot(static_cast<long double>(y[i] / kLarge),
+                                                   static_cast<long double>(y[i + 1] / kLarge));
+          if (!(std::abs(magnitude - 1) <= worst)) worst = std::abs(magnitude - 1);
+        }
+        EXPECT_LE(worst, 64 * static_cast<long double>(std::numeric_limits<T>::epsilon()))
+            << level.name << ' ' << n << ' ' << place;
       }
     }
   }

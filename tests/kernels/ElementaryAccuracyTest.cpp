@@ -468,20 +468,19 @@ template <class T> std::vector<std::string> CheckPairRanges(int count) {
 constexpr int kNightlyPieces = 1000;
 constexpr int kNightlyPiece = 100000;
 
-template <class T> std::vector<T> Structured() {
-  constexpr int fraction = std::numeric_limits<T>::digits - 1;
-  using Word = std::conditional_t<sizeof(T) == sizeof(float), std::uint32_t, std::uint64_t>;
-  std::vector<T> values;
-  for (Word octave = 0; octave < Word(sizeof(T) == sizeof(float) ? 255 : 2047); ++octave) {
-    for (Word part = 0; part < 64; ++part) {
-      const Word edge = octave << fraction | part << (fraction - 6);
-      for (Word step = 0; step < 32; ++step) {
-        values.push_back(std::bit_cast<T>(edge + step));
-        values.push_back(std::bit_cast<T>((edge - step) & ~(Word(1) << (8 * sizeof(T) - 1))));
+std::vector<double> Structured() {
+  constexpr int fraction = std::numeric_limits<double>::digits - 1;
+  std::vector<double> values;
+  for (std::uint64_t octave = 0; octave < 2047; ++octave) {
+    for (std::uint64_t part = 0; part < 64; ++part) {
+      const std::uint64_t edge = octave << fraction | part << (fraction - 6);
+      for (std::uint64_t step = 0; step < 32; ++step) {
+        values.push_back(std::bit_cast<double>(edge + step));
+        values.push_back(std::bit_cast<double>((edge - step) & ~(std::uint64_t{1} << 63)));
       }
     }
   }
-  std::erase_if(values, [](T x) { return !std::isfinite(x); });
+  std::erase_if(values, [](double x) { return !std::isfinite(x); });
   return values;
 }
 
@@ -536,7 +535,7 @@ TEST_P(ElementaryNightly, DISABLED_Double_RandomAndStructuredArguments_KeepTheBo
               return WorstOf(*row, x);
             }));
   }
-  std::vector<double> x = Structured<double>();
+  std::vector<double> x = Structured();
   for (const double sign : {1.0, -1.0}) {
     for (double &value : x) value = std::copysign(value, sign);
     constexpr std::size_t piece = 65536;

@@ -432,6 +432,70 @@ TEST(Elementary, OneArgument_AnyPlaceAndLength_GivesTheElementsOwnResult) {
   CheckPlace("Erf_64f", &Table::Erf_64f);
 }
 
+// Arguments of which the active level has another result than the base level: there, the level's own form and
+// the common one can be told apart.
+std::vector<float> ArgumentsOfOwnForm(One<float> Table::*kernel, float first, float last) {
+  constexpr int kCandidates = 400000;
+  constexpr std::size_t kEnough = 40;
+  const Table &base = *kernels::AvailableLevels().front().table;
+  std::vector<float> x;
+  for (int i = 0; i < kCandidates; ++i)
+    x.push_back(first + (last - first) * static_cast<float>(i) / static_cast<float>(kCandidates));
+  std::vector<float> common(x.size()), own(x.size()), found;
+  (base.*kernel)(x.data(), common.data(), kCandidates);
+  (Active().*kernel)(x.data(), own.data(), kCandidates);
+  for (std::size_t i = 0; i < x.size() && found.size() < kEnough; ++i)
+    if (!Same()(common[i], own[i])) found.push_back(x[i]);
+  return found;
+}
+
+TEST(Elementary, Float_NeighboursOfSpecialValues_KeepTheirOwnResult) {
+  struct Row {
+    const char *name;
+    One<float> Table::*kernel;
+    float first, last;
+  };
+  constexpr Row rows[] = {{"Exp_32f", &Table::Exp_32f, -1.0F, 1.0F},
+                          {"Ln_32f", &Table::Ln_32f, 0.5F, 2.0F},
+                          {"Log10_32f", &Table::Log10_32f, 0.5F, 2.0F},
+                          {"Sin_32f", &Table::Sin_32f, -4.0F, 4.0F},
+                          {"Cos_32f", &Table::Cos_32f, -4.0F, 4.0F}};
+  const std::vector<float> specials = {static_cast<float>(kNaN),
+                                       static_cast<float>(kInf),
+                                       static_cast<float>(-kInf),
+                                       static_cast<float>(kTiny32),
+                                       -1000.0F,
+                                       100.0F,
+                                       0.0F,
+                                       1e30F};
+  AtEveryLevel([&] {
+    for (const Row &row : rows) {
+      const std::vector<float> arguments = ArgumentsOfOwnForm(row.kernel, row.first, row.last);
+      if (arguments.empty()) continue; // the level has no form of its own
+      std::vector<float> alone;
+      for (const float x : arguments) {
+        alone.emplace_back();
+        (Active().*row.kernel)(&x, &alone.back(), 1);
+      }
+      for (const int len : {2, 7, 16, 33, 255, 256, 257, 600}) {
+        for (int place = 0; place<len; place += len> 40 ? 13 : 1) {
+          std::vector<float> x(static_cast<std::size_t>(len)), y(x.size());
+          for (std::size_t i = 0; i < x.size(); ++i) x[i] = arguments[i % arguments.size()];
+          x[static_cast<std::size_t>(place)] = specials[static_cast<std::size_t>(place) % specials.size()];
+          (Active().*row.kernel)(x.data(), y.data(), len);
+          (Active().*row.kernel)(x.data(), x.data(), len);
+          for (std::size_t i = 0; i < x.size(); ++i) {
+            if (i == static_cast<std::size_t>(place)) continue;
+            const float expected = alone[i % arguments.size()];
+            ASSERT_TRUE(Same()(y[i], expected) && Same()(x[i], expected))
+                << row.name << ", element " << i << " of " << len << ", a special value at " << place;
+          }
+        }
+      }
+    }
+  });
+}
+
 TEST(Elementary, TwoArguments_AnyPlaceAndLength_GiveTheElementsOwnResult) {
   CheckPlace("Atan2_32f", &Table::Atan2_32f);
   CheckPlace("Atan2_64f", &Table::Atan2_64f);

@@ -56,7 +56,7 @@ double CostWith(int lanes, std::int64_t n, int scalar) {
   const int perRegister = std::min(width, 64 / scalar);
   double perBlock = 0;
   for (const int r : Radices(blocks)) perBlock += Arithmetic(r) + kMemory + kTurn;
-  const bool partial = blocks % perRegister != 0 && n != 32;
+  const bool partial = blocks % perRegister != 0;
   const double joins = static_cast<double>((blocks + perRegister - 1) / perRegister) * lanes;
   return static_cast<double>(blocks) * RoundUp(lanes, perRegister) * perBlock +
          joins * (Arithmetic(lanes) + kMemory + kTurn + kJoin) + (partial ? kPart * lanes : 0);

@@ -7,7 +7,7 @@
 
 namespace QORN::fourier {
 
-/// The largest length that is one straight-line butterfly.
+/// The largest length that may be one straight-line butterfly; those that are a grid are not.
 inline constexpr int kMaxSmall = 16;
 
 /// The radices of a transform of few points, as in fourier::Grid; rows is 0 if it goes another way. `scalar`
@@ -27,8 +27,8 @@ std::vector<int> Radices(std::int64_t n);
 /// sizeof of the type. There always is one: n has a prime factor of 5 or more, or 8 or 9 divides it.
 int LanesFor(std::int64_t n, int scalar);
 
-/// Of a transform in tiles (Passes.h): the number of rows, or 0 if n has no prime factors for it or another
-/// way is estimated to take less.
+/// Of a transform in tiles (Passes.h): the number of rows at the least estimated cost, or 0 if n has no
+/// factors for it, or is smooth and its samples stay in the caches.
 std::int64_t TileRows(std::int64_t n, int scalar);
 
 /// The radix that joins the parts of a line of n blocks, n >= 4.

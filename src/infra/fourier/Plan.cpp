@@ -53,8 +53,8 @@ constexpr int kFactoredFrom = 1 << 18;
 
 std::size_t Size(std::int64_t n) { return static_cast<std::size_t>(n); }
 
-// Fills in the passes over `blocks` blocks.
-template <class T> void SetPasses(Columns<T> &columns, std::int64_t blocks) {
+// Fills in the passes over `blocks` blocks; the number of scalars that their factors take.
+template <class T> std::int64_t SetPasses(Columns<T> &columns, std::int64_t blocks) {
   columns.blocks = blocks;
   std::int64_t done = 1, turns = 0;
   for (const int radix : Radices(blocks)) {
@@ -64,13 +64,7 @@ template <class T> void SetPasses(Columns<T> &columns, std::int64_t blocks) {
     turns += table + rest * (radix - 1) * 2;
     done *= radix;
   }
-}
-
-// How many scalars the factors of the passes take.
-template <class T> std::size_t PassFactors(const Columns<T> &columns) {
-  const Pass &last = columns.passes[columns.passCount - 1];
-  const std::int64_t table = last.radix > kMaxStraight ? 2 * (last.radix / 2) * (last.radix / 2) : 0;
-  return Size(last.turns + table + last.rest * (last.radix - 1) * 2);
+  return turns;
 }
 
 template <class T> void Write(T *&to, typename Roots<T>::Root root) {
@@ -219,8 +213,7 @@ template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
   m_scratch = Size(blocks) * Size(4 * width);
 
   const Roots<T> roots(m_length);
-  SetPasses(m_columns, blocks);
-  m_turns = Block<T>(PassFactors(m_columns));
+  m_turns = Block<T>(Size(SetPasses(m_columns, blocks)));
   WritePassFactors(m_columns, roots, m_length, m_turns.Data());
 
   const std::int64_t groups = (blocks + width - 1) / width;
@@ -251,8 +244,7 @@ template <class T> void ComplexPlan<T>::MakeTiled(std::int64_t rows) {
     line.last = LastRadix(length);
     Columns<T> &part = line.part;
     part.lanes = part.width = kWidth;
-    SetPasses(part, length / line.last);
-    line.lastTurns = static_cast<std::ptrdiff_t>(PassFactors(part));
+    line.lastTurns = SetPasses(part, length / line.last);
     factors = Block<T>(Size(line.lastTurns + part.blocks * 2 * (line.last - 1)));
     T *factor = WritePassFactors(part, roots, m_length, factors.Data());
     for (std::int64_t q = 0; q < part.blocks; ++q) {
@@ -284,7 +276,8 @@ template <class T> void ComplexPlan<T>::MakeTiled(std::int64_t rows) {
 }
 
 // With n k = (n^2 + k^2 - (k - n)^2) / 2 and c[n] = exp(-j pi n^2 / N) the transform is the convolution
-// X[k] = c[k] sum over n of (x[n] c[n]) conj(c[k-n]) (Bluestein 1970), made cyclic in a longer length P.
+// X[k] = c[k] sum over n of (x[n] c[n]) conj(c[k-n]) (Bluestein 1970), made cyclic in a longer length P. The
+// spectrum has the factor 1/P of the inverse transform, so that no value on the way outgrows the results.
 template <class T> void ComplexPlan<T>::MakeBluestein() {
   const std::int64_t n = m_length;
   const std::int64_t p = ConvolutionLength(2 * n - 1, sizeof(T));
@@ -309,11 +302,12 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
     square = (square + 2 * i + 1) % (2 * n);
   }
   Block<T> scratch(m_convolution->m_scratch);
-  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1});
+  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1} / static_cast<T>(p));
 }
 
 // The powers of a generator g run through all residues of a prime N but 0, and X[g^-i] is x[0] and the cyclic
-// convolution of length N - 1 of x[g^i] and exp(-j 2 pi g^-i / N) (Rader 1968).
+// convolution of length N - 1 of x[g^i] and exp(-j 2 pi g^-i / N) (Rader 1968); the factor 1/(N - 1) as
+// above.
 template <class T> void ComplexPlan<T>::MakeRader(int generator) {
   const std::int64_t n = m_length, p = n - 1;
   m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
@@ -331,7 +325,7 @@ template <class T> void ComplexPlan<T>::MakeRader(int generator) {
     spectrum[2 * at + 1] = root.im;
   }
   Block<T> scratch(m_convolution->m_scratch);
-  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1});
+  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1} / static_cast<T>(p));
 }
 
 // An inverse transform is the forward one with real and imaginary parts exchanged, before and after.
@@ -350,9 +344,9 @@ void ComplexPlan<T>::RunRader(const T *in, T *out, T *scratch, bool inverse, T s
   m_convolution->Forward(scratch, scratch, rest, T{1});
   const T sum[2] = {scratch[0] + first[0], scratch[1] + first[1]};
   Passes<T>::Product()(scratch, m_spectrum.Data(), scratch, p, false, false);
-  scratch[0] += first[0] * static_cast<T>(p);
-  scratch[1] += first[1] * static_cast<T>(p);
-  m_convolution->Inverse(scratch, scratch, rest, scale / static_cast<T>(p));
+  scratch[0] += first[0];
+  scratch[1] += first[1];
+  m_convolution->Inverse(scratch, scratch, rest, scale);
   out[re] = sum[0] * scale;
   out[im] = sum[1] * scale;
   for (std::ptrdiff_t i = 0; i < p; ++i) {
@@ -374,7 +368,7 @@ template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, boo
     std::fill(scratch + 2 * n, rest, T{0});
     m_convolution->Forward(scratch, scratch, rest, T{1});
     Passes<T>::Product()(scratch, m_spectrum.Data(), scratch, p, false, false);
-    m_convolution->Inverse(scratch, scratch, rest, scale / static_cast<T>(p));
+    m_convolution->Inverse(scratch, scratch, rest, scale);
     Passes<T>::Product()(scratch, m_chirp.Data(), out, n, false, inverse);
   } else if (m_length <= kMaxSmall) {
     Passes<T>::Small()(m_length, in, out, inverse, scale);

@@ -47,8 +47,9 @@ private:
 /// - else up to 16 points: one butterfly;
 /// - no prime factor above 13, and the samples in the caches: passes over blocks and a joining of lanes
 ///   (Passes.h);
-/// - no prime factor above kMaxRadix: two steps of tiles, if there are factors for it;
-/// - a prime N, no prime factor of N - 1 being above 31: Rader's convolution, by two transforms of N - 1;
+/// - no prime factor above kMaxRadix: two steps of tiles, if both can be made long enough;
+/// - a prime N, no prime factor of N - 1 being above 31 and N - 1 going one of the ways above: Rader's
+///   convolution, by two transforms of N - 1;
 /// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
 template <class T> class ComplexPlan final : public Plan {
 public:

@@ -239,8 +239,6 @@ void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T si
     case 7:
       return JoinLanes<T, 8, 7>(plan, in, out, scale, sign);
     case 8:
-      // 32 points, for which wider rows would be half empty.
-      if (plan.blocks == 4) return JoinLanes<T, 8, 8, kLanes<T, 4>>(plan, in, out, scale, sign);
       return JoinLanes<T, 8, 8>(plan, in, out, scale, sign);
     }
   } else {
@@ -314,7 +312,7 @@ template <class T, int N> [[gnu::flatten]] void Small(const T *in, T *out, T sca
   });
 }
 
-/// A length of at most 16, in scalars; out may be in.
+/// A length of at most 16 that is no grid, in scalars; out may be in.
 template <class T> void RunSmall(int length, const T *in, T *out, bool inverse, T scale) {
   const T sign = static_cast<T>(inverse ? -1 : 1);
   switch (length) {
@@ -332,24 +330,18 @@ template <class T> void RunSmall(int length, const T *in, T *out, bool inverse, 
     return Small<T, 6>(in, out, scale, sign);
   case 7:
     return Small<T, 7>(in, out, scale, sign);
-  case 8:
-    return Small<T, 8>(in, out, scale, sign);
   case 9:
     return Small<T, 9>(in, out, scale, sign);
   case 10:
     return Small<T, 10>(in, out, scale, sign);
   case 11:
     return Small<T, 11>(in, out, scale, sign);
-  case 12:
-    return Small<T, 12>(in, out, scale, sign);
   case 13:
     return Small<T, 13>(in, out, scale, sign);
   case 14:
     return Small<T, 14>(in, out, scale, sign);
   case 15:
     return Small<T, 15>(in, out, scale, sign);
-  case 16:
-    return Small<T, 16>(in, out, scale, sign);
   }
 }
 

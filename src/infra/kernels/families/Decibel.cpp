@@ -10,8 +10,18 @@ namespace {
 /// log10(x * gain + offset) * scale + shift.
 template <class T> struct ToSteps {
   T gain, offset, scale, shift;
-  template <class X> QORN_INLINE X Before(X x) const { return Rounded(x * gain) + offset; }
-  template <class X> QORN_INLINE X After(X y) const { return Rounded(y * scale) + shift; }
+  template <class X> QORN_INLINE X Before(X x) const { return Product(x, gain) + offset; }
+  template <class X> QORN_INLINE X After(X y) const { return Product(y, scale) + shift; }
+
+private:
+  // Registers without Rounded(): GCC 12 leaves them unfused, but takes them apart at the barrier.
+  template <class X> QORN_INLINE static X Product(X x, T factor) {
+    if constexpr (sizeof(X) == sizeof(T)) {
+      return Rounded(x * factor);
+    } else {
+      return x * factor;
+    }
+  }
 };
 
 /// 10 ^ ((x + shift) * scale) * gain.
