@@ -145,7 +145,11 @@ std::vector<int> Radices(std::int64_t n) {
   const int passes = (twos + 2) / 3;
   for (int i = 0; i < passes; ++i) radices.push_back(1 << (twos / passes + (i < twos % passes ? 1 : 0)));
   for (const int radix : {13, 11, 9, 7, 5, 3}) take(radix);
-  for (int radix = kMaxStraight + 4; n > 1; radix += 2) take(radix);
+  int radix = kMaxStraight + 4;
+  while (n > 1) {
+    take(radix);
+    radix += 2;
+  }
   return radices;
 }
 
