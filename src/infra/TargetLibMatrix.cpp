@@ -92,7 +92,7 @@ private:
 
   // The scale of column j of the source with scaled rows, or false for a column of zeros.
   bool ColumnScale(Index j, int &scale) const {
-    constexpr int kNone = std::numeric_limits<int>::min();
+    constexpr int kNone = -std::numeric_limits<int>::max();
     int largest = kNone;
     for (Index i = 0; i < m_size; ++i) {
       const T x = m_src(i, j);
