@@ -18,8 +18,6 @@ namespace {
 
 // A division by the sum of the coefficients is reported as the kernel layer reports divisions, under its
 // name.
-constexpr const char *kModule = "infra\\TargetLib_ipp";
-
 float *AsReals(Cplx32 *data) { return reinterpret_cast<float *>(data); }
 const Cplx32 *AsComplex(const float *data) { return reinterpret_cast<const Cplx32 *>(data); }
 
@@ -100,7 +98,7 @@ float Window::GetENBW() const {
   GetCoefficients(w);
   const float sum = Sum(w);
   // The kernel takes a division by a zero constant for nothing to do, which would leave w as it is.
-  if (sum == 0.0F) Throw(errors::kDivideByZero, kModule);
+  if (sum == 0.0F) Throw(errors::kDivideByZero, modules::kTargetLib);
   TargetLib::DivC_32f_I(sum, w.GetPtr(), w.GetSize());
   TargetLib::Sqr_32f_I(w.GetPtr(), w.GetSize());
   return static_cast<float>(m_size) * Sum(w);

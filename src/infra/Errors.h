@@ -29,6 +29,7 @@ inline constexpr Error kFileType{13005, "file type error"};
 /// Modules whose paths stand in the exceptions of several files.
 namespace modules {
 inline constexpr char kVector[] = "infra/Vector";
+inline constexpr char kTargetLib[] = "infra\\TargetLib_ipp";
 } // namespace modules
 
 /// Throws error as a QORNException of the module whose path literal is given; the line is that of the call.

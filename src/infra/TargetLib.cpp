@@ -11,8 +11,6 @@ namespace QORN {
 
 namespace {
 
-constexpr const char *kModule = "infra\\TargetLib_ipp";
-
 // The common guard: every pointer is there, and the last int, the length, is at least 1.
 template <class A> void Look(A argument, bool &pointers, int &length) {
   if constexpr (std::is_pointer_v<A>) pointers = pointers && argument != nullptr;
@@ -59,7 +57,7 @@ void TargetLib::DivC_16u_I(unsigned short val, unsigned short *srcDst, int len, 
 namespace {
 
 template <class T> void Divide(bool (*kernel)(const T *, T *, int), const T *src, T *srcDst, int len) {
-  if (Runs(src, srcDst, len) && kernel(src, srcDst, len)) Throw(errors::kDivideByZero, kModule);
+  if (Runs(src, srcDst, len) && kernel(src, srcDst, len)) Throw(errors::kDivideByZero, modules::kTargetLib);
 }
 
 } // namespace

@@ -19,7 +19,6 @@ constinit bool traceStretch = false;
 
 namespace {
 
-constexpr const char *kModule = "infra\\TargetLib_ipp";
 constexpr int kChannels = 4;
 constexpr int kNearest = 1;
 
@@ -104,11 +103,11 @@ private:
 // The work buffer for `count` columns; a buffer of another size is replaced.
 Place *Columns(int count) {
   const std::int64_t bytes = static_cast<std::int64_t>(sizeof(Place)) * count;
-  if (bytes > QORNMalloc::kMaxCount) Throw(errors::kMemoryAllocation, kModule);
+  if (bytes > QORNMalloc::kMaxCount) Throw(errors::kMemoryAllocation, modules::kTargetLib);
   if (bytes != stretchBytes) {
     TargetLib::DestroyStretchBuffer();
     stretchBuffer.reset(QORNMalloc::MallocUInt8(static_cast<int>(bytes)));
-    if (stretchBuffer == nullptr) Throw(errors::kMemoryAllocation, kModule);
+    if (stretchBuffer == nullptr) Throw(errors::kMemoryAllocation, modules::kTargetLib);
     stretchBytes = static_cast<int>(bytes);
   }
   return reinterpret_cast<Place *>(stretchBuffer.get());

@@ -2,10 +2,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <limits>
+#include <type_traits>
 #include <utility>
 
 #include "fourier/LongConvolution.h"
+#include "fourier/Operands.h"
 #include "fourier/OverlapSave.h"
+#include "fourier/WholeCorrelation.h"
 #include "kernels/Levels.h"
 #include "qorn/infra/TargetLib.h"
 
@@ -15,16 +19,36 @@ namespace {
 
 using Index = std::ptrdiff_t;
 
-template <class T> T Conjugate(T x) { return x; }
-Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
-
 // dst[len - 1 - i] = conj(src[i]).
 template <class T> void Reverse(const T *src, int len, T *dst) {
   std::transform(std::reverse_iterator(src + len), std::reverse_iterator(src), dst,
-                 [](const T &x) { return Conjugate(x); });
+                 [](const T &x) { return fourier::Conjugate(x); });
 }
 
-template <class T> void Run(const fourier::Correlation<T> &job, int length) {
+// How a correlation is estimated to take the least time: by transforms of the whole operands, of blocks, or,
+// where both lengths are 0, directly.
+struct Method {
+  int whole, block;
+  bool IsDirect() const { return whole == 0 && block == 0; }
+};
+template <class T> Method Choose(int taps, int len, Index outputs, double terms) {
+  Method method{};
+  if (taps < fourier::kLeastTaps) return method;
+  double cost = fourier::DirectCost<T>(taps, outputs, terms);
+  if constexpr (!std::is_same_v<T, double>) method.whole = fourier::WholeLength<T>(taps, len, cost);
+  method.block = fourier::BlockLength<T>(taps, outputs, cost);
+  if (method.block != 0) method.whole = 0;
+  return method;
+}
+
+// Where the outputs of transforms of the whole operands are not good enough, blocks know to tell more.
+template <class T> void Run(const fourier::Correlation<T> &job, const Method &method) {
+  if constexpr (!std::is_same_v<T, double>) {
+    if (method.whole != 0 && fourier::CorrelateWhole(job, method.whole)) return;
+  }
+  constexpr double kAny = std::numeric_limits<double>::infinity();
+  const int length =
+      method.block != 0 ? method.block : fourier::BlockLength<T>(job.tapCount, job.count, kAny);
   fourier::Correlator<T>(job.taps, job.tapCount, length, false).Run(job);
 }
 
@@ -37,11 +61,11 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
     std::swap(len1, len2);
   }
   const Index outputs = static_cast<Index>(len1) + len2 - 1;
-  const int length = fourier::BlockLength<T>(len1, outputs, static_cast<double>(len1) * len2);
-  if (length == 0) return direct(src1, len1, src2, len2, dst);
+  const Method method = Choose<T>(len1, len2, outputs, static_cast<double>(len1) * len2);
+  if (method.IsDirect()) return direct(src1, len1, src2, len2, dst);
   const fourier::WorkArray<T> taps(len1);
   Reverse(src1, len1, taps.Data());
-  Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, length);
+  Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, method);
 }
 
 template <class T>
@@ -53,22 +77,23 @@ void Correlate(void (*direct)(const T *, int, const T *, int, T *, int, int), co
   const Index first = std::clamp(place, Index{0}, whole), end = std::clamp(place + dstLen, Index{0}, whole);
   const int shorter = std::min(len1, len2);
   const double terms = std::min(static_cast<double>(len1) * len2, static_cast<double>(end - first) * shorter);
-  const int length = first == end ? 0 : fourier::BlockLength<T>(shorter, end - first, terms);
-  if (length == 0) return direct(src1, len1, src2, len2, dst, dstLen, lowLag);
+  const Method method =
+      first == end ? Method{} : Choose<T>(shorter, std::max(len1, len2), end - first, terms);
+  if (method.IsDirect()) return direct(src1, len1, src2, len2, dst, dstLen, lowLag);
 
   std::fill_n(dst, first - place, T{});
   std::fill(dst + (end - place), dst + dstLen, T{});
   T *const results = dst + (first - place);
   constexpr Index kScalars = sizeof(T) / sizeof(float);
   if (len1 <= len2) {
-    Run<T>({src1, len1, src2, len2, first, end - first, results}, length);
+    Run<T>({src1, len1, src2, len2, first, end - first, results}, method);
   } else {
     const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
     Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
     Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
     Run<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()), len1, first,
             end - first, results},
-           length);
+           method);
   }
 }
 

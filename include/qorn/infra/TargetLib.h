@@ -582,18 +582,20 @@ public:
   ///
   /// The error of each result, or of each part of a complex one, is at most 4 eps times its own sum of
   /// |src1[i]| |src2[i + n + lowLag]|, eps being 2^-23 (2^-52 for 64f), whatever the lengths, as long as no
-  /// term leaves the range of normal numbers. There are two methods, and the lengths alone choose between
+  /// term leaves the range of normal numbers. There are three methods, and the lengths alone choose between
   /// them:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
-  /// - transforms of overlapping blocks (overlap-save), where these are estimated as less work: from some
-  ///   800 by 800 elements on (300 for 32fc), and from about 100 (45 for 32fc) elements on if the
-  ///   other source is long. Results that a block's rounding errors could have spoiled, quiet ones beside
-  ///   loud ones, are found by bounds and computed again. So results without a nonzero product are exactly 0,
-  ///   and what is not finite shows where it would by direct sums and nowhere else; where the shorter source
-  ///   is not finite, or squares of doubles leave the range, the sums are direct. The last bits of a result
-  ///   may depend on its place. Work memory is freed before the call returns; QORNException 11001 if there is
-  ///   none. The factors of the transforms stay with the process.
+  /// - one transform of each source as a whole, of float sources alone, where that is estimated as the least
+  ///   work: of equal lengths from some 100 by 100 elements on (50 for 32fc).
+  /// - transforms of overlapping blocks (overlap-save), where these are: from about 100 (45 for 32fc)
+  ///   elements on if the other source is long, and for 64f from some 800 by 800 on.
+  /// Results that the rounding errors of transforms could have spoiled, quiet ones beside loud ones, are
+  /// found by bounds and computed again, in blocks or directly. So results without a nonzero product are
+  /// exactly 0, and what is not finite shows where it would by direct sums and nowhere else; where the
+  /// shorter source is not finite, or squares of doubles leave the range, the sums are direct. The last bits
+  /// of a result may depend on its place. QORNException 11001 if there is no memory. The factors of the
+  /// transforms stay with the process, and up to 16 MiB of work memory for the next call.
   ///@{
   static void CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst, int dstLen,
                             int lowLag);

@@ -45,6 +45,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "Operands.h"
 #include "OverlapSave.h"
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/Cplx.h"
@@ -56,44 +57,8 @@ namespace {
 using Index = std::ptrdiff_t;
 using kernels::active;
 
-template <class T> struct Element {
-  using Part = T;
-  static constexpr int kParts = 1;
-};
-template <> struct Element<Cplx32> {
-  using Part = float;
-  static constexpr int kParts = 2;
-};
-
 // The blocks that go through the transforms at once: two real ones, or a complex one.
 template <class T> constexpr Index kPairsOf = Element<T>::kParts == 1 ? 2 : 1;
-
-template <class T> T Conjugate(T x) { return x; }
-Cplx32 Conjugate(Cplx32 x) { return {x.re, -x.im}; }
-double Re(float x) { return static_cast<double>(x); }
-double Re(double x) { return x; }
-double Re(Cplx32 x) { return static_cast<double>(x.re); }
-double Im(float) { return 0; }
-double Im(double) { return 0; }
-double Im(Cplx32 x) { return static_cast<double>(x.im); }
-
-// A lower bound of the magnitude.
-template <class T> double Size(T x) { return std::max(std::fabs(Re(x)), std::fabs(Im(x))); }
-template <class T> bool Finite(T x) { return std::isfinite(Re(x)) && std::isfinite(Im(x)); }
-template <class T> bool IsNaN(T x) { return std::isnan(Re(x)) || std::isnan(Im(x)); }
-
-void Direct(const float *taps, int count, const float *x, int len, float *dst, int dstLen, int lag) {
-  active->CrossCorr_32f(taps, count, x, len, dst, dstLen, lag);
-}
-void Direct(const double *taps, int count, const double *x, int len, double *dst, int dstLen, int lag) {
-  active->CrossCorr_64f(taps, count, x, len, dst, dstLen, lag);
-}
-void Direct(const Cplx32 *taps, int count, const Cplx32 *x, int len, Cplx32 *dst, int dstLen, int lag) {
-  active->CrossCorr_32fc(taps, count, x, len, dst, dstLen, lag);
-}
-
-double Energy(const float *x, Index len) { return active->ConvEnergy_32f(x, len); }
-double Energy(const double *x, Index len) { return active->ConvEnergy_64f(x, len); }
 
 // Estimates in nanoseconds, measured at the widest level. Only their ratios matter, and these are much the
 // same at the others.
@@ -105,10 +70,17 @@ template <> constexpr double kPerTerm<Cplx32> = 0.046;
 // How much of such a product one with what is beside an array takes: most of these are left out.
 template <class T> constexpr double kBeside = sizeof(T) == sizeof(float) ? 0.2 : 0.5;
 
+// What an output near an end of the signal takes more than another one.
+template <class T> constexpr double kPerEdge = Element<T>::kParts == 1 ? 1.5 : 4.5;
+
 // A pair of real blocks, or a complex one, there and back. The taps take half of it.
 template <class T> double RunCost(double length) {
   // Of the nearer caches, and of all.
-  const double outside = length <= 16384 ? 1 : length <= 32768 ? 1.25 : length <= 262144 ? 1.6 : 3.5;
+  const double outside = length <= 8192     ? 1
+                         : length <= 16384  ? 1.2
+                         : length <= 32768  ? 1.7
+                         : length <= 262144 ? 2
+                                            : 3.5;
   const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
   const double log2 = std::log2(length);
   const double perPoint = std::is_same_v<T, double> ? 0.87 * log2 - 1.8 : 0.1 + 0.15 * log2;
@@ -133,9 +105,6 @@ template <class T> class Correlator<T>::Job {
   static constexpr int kParts = Element<T>::kParts;
   static constexpr Index kPairs = kPairsOf<T>;
   static constexpr bool kSplit = std::is_same_v<T, double>;
-  static constexpr double kUnit = 0x1p-53;
-  // 7 u of the operands, and a little less for what is not written out.
-  static constexpr double kShare = 6.9 / 2 * static_cast<double>(std::numeric_limits<Part>::epsilon());
   // Steps of the coarse part of the taps, as a power of two, in their largest magnitude.
   static constexpr int kTapSteps = 18;
   static constexpr int kDeepest = 3;
@@ -220,7 +189,7 @@ private:
     const CyclicFigures figures = m_engine.Run(window, dst, count);
     if (!std::isfinite(figures.energy)) return false;
     if (figures.energy == 0) std::fill_n(dst, 2 * count, 0.0F);
-    const double least = Bound(std::sqrt(figures.energy) * (1 + 1e-6), m_norm, m_gain) / kShare;
+    const double least = Bound(std::sqrt(figures.energy) * (1 + 1e-6), m_norm, m_gain) / kShare<T>;
     if (figures.smallest >= least) return true;
     const auto isBelow = [&](float x) { return Size(x) < least; };
     if (std::count_if(dst, dst + 2 * count, isBelow) * kFew > count) return false;
@@ -244,7 +213,7 @@ private:
 
   // The bound of the errors, given the norms of a block and of the taps.
   double Bound(double norm, double tapNorm, double gain) const {
-    return norm * ((2 * m_error + 8 * kUnit) * tapNorm + m_error * gain);
+    return CyclicBound(m_error, norm, tapNorm, norm * gain);
   }
 
   static double Gain(const double *spectrum, Index n) {
@@ -261,6 +230,17 @@ private:
     return kSplit ? energy > 1e-200 && energy < 1e200 : std::isfinite(energy);
   }
 
+  // Only outputs that do not speak for themselves ask for these.
+  void FindLargeTaps() {
+    for (Index i = 0; i <= m_last; ++i) {
+      const double size = Size(TapAt(i));
+      if (m_largeCount == kLarge && size <= m_large[kLarge - 1].size) continue;
+      int at = m_largeCount < kLarge ? m_largeCount++ : kLarge - 1;
+      for (; at > 0 && m_large[at - 1].size < size; --at) m_large[at] = m_large[at - 1];
+      m_large[at] = {i, size};
+    }
+  }
+
   // False if these taps are only for direct sums.
   bool SetTaps() {
     const Index n = m_engine.Length(), taps = m_engine.Taps();
@@ -268,15 +248,8 @@ private:
     if (!InRange(energy)) return false;
     m_norm = std::sqrt(energy) * (1 + 1e-6);
 
-    for (Index i = 0; i < taps; ++i) {
-      const double size = Size(TapAt(i));
-      if (m_largeCount == kLarge && size <= m_large[kLarge - 1].size) continue;
-      int at = m_largeCount < kLarge ? m_largeCount++ : kLarge - 1;
-      for (; at > 0 && m_large[at - 1].size < size; --at) m_large[at] = m_large[at - 1];
-      m_large[at] = {i, size};
-    }
-
     if constexpr (kSplit) {
+      FindLargeTaps();
       double *const h = m_engine.Block();
       m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
       const double magic = 0x1.8p52 * m_tapStep;
@@ -411,13 +384,13 @@ private:
         error = Bound(norm + lowNorm, m_fineNorm, 0) + Bound(lowNorm, m_norm + m_fineNorm, 0) +
                 m_error * std::sqrt(Energy(low, 2 * n)) * (1 + 1e-6);
       }
-      least = error / kShare;
+      least = error / kShare<T>;
       for (Index i = 0; i < kPairs; ++i) {
         below[i] = active->ConvJoin_64f(valid + i, low + 2 * m_last + i, Target(pair[i].first), pair[i].count,
                                         magic * m_tapStep, least);
       }
     } else {
-      least = Bound(norm, m_norm, m_gain) / kShare;
+      least = Bound(norm, m_norm, m_gain) / kShare<T>;
       T *dst[2] = {};
       for (Index i = 0; i < kPairs; ++i) dst[i] = Target(pair[i].first);
       double smallest = 0;
@@ -481,7 +454,9 @@ private:
   };
 
   void SetSizes() {
-    if (!m_usable || m_large[0].size == 0) return;
+    if (!m_usable) return;
+    if (m_largeCount == 0) FindLargeTaps();
+    if (m_large[0].size == 0) return;
     m_sizes.emplace(m_engine.Length(), m_job.tapCount);
     float *const h = m_sizes->Block();
     for (Index i = 0; i <= m_last; ++i) {
@@ -496,8 +471,8 @@ private:
   // By a transform of floats between 0 and 1.
   SizeSums SumSizes(const Part *const (&windows)[2], double norm) {
     const Index n = m_engine.Length();
-    const double largestTap = m_large[0].size;
     if (!m_sizes) SetSizes();
+    const double largestTap = m_large[0].size;
     double largest = 0;
     const auto elements = [&](Index i) { return reinterpret_cast<const T *>(windows[i]); };
     for (Index i = 0; i < kPairs; ++i) {
@@ -537,7 +512,7 @@ private:
 
   // Goes through the outputs that are not above `least` and finds those that are to be computed again. Where
   // the block was dirty, the results of infinities and not-a-numbers are not in yet.
-  void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) const {
+  void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) {
     Operand inputs[kLarge];
     int inputCount = -1;
     const Index never = -1 - m_last;
@@ -565,6 +540,7 @@ private:
         result = T{};
       } else if (!large) {
         if (inputCount < 0) inputCount = LargeInputs(outputs, inputs);
+        if (m_largeCount == 0) FindLargeTaps();
         if (!Stands(n, least, inputs, inputCount)) again.Add(n);
       }
     }
@@ -623,10 +599,15 @@ void Correlator<T>::RunParts(const float *taps, const Cplx32 *window, std::ptrdi
   m_job->RunParts(taps, &window->re, count, &dst->re);
 }
 
-template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
-  if (taps < 32) return 0;
-  const double beside = static_cast<double>(taps) * static_cast<double>(outputs) - terms;
-  double least = (terms + kBeside<T> * beside) * kPerTerm<T>;
+template <class T> double DirectCost(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms) {
+  const auto size = static_cast<double>(taps);
+  const double beside = size * static_cast<double>(outputs) - terms; // half of an edge's
+  return (terms + kBeside<T> * beside) * kPerTerm<T> + kPerEdge<T> * 2 * beside / size;
+}
+
+template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double limit) {
+  if (taps < kLeastTaps) return 0;
+  double least = limit;
   int best = 0;
   for (int k = 6; k <= kLargestLog2<T>; ++k) {
     const Index step = (Index{1} << k) - taps + 1;
@@ -673,6 +654,9 @@ template class Correlator<Cplx32>;
 template int BlockLength<float>(std::ptrdiff_t, std::ptrdiff_t, double);
 template int BlockLength<double>(std::ptrdiff_t, std::ptrdiff_t, double);
 template int BlockLength<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
+template double DirectCost<float>(std::ptrdiff_t, std::ptrdiff_t, double);
+template double DirectCost<double>(std::ptrdiff_t, std::ptrdiff_t, double);
+template double DirectCost<Cplx32>(std::ptrdiff_t, std::ptrdiff_t, double);
 template int StreamLength<float>(std::ptrdiff_t);
 template int StreamLength<Cplx32>(std::ptrdiff_t);
 template double LeastTerms<float>(int);

@@ -50,10 +50,16 @@ private:
   std::unique_ptr<Job> m_job;
 };
 
+/// Fewer taps are always for direct sums.
+inline constexpr int kLeastTaps = 32;
+
+/// The estimated time of direct sums, in nanoseconds, as all estimates here: of M taps with L outputs,
+/// `terms` products of which lie within the signal.
+template <class T> double DirectCost(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
+
 /// The length of the transforms, a power of two, that serve the correlation of M taps with L outputs at the
-/// least estimated work; 0 if direct sums are estimated to take less. `terms` is the number of products.
-/// Depends on its arguments alone.
-template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
+/// least estimated work; 0 if even that is estimated at `limit` or more. Depends on its arguments alone.
+template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double limit);
 
 /// The length of the transforms for an endless complex signal, 2^k times 1, 3, 5 or 9, k >= 6, that comes in
 /// blocks of 4096 values or, if that is more, of as many as there are taps; 0 if it is only for direct sums,

@@ -14,11 +14,27 @@ namespace QORN::fourier {
 
 namespace {
 
-constexpr const char *kModule = "infra\\TargetLib_ipp";
+// The plans of the process, one for each length. The slots are constant-initialised and trivially destroyed,
+// and nothing frees the plans: global objects and threads that are still there at the end of the process
+// filter on.
+template <class P> struct Slots {
+  std::atomic<const P *> slots[5][31];
 
-// The plans of the process. The slots are constant-initialised and trivially destroyed, and nothing frees the
-// plans: global objects and threads that are still there at the end of the process filter on.
-template <class T> std::atomic<const ComplexPlan<T> *> slots[5][31];
+  template <class Make> const P &Get(int length, const Make &make) {
+    const int power = std::countr_zero(static_cast<unsigned>(length));
+    auto &slot = slots[(length >> power) / 2][power];
+    if (const P *plan = slot.load(std::memory_order_acquire)) return *plan;
+    std::unique_ptr<const P> made = make();
+    if (made == nullptr) Throw(errors::kMemoryAllocation, modules::kTargetLib);
+    const P *present = nullptr;
+    // Of two threads that make the same plan, the later one drops its own.
+    if (slot.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
+      present = made.release();
+    return *present;
+  }
+};
+template <class T> Slots<ComplexPlan<T>> byColumns;
+template <class P> Slots<P> transforms;
 
 template <class T> auto Product();
 template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }
@@ -28,7 +44,7 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count, std::ptrdiff_t kept) {
   constexpr int kSize = sizeof(T);
-  if (count > INT_MAX / kSize) Throw(errors::kMemoryAllocation, kModule);
+  if (count > INT_MAX / kSize) Throw(errors::kMemoryAllocation, modules::kTargetLib);
   m_bytes = Bytes(static_cast<int>(count) * kSize, static_cast<int>(kept) * kSize);
 }
 
@@ -40,15 +56,10 @@ template <class T> auto WorkArray<T>::Bytes::operator=(const Bytes &other) -> By
 }
 
 template <class T> const ComplexPlan<T> &SharedPlan(int length) {
-  const int power = std::countr_zero(static_cast<unsigned>(length));
-  auto &slot = slots<T>[(length >> power) / 2][power];
-  if (const ComplexPlan<T> *plan = slot.load(std::memory_order_acquire)) return *plan;
-  std::unique_ptr<const ComplexPlan<T>> made = ComplexPlan<T>::Make(length, Cyclic::kLanes);
-  if (made == nullptr) Throw(errors::kMemoryAllocation, kModule);
-  const ComplexPlan<T> *present = nullptr;
-  // Of two threads that make the same plan, the later one drops its own.
-  if (slot.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel)) present = made.release();
-  return *present;
+  return byColumns<T>.Get(length, [=] { return ComplexPlan<T>::Make(length, Cyclic::kLanes); });
+}
+template <class P> const P &SharedTransform(int length) {
+  return transforms<P>.Get(length, [=] { return P::Make(length); });
 }
 
 template <class T>
@@ -84,14 +95,7 @@ void FloatOverlapSave::SetTaps() {
 }
 
 double FloatOverlapSave::Gain() const {
-  constexpr std::ptrdiff_t kLanes = Cyclic::kLanes;
-  const double *const h = m_work.Data();
-  double largest = 0;
-  for (std::ptrdiff_t row = 0; row < Length() / kLanes; ++row) {
-    for (std::ptrdiff_t i = 2 * kLanes * row; i < 2 * kLanes * row + kLanes; ++i)
-      largest = std::max(largest, h[i] * h[i] + h[i + kLanes] * h[i + kLanes]);
-  }
-  return std::sqrt(largest) * Length();
+  return std::sqrt(kernels::active->ConvGain_64f(m_work.Data(), Length())) * Length();
 }
 
 CyclicFigures FloatOverlapSave::Run(const float *x, float *dst, std::ptrdiff_t count) {
@@ -110,5 +114,7 @@ template class OverlapSave<float>;
 template class OverlapSave<double>;
 template const ComplexPlan<float> &SharedPlan<float>(int);
 template const ComplexPlan<double> &SharedPlan<double>(int);
+template const ComplexPlan<double> &SharedTransform<ComplexPlan<double>>(int);
+template const RealPlan<double> &SharedTransform<RealPlan<double>>(int);
 
 } // namespace QORN::fourier

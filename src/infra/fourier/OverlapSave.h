@@ -39,6 +39,10 @@ private:
 /// if there is no memory for it.
 template <class T> const ComplexPlan<T> &SharedPlan(int length);
 
+/// The same of a plan as Make chooses it, P being ComplexPlan or RealPlan of double, for half as many points
+/// or more in a real one.
+template <class P> const P &SharedTransform(int length);
+
 /// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
 ///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.
 /// From n = M - 1 on nothing is wrapped around: these Step() = N - M + 1 values are outputs of the filter,

@@ -487,6 +487,47 @@ Index ConvJoin(const double *high, const double *low, double *dst, Index len, do
   return below;
 }
 
+// The largest squared magnitude of complex values, the real parts of eight before their imaginary ones.
+double ConvGain(const double *x, Index len) {
+  constexpr int V = kPerRegister<double> < 8 ? kPerRegister<double> : 8;
+  Vec<double, V> largest[2] = {};
+  for (Index i = 0; i < 2 * len; i += 16) {
+    for (int part = 0; part < 8; part += V) {
+      const auto re = Load<Vec<double, V>>(x + i + part), im = Load<Vec<double, V>>(x + i + part + 8);
+      const auto square = MulAdd(re, re, im * im);
+      auto &most = largest[(i / 16 + part / V) % 2];
+      most = square > most ? square : most;
+    }
+  }
+  double result = 0;
+  for (int lane = 0; lane < V; ++lane) {
+    for (const auto &most : largest) result = most[lane] > result ? most[lane] : result;
+  }
+  return result;
+}
+
+// Rounds to float and returns the smallest magnitude, infinite without values.
+double ConvRound(const double *src, float *dst, Index len) {
+  constexpr int V = kPerRegister<double>;
+  const auto least = [](auto x, auto y) { return x < y ? x : y; };
+  Doubles low = Broadcast<Doubles>(__builtin_inf()), high = low;
+  Index i = 0;
+  for (; i + 2 * V <= len; i += 2 * V) {
+    const auto x0 = Load<Doubles>(src + i), x1 = Load<Doubles>(src + i + V);
+    low = least(Magnitude(x0), low);
+    high = least(Magnitude(x1), high);
+    Store(dst + i, Narrowed(x0, x1));
+  }
+  low = least(high, low);
+  double smallest = __builtin_inf();
+  for (int lane = 0; lane < V; ++lane) smallest = least(static_cast<double>(low[lane]), smallest);
+  for (; i < len; ++i) {
+    dst[i] = static_cast<float>(src[i]);
+    smallest = least(__builtin_fabs(src[i]), smallest);
+  }
+  return smallest;
+}
+
 // dst[i] = src1[i] factor1[i] + src2[i] factor2[i], complex.
 void ConvSumOfProducts(const double *src1, const double *factor1, const double *src2, const double *factor2,
                        double *dst, Index len) {

@@ -1,0 +1,169 @@
+// The outputs are certified as those of LongConvolution.cpp are, with this bound of a transform's error: it
+// is made of passes of radix 2, 3, 4, 5, 8, 9 or of their products, each stage of radix r with the factor
+// behind it having an error below 8 log2(r) u (there, from 2 with 4.2 u to 5 with 16.7 u). Factors that are
+// products of two, in great lengths, have 3.2 u more, once, of the 15 u that each radix 8 leaves. A real
+// transform is one of half the length and a step in which two sums, half a bin each, and a product make a
+// bin: 5.2 u; and the scale 1 / N has 1 u. So 8 ceil(log2 N) u hold all.
+#include "WholeCorrelation.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include "Operands.h"
+#include "OverlapSave.h"
+#include "infra/Errors.h"
+#include "infra/kernels/Levels.h"
+#include "qorn/infra/Cplx.h"
+
+namespace QORN::fourier {
+
+namespace {
+
+using Index = std::ptrdiff_t;
+using kernels::active;
+
+template <class T> constexpr bool kReal = Element<T>::kParts == 1;
+template <class T> using Transform = std::conditional_t<kReal<T>, RealPlan<double>, ComplexPlan<double>>;
+
+constexpr Index kShortest = 128, kLongest = Index{1} << 22;
+
+// Estimates in nanoseconds, as in LongConvolution.cpp. Of a complex transform:
+double TransformCost(double length) {
+  const double perPass = length <= 256      ? 0.05
+                         : length <= 2048   ? 0.09
+                         : length <= 16384  ? 0.105
+                         : length <= 262144 ? 0.17
+                                            : 0.4;
+  return perPass * length * std::log2(length);
+}
+// Three transforms, and what is beside them for each point and each call.
+template <class T> double WholeCost(double length) {
+  const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * length : TransformCost(length);
+  return 3 * once + (kReal<T> ? 0.6 : 1.2) * length + 100;
+}
+
+// The work memory of the last call, unless it is large, waits for the next one: to get it anew from the
+// system would take as long as the transforms. Never freed at the end of the process, like the plans.
+class WorkMemory {
+public:
+  explicit WorkMemory(Index count) : m_array(kept.exchange(nullptr)) {
+    if (m_array != nullptr && m_array->count >= count) return;
+    m_array.reset(); // first, so that the two are never there together
+    m_array.reset(new (std::nothrow) Sized(count));
+    if (m_array == nullptr) Throw(errors::kMemoryAllocation, modules::kTargetLib);
+  }
+  ~WorkMemory() {
+    if (m_array->count <= kMost) m_array.reset(kept.exchange(m_array.release()));
+  }
+  WorkMemory(const WorkMemory &) = delete;
+  WorkMemory &operator=(const WorkMemory &) = delete;
+
+  double *Data() const { return m_array->values.Data(); }
+
+private:
+  struct Sized {
+    explicit Sized(Index size) : count(size), values(size) {}
+    Index count;
+    WorkArray<double> values;
+  };
+  static constexpr Index kMost = (Index{16} << 20) / static_cast<Index>(sizeof(double));
+  static std::atomic<Sized *> kept;
+
+  std::unique_ptr<Sized> m_array;
+};
+std::atomic<WorkMemory::Sized *> WorkMemory::kept{nullptr};
+
+const float *Parts(const float *x) { return x; }
+const float *Parts(const Cplx32 *x) { return &x->re; }
+float *Parts(float *x) { return x; }
+float *Parts(Cplx32 *x) { return &x->re; }
+
+} // namespace
+
+template <class T> int WholeLength(Index taps, Index len, double &limit) {
+  const Index least = taps + len - 1;
+  int best = 0;
+  Index first = kShortest;
+  while (2 * first < least) first *= 2;
+  // No length of twice the least power of two that suffices is the cheapest.
+  for (Index power = first; power <= std::min(2 * first, kLongest); power *= 2) {
+    for (const Index odd : {8, 9, 10, 12}) {
+      const Index length = power / 8 * odd;
+      if (length < least) continue;
+      const double cost = WholeCost<T>(static_cast<double>(length));
+      if (cost >= limit) continue;
+      limit = cost;
+      best = static_cast<int>(length);
+    }
+  }
+  return best;
+}
+
+template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
+  constexpr int kParts = Element<T>::kParts;
+  const Transform<T> &plan = SharedTransform<Transform<T>>(length);
+  const Index n = length, last = job.tapCount - 1;
+  const Index scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
+  const double energy = Energy(Parts(job.x), kParts * static_cast<Index>(job.len));
+  const double tapEnergy = Energy(Parts(job.taps), kParts * static_cast<Index>(job.tapCount));
+  if (!std::isfinite(energy) || !std::isfinite(tapEnergy)) return false;
+  if (energy == 0 || tapEnergy == 0) {
+    std::fill_n(job.dst, job.count, T{});
+    return true;
+  }
+
+  const WorkMemory work(5 * n + scratchSize);
+  double *const signal = work.Data(), *const bins = signal + n, *const tapBins = bins + 2 * n;
+  double *const scratch = tapBins + 2 * n;
+  const auto transform = [&](const T *x, int count, double *spectrum) {
+    double *const filled = kReal<T> ? signal : spectrum;
+    active->Convert_32f64f(Parts(x), filled, kParts * count);
+    std::fill(filled + kParts * static_cast<Index>(count), filled + kParts * n, 0.0);
+    plan.Forward(filled, spectrum, scratch, 1.0);
+  };
+  transform(job.taps, job.tapCount, tapBins);
+  transform(job.x, job.len, bins);
+  // The product with the conjugate.
+  active->FourierProduct_64f(bins, tapBins, bins, kReal<T> ? n / 2 + 1 : n, true, true);
+  double *const results = kReal<T> ? signal : bins;
+  plan.Inverse(bins, results, scratch, 1.0 / length);
+
+  // Output i is value i - last, those below 0 lying at the end.
+  const Index end = job.first + job.count;
+  double smallest = std::numeric_limits<double>::infinity();
+  const auto round = [&](Index from, Index to, const double *values) {
+    if (from >= to) return;
+    const double own = active->ConvRound_64f32f(values + kParts * from, Parts(job.dst + (from - job.first)),
+                                                kParts * (to - from));
+    smallest = std::min(smallest, own);
+  };
+  round(job.first, std::min(end, last), results + kParts * (n - last));
+  round(std::max(job.first, last), end, results - kParts * last);
+
+  const double error = 8 * std::ceil(std::log2(length)) * kUnit;
+  const double least =
+      CyclicBound(error, std::sqrt(energy), std::sqrt(tapEnergy), std::sqrt(Energy(results, kParts * n))) *
+      (1 + 1e-6) / kShare<T>;
+  if (smallest >= least) return true;
+  // The few outputs that do not speak for themselves are summed directly.
+  constexpr Index kFew = 64;
+  Index few = std::max(job.count / kFew, Index{1});
+  for (Index i = 0; i < job.count; ++i) {
+    if (Size(job.dst[i]) >= least) continue;
+    if (few-- == 0) return false;
+    Direct(job.taps, job.tapCount, job.x, job.len, job.dst + i, 1, static_cast<int>(job.first + i - last));
+  }
+  return true;
+}
+
+template int WholeLength<float>(Index, Index, double &);
+template int WholeLength<Cplx32>(Index, Index, double &);
+template bool CorrelateWhole(const Correlation<float> &, int);
+template bool CorrelateWhole(const Correlation<Cplx32> &, int);
+
+} // namespace QORN::fourier

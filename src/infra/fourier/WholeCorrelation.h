@@ -1,0 +1,24 @@
+// Correlations of which both operands go through one transform each.
+#ifndef QORN_SRC_INFRA_FOURIER_WHOLECORRELATION_H
+#define QORN_SRC_INFRA_FOURIER_WHOLECORRELATION_H
+
+#include <cstddef>
+
+#include "LongConvolution.h"
+
+namespace QORN::fourier {
+
+/// The length of the transforms that hold the whole of a correlation of so many taps and values at the least
+/// estimated work; 0 if even that is estimated at `limit` nanoseconds or more. Lowers `limit` to the estimate
+/// otherwise. T is float or Cplx32. Depends on its arguments alone.
+template <class T> int WholeLength(std::ptrdiff_t taps, std::ptrdiff_t len, double &limit);
+
+/// Computes the outputs by transforms in double, both operands being filled up with zeros to `length`, one of
+/// WholeLength or longer. False if not every output has been shown to be as exact as it must be, as when an
+/// operand is zero in long stretches, or not finite: then the outputs are undefined. Throws QORNException
+/// 11001 if there is no memory.
+template <class T> bool CorrelateWhole(const Correlation<T> &job, int length);
+
+} // namespace QORN::fourier
+
+#endif

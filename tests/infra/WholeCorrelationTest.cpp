@@ -1,0 +1,239 @@
+#include "infra/fourier/WholeCorrelation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "infra/kernels/Levels.h"
+#include "qorn/infra/Cplx.h"
+#include "support/Allocations.h"
+#include "support/Capture.h"
+#include "support/KernelCheck.h"
+
+namespace {
+
+using QORN::Cplx32;
+using QORN::fourier::CorrelateWhole;
+using QORN::fourier::Correlation;
+using QORN::fourier::WholeLength;
+using QORN::test::AllocationCount;
+using QORN::test::AllocationLimit;
+using QORN::test::Guarded;
+using QORN::test::PrintedBy;
+using QORN::test::ThrownBy;
+
+namespace kernels = QORN::kernels;
+
+constexpr double kUnlimited = std::numeric_limits<double>::infinity();
+
+template <class T> constexpr int kParts = sizeof(T) / sizeof(float);
+template <class T> float *Parts(std::vector<T> &x) { return reinterpret_cast<float *>(x.data()); }
+
+template <class T> std::vector<T> Noise(int len, unsigned seed) {
+  std::mt19937 random(seed);
+  std::normal_distribution<float> normal;
+  std::vector<T> x(static_cast<std::size_t>(len));
+  std::generate_n(Parts(x), len * kParts<T>, [&] { return normal(random); });
+  return x;
+}
+
+struct Sum {
+  double re = 0, im = 0, sizes = 0;
+};
+
+// Output n by its definition, conj(tap) times value, and the sum of the magnitudes.
+template <class T> Sum Expected(std::vector<T> &taps, std::vector<T> &x, int n) {
+  const int count = static_cast<int>(taps.size()), len = static_cast<int>(x.size());
+  Sum sum;
+  for (int k = std::max(0, count - 1 - n); k < count && n - (count - 1) + k < len; ++k) {
+    const float *const tap = Parts(taps) + k * kParts<T>;
+    const float *const value = Parts(x) + (n - (count - 1) + k) * kParts<T>;
+    const double a = tap[0], b = kParts<T> > 1 ? -double{tap[kParts<T> - 1]} : 0;
+    const double c = value[0], d = kParts<T> > 1 ? double{value[kParts<T> - 1]} : 0;
+    sum.re += a * c - b * d;
+    sum.im += a * d + b * c;
+    sum.sizes += std::hypot(a, b) * std::hypot(c, d);
+  }
+  return sum;
+}
+
+struct Case {
+  int taps, len, first, count;
+};
+
+// Each output within the bound, at every level, and nothing written beside them.
+template <class T> void Check(const Case &of, int length, std::vector<T> taps, std::vector<T> x) {
+  const double eps = double{std::numeric_limits<float>::epsilon()};
+  Guarded<T> dst(of.count, 1);
+  std::vector<Sum> expected;
+  for (int i = 0; i < of.count; ++i) expected.push_back(Expected(taps, x, of.first + i));
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    std::fill_n(dst.data(), of.count, T{});
+    ASSERT_TRUE(
+        CorrelateWhole<T>({taps.data(), of.taps, x.data(), of.len, of.first, of.count, dst.data()}, length));
+    ASSERT_TRUE(dst.Intact());
+    for (int i = 0; i < of.count; ++i) {
+      const Sum &sum = expected[static_cast<std::size_t>(i)];
+      const auto *const got = reinterpret_cast<const float *>(dst.data() + i);
+      const double im = kParts<T> > 1 ? double{got[kParts<T> - 1]} : 0;
+      ASSERT_LE(std::max(std::fabs(double{got[0]} - sum.re), std::fabs(im - sum.im)), 4 * eps * sum.sizes)
+          << level.name << ", " << of.taps << " by " << of.len << ", length " << length << ", output "
+          << of.first + i;
+    }
+  }
+}
+
+template <class T> void CheckCases() {
+  constexpr Case kCases[] = {
+      {32, 32, 0, 63},    {1, 100, 0, 100},      {40, 89, 0, 128},     {65, 128, 0, 192},
+      {64, 65, 0, 128},   {100, 300, 17, 250},   {100, 300, 99, 200},  {100, 300, 300, 99},
+      {200, 200, 199, 1}, {500, 700, 300, 7},    {313, 400, 0, 712},   {700, 1300, 690, 20},
+      {3000, 4000, 0, 9}, {3000, 4000, 6990, 9}, {64, 2100, 60, 2000},
+  };
+  for (const Case &of : kCases) {
+    double limit = kUnlimited;
+    const int length = WholeLength<T>(of.taps, of.len, limit);
+    ASSERT_GE(length, of.taps + of.len - 1);
+    Check<T>(of, length, Noise<T>(of.taps, 1), Noise<T>(of.len, 2));
+  }
+  // All outputs of transforms that nothing is left over in, of each form of length.
+  for (const int length : {128, 144, 160, 192, 1024, 1152, 1280, 1536}) {
+    const Case of{length / 3, length + 1 - length / 3, 0, length};
+    Check<T>(of, length, Noise<T>(of.taps, 3), Noise<T>(of.len, 4));
+  }
+}
+
+TEST(WholeCorrelation, CorrelateWhole_Noise_KeepsTheBound) {
+  CheckCases<float>();
+  CheckCases<Cplx32>();
+}
+
+// Integers whose sums a float holds come out exactly.
+TEST(WholeCorrelation, CorrelateWhole_Integers_IsExact) {
+  std::mt19937 random(5);
+  std::vector<float> taps(300), x(700), dst(999);
+  for (auto *values : {&taps, &x}) {
+    for (float &value : *values) value = static_cast<float>(static_cast<int>(random() % 201) - 100);
+  }
+  ASSERT_TRUE(CorrelateWhole<float>({taps.data(), 300, x.data(), 700, 0, 999, dst.data()}, 1024));
+  for (int n = 0; n < 999; ++n) ASSERT_EQ(double{dst[static_cast<std::size_t>(n)]}, Expected(taps, x, n).re);
+}
+
+// A pause that a few outputs lie in: these are exactly 0, those around it keep their own bounds.
+TEST(WholeCorrelation, CorrelateWhole_ShortPause_IsExactlyZeroThere) {
+  const Case of{40, 1000, 0, 1039};
+  std::vector<float> taps = Noise<float>(of.taps, 6), x = Noise<float>(of.len, 7), dst(1039);
+  std::fill_n(x.begin() + 500, 44, 0.0F);
+  Check<float>(of, 1152, taps, x);
+  ASSERT_TRUE(CorrelateWhole<float>({taps.data(), of.taps, x.data(), of.len, 0, of.count, dst.data()}, 1152));
+  for (std::size_t n = 539; n < 544; ++n) EXPECT_EQ(dst[n], 0.0F) << n;
+  EXPECT_NE(dst[538], 0.0F);
+  EXPECT_NE(dst[544], 0.0F);
+}
+
+template <class T> void CheckRefusals() {
+  const std::vector<T> noise = Noise<T>(400, 8);
+  std::vector<T> dst(799);
+  const auto isGood = [&](std::vector<T> taps, std::vector<T> x) {
+    return CorrelateWhole<T>({taps.data(), 400, x.data(), 400, 0, 799, dst.data()}, 1024);
+  };
+  EXPECT_TRUE(isGood(noise, noise));
+  for (const float bad : {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()}) {
+    std::vector<T> spoiled = noise;
+    Parts(spoiled)[100] = bad;
+    EXPECT_FALSE(isGood(spoiled, noise));
+    EXPECT_FALSE(isGood(noise, spoiled));
+  }
+  std::vector<T> quiet = noise;
+  for (std::size_t i = 100; i < 400 * kParts<T>; ++i) Parts(quiet)[i] *= 1e-12F;
+  EXPECT_FALSE(isGood(quiet, noise) && isGood(noise, quiet));
+  EXPECT_TRUE(isGood(noise, std::vector<T>(400)));
+  for (std::size_t i = 0; i < dst.size() * kParts<T>; ++i) {
+    EXPECT_EQ(Parts(dst)[i], 0.0F);
+    EXPECT_FALSE(std::signbit(Parts(dst)[i]));
+  }
+}
+
+TEST(WholeCorrelation, CorrelateWhole_WhatItCannotVouchFor_IsRefused) {
+  CheckRefusals<float>();
+  CheckRefusals<Cplx32>();
+}
+
+TEST(WholeCorrelation, CorrelateWhole_Again_AllocatesNothing) {
+  const std::vector<float> x = Noise<float>(2000, 9);
+  std::vector<float> dst(3999);
+  const Correlation<float> job{x.data(), 2000, x.data(), 2000, 0, 3999, dst.data()};
+  ASSERT_TRUE(CorrelateWhole(job, 4096));
+  const AllocationLimit none(0);
+  const long before = AllocationCount();
+  ASSERT_TRUE(CorrelateWhole(job, 4096));
+  ASSERT_TRUE(CorrelateWhole<float>({x.data(), 30, x.data(), 90, 0, 119, dst.data()}, 4096));
+  EXPECT_EQ(AllocationCount(), before);
+}
+
+TEST(WholeCorrelation, CorrelateWhole_MuchMemory_IsGivenBack) {
+  constexpr int kLength = 3 << 17;
+  const std::vector<float> x = Noise<float>(1000, 10);
+  std::vector<float> dst(1999);
+  const Correlation<float> job{x.data(), 1000, x.data(), 1000, 0, 1999, dst.data()};
+  ASSERT_TRUE(CorrelateWhole(job, kLength));
+  const long before = AllocationCount();
+  ASSERT_TRUE(CorrelateWhole(job, kLength));
+  EXPECT_GT(AllocationCount(), before);
+}
+
+TEST(WholeCorrelation, CorrelateWhole_NoMemory_Throws11001) {
+  const std::vector<float> x = Noise<float>(1000, 11);
+  std::vector<float> dst(1999);
+  for (const int length : {5 << 16, 5 << 17}) { // without the plan and with it
+    const Correlation<float> job{x.data(), 1000, x.data(), 1000, 0, 1999, dst.data()};
+    if (length == 5 << 17) {
+      ASSERT_TRUE(CorrelateWhole(job, length));
+    }
+    QORN::QORNException thrown(0, "nothing was thrown", "", 0);
+    PrintedBy([&] {
+      thrown = ThrownBy([&] {
+        const AllocationLimit limited(1000);
+        CorrelateWhole(job, length);
+      });
+    });
+    EXPECT_EQ(thrown.GetErrorCode(), 11001);
+    EXPECT_STREQ(thrown.GetMessage(), "memory allocation error");
+    EXPECT_TRUE(CorrelateWhole(job, length));
+  }
+}
+
+template <class T> void CheckLengths() {
+  for (std::ptrdiff_t taps = 32; taps < 3'000'000; taps += taps / 3 + 1) {
+    for (std::ptrdiff_t len = taps; len < 9'000'000; len += len / 3 + 1) {
+      double limit = kUnlimited;
+      const int length = WholeLength<T>(taps, len, limit);
+      if (length == 0) {
+        EXPECT_GT(taps + len, 1 << 22);
+        continue;
+      }
+      ASSERT_GE(length, taps + len - 1);
+      ASSERT_LE(length, std::max<std::ptrdiff_t>(2 * (taps + len), 128));
+      int odd = length;
+      while (odd % 2 == 0) odd /= 2;
+      ASSERT_TRUE(odd == 1 || odd == 3 || odd == 5 || odd == 9) << length;
+      ASSERT_EQ(length % 16, 0);
+      double same = limit;
+      EXPECT_EQ(WholeLength<T>(taps, len, same), 0) << "what is not less is not taken";
+      EXPECT_EQ(same, limit);
+    }
+  }
+}
+
+TEST(WholeCorrelation, WholeLength_OfAnyOperands_HoldsThemAndNotMuchMore) {
+  CheckLengths<float>();
+  CheckLengths<Cplx32>();
+}
+
+} // namespace
