@@ -41,11 +41,13 @@ template <class E> [[gnu::always_inline]] inline E Held(E x) {
 
 // Direct sums: dst[n] = sum over k of tap(k) * x[n + lag + k], x taken as zero outside 0 to len - 1.
 //
-// Eight products are summed in the elements' own precision, as two sums of four, and these sums in a wider
-// one; so the error of a result does not grow with the number of its terms. Which products make a short sum
-// depends on the number of taps alone, not on the place of the result. A block of results stays in registers
-// while all taps run over it. In full groups of taps the four lie so far apart that what is loaded for one
-// serves its neighbours; the taps that are left make smaller groups, in which the four lie closer.
+// Eight products are summed in the elements' own precision, as two sums of four, or sixteen floats as four
+// such sums, and these sums in a wider one; so the error of a result, 7 units at most where one is half the
+// elements' eps times the sum of magnitudes, does not grow with the number of its terms. Which products make
+// a short sum depends on the number of taps alone, not on the place of the result. A block of results stays
+// in registers while all taps run over it. In full groups of taps the four lie so far apart that what is
+// loaded for one serves its neighbours; the taps that are left make smaller groups, in which the four lie
+// closer.
 //
 // Complex signals are taken as the scalars that they are. With real taps, their parts are two real signals
 // whose values lie kStride = 2 scalars apart, and every part has the bits that it would have alone. Complex
@@ -164,17 +166,23 @@ template <class T, int kRegisters, int kTaps, int kTapsApart, class Tap, int kSt
   });
 }
 
-// Adds the sum of the short sums from tap k and, if kChains is 2, from tap k + 1 on.
+// Adds the sum of the kChains short sums from tap k, k + 1, ... on: 1, 2 or 4.
 template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kChains, class Tap,
           class Signal>
 [[gnu::always_inline]] inline void AddChains(Tap tap, Index k, Signal signal,
                                              Sums<T, kParts, kRegisters> &sums) {
   Register<T> re[kRegisters], im[kRegisters];
   SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k, signal, re, im);
-  if constexpr (kChains == 2) {
+  if constexpr (kChains > 1) {
     Register<T> re2[kRegisters], im2[kRegisters];
     SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k + 1, signal, re2, im2);
     Unroll<kRegisters>([&](auto r) { re[r] += re2[r], im[r] += im2[r]; });
+    if constexpr (kChains > 2) {
+      Register<T> re3[kRegisters], im3[kRegisters];
+      SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k + 2, signal, re2, im2);
+      SumChain<T, kRegisters, kTaps, kTapsApart>(tap, k + 3, signal, re3, im3);
+      Unroll<kRegisters>([&](auto r) { re[r] += re2[r] + re3[r], im[r] += im2[r] + im3[r]; });
+    }
   }
   Unroll<kRegisters>([&](auto r) {
     sums.byRe[r].Add(re[r]);
@@ -182,15 +190,40 @@ template <class T, int kParts, int kRegisters, int kTaps, int kTapsApart, int kC
   });
 }
 
-// The taps k to end - 1: groups of kChain times kTapsApart as far as they go, then smaller ones.
+// In full groups of taps.
 template <class T, int kParts> constexpr int kFullApart = kApart<T> / kParts > 2 ? kApart<T> / kParts : 2;
 
+// As many registers of results as leave some for the taps and the signal; where four short sums are added up
+// at once, two less.
+#if defined(__AVX512F__) || defined(__aarch64__)
+template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 6 : 2;
+template <int kParts> constexpr int kFewerRegisters = kParts == 1 ? 4 : 2;
+#else
+template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 3 : 1;
+template <int kParts> constexpr int kFewerRegisters = kResultRegisters<kParts>;
+#endif
+// What is left over of blocks goes into smaller ones.
+constexpr int Smaller(int registers) { return registers == 6 ? 4 : registers / 2; }
+
+// Four short sums of floats are added up at once in groups of taps that lie eight apart.
+template <class T, int kParts, int kTapsApart>
+constexpr bool kFourSums = sizeof(T) == sizeof(float) && kTapsApart == 8 && kFewerRegisters<kParts> == 4;
+// How many registers of results: fewer also where there is no full group of taps, so that what is around the
+// sums counts.
+template <class T, int kParts> bool TakesFewer(Index taps) {
+  constexpr Index kFull = kChain * kFullApart<T, kParts>;
+  return kFewerRegisters<kParts> != kResultRegisters<kParts> &&
+         (taps < kFull || (kFourSums<T, kParts, 8> && taps % kFull >= kChain * 8));
+}
+
+// The taps k to end - 1: groups of kChain times kTapsApart as far as they go, then smaller ones.
 template <int kTapsApart, class T, int kParts, int kRegisters, class Tap, class Signal>
 [[gnu::always_inline]] inline void AddTaps(Tap tap, Index k, Index end, Signal signal,
                                            Sums<T, kParts, kRegisters> &sums) {
   for (; k + kChain * kTapsApart <= end; k += kChain * kTapsApart) {
-    for (Index j = 0; j < kTapsApart; j += 2)
-      AddChains<T, kParts, kRegisters, kChain, kTapsApart, 2>(tap, k + j, signal, sums);
+    constexpr int kChains = kFourSums<T, kParts, kTapsApart> ? 4 : 2;
+    for (Index j = 0; j < kTapsApart; j += kChains)
+      AddChains<T, kParts, kRegisters, kChain, kTapsApart, kChains>(tap, k + j, signal, sums);
   }
   if constexpr (kTapsApart > 2) {
     AddTaps<kTapsApart / 2>(tap, k, end, signal, sums);
@@ -311,15 +344,8 @@ template <class T, int kParts, int kStride, int kRegisters, class Tap>
   StoreResults(sums, dst);
 }
 
-// As many registers of results as leave some for the taps and the signal.
-#if defined(__AVX512F__) || defined(__aarch64__)
-template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 6 : 2;
-#else
-template <int kParts> constexpr int kResultRegisters = kParts == 1 ? 3 : 1;
-#endif
-
 // Blocks of kRegisters as far as they go, then smaller ones.
-template <class T, int kParts, int kRegisters = kResultRegisters<kParts>, class Tap>
+template <class T, int kParts, int kRegisters, class Tap>
 void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   Index done = 0;
@@ -327,12 +353,20 @@ void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, 
     CorrelateBlock<T, kParts, kParts, kRegisters>(tap, taps, x, len, start + done, dst + done);
   }
   if constexpr (kRegisters > 1) {
-    Correlate<T, kParts, kRegisters / 2>(tap, taps, x, len, start + done, dst + done, count - done);
+    Correlate<T, kParts, Smaller(kRegisters)>(tap, taps, x, len, start + done, dst + done, count - done);
   } else if (done < count) {
     T last[kWidth];
     CorrelateBlock<T, kParts, kParts, 1>(tap, taps, x, len, start + done, last);
     __builtin_memcpy(dst + done, last, sizeof(T) * static_cast<std::size_t>(count - done));
   }
+}
+
+template <class T, int kParts, class Tap>
+void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
+  if (TakesFewer<T, kParts>(taps))
+    Correlate<T, kParts, kFewerRegisters<kParts>>(tap, taps, x, len, start, dst, count);
+  else
+    Correlate<T, kParts, kResultRegisters<kParts>>(tap, taps, x, len, start, dst, count);
 }
 
 template <class T>
@@ -358,7 +392,7 @@ template <class T> void Conv(const T *src1, int len1, const T *src2, int len2, T
 
 // Filters: dst[n] = sum over k of tap(k) * x[n + k * kStride], all in scalars. The last results come first,
 // so that dst may lie over x, before the end of what its own result needs.
-template <class T, int kParts, int kStride, int kRegisters = kResultRegisters<kParts>, class Tap>
+template <class T, int kParts, int kStride, int kRegisters, class Tap>
 void CorrelateBackwards(Tap tap, Index taps, const T *x, Index len, T *dst, Index count) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   for (; count >= kWidth; count -= kWidth) {
@@ -366,12 +400,20 @@ void CorrelateBackwards(Tap tap, Index taps, const T *x, Index len, T *dst, Inde
     CorrelateBlock<T, kParts, kStride, kRegisters>(tap, taps, x, len, first, dst + first);
   }
   if constexpr (kRegisters > 1) {
-    CorrelateBackwards<T, kParts, kStride, kRegisters / 2>(tap, taps, x, len, dst, count);
+    CorrelateBackwards<T, kParts, kStride, Smaller(kRegisters)>(tap, taps, x, len, dst, count);
   } else if (count > 0) {
     T last[kWidth];
     CorrelateBlock<T, kParts, kStride, 1>(tap, taps, x, len, 0, last);
     __builtin_memcpy(dst, last, sizeof(T) * static_cast<std::size_t>(count));
   }
+}
+
+template <class T, int kParts, int kStride, class Tap>
+void CorrelateBackwards(Tap tap, Index taps, const T *x, Index len, T *dst, Index count) {
+  if (TakesFewer<T, kParts>(taps))
+    CorrelateBackwards<T, kParts, kStride, kFewerRegisters<kParts>>(tap, taps, x, len, dst, count);
+  else
+    CorrelateBackwards<T, kParts, kStride, kResultRegisters<kParts>>(tap, taps, x, len, dst, count);
 }
 
 template <int kStride> void Fir(const float *taps, Index tapCount, const float *x, float *dst, Index count) {
@@ -400,7 +442,7 @@ template <class T, int kRegisters = kResultRegisters<1>>
   };
   for (; count >= kWidth; count -= kWidth, x += kWidth, dst += kWidth) block(dst);
   if constexpr (kRegisters > 1) {
-    CorrelateDown<T, kRegisters / 2>(taps, tapCount, x, offsets, dst, count);
+    CorrelateDown<T, Smaller(kRegisters)>(taps, tapCount, x, offsets, dst, count);
   } else if (count > 0) {
     T last[kWidth];
     block(last);
