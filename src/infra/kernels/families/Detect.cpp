@@ -44,20 +44,6 @@ template <int kTo, int kL, class E, class F> [[gnu::always_inline]] inline auto 
 
 // Sums in double, in the lanes and with the order of every sum of the library.
 
-// GCC splits the conversion of a generic vector into narrower ones; and it warns of what the form without a
-// mask leaves undefined.
-[[gnu::always_inline]] inline Vec<double, 2> Widened(Vec<float, 2> x) {
-  return __builtin_convertvector(x, Vec<double, 2>);
-}
-#if defined(__AVX2__)
-[[gnu::always_inline]] inline Vec<double, 4> Widened(Vec<float, 4> x) { return _mm256_cvtps_pd(x); }
-#endif
-#if defined(__AVX512F__)
-[[gnu::always_inline]] inline Vec<double, 8> Widened(Vec<float, 8> x) {
-  return _mm512_maskz_cvtps_pd(0xff, x);
-}
-#endif
-
 struct Value {
   template <class E> static E Of(E x) { return x; }
 };

@@ -1,5 +1,6 @@
 #include "CplxProduct.h"
 #include "Unroll.h"
+#include "infra/fourier/passes/Vec.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -34,21 +35,74 @@ template <class T> bool Div(const T *src, T *srcDst, int len) {
   return zero != 0;
 }
 
-// (a * conj(b)) / |b|^2 in double: the squares of floats neither overflow nor vanish there, and their
-// products are exact. Without a divisor the parts themselves are divided by zero.
+// Complex numbers by the register: as many as it holds doubles, their real and imaginary parts apart. The
+// order in which they stand in the lanes is undone when they are stored.
+constexpr int kNumbers = kLanes<double, 8>;
+using Doubles = Vec<double, kNumbers>;
+
+struct Parts {
+  Doubles re;
+  Doubles im;
+};
+
+inline Doubles LoadWide(const double *x) { return Load<Doubles>(x); }
+inline Doubles LoadWide(const float *x) { return Widened(Load<Vec<float, kNumbers>>(x)); }
+inline void StoreNarrow(double *x, Doubles value) { Store(x, value); }
+inline void StoreNarrow(float *x, Doubles value) {
+  Store(x, __builtin_convertvector(value, Vec<float, kNumbers>));
+}
+
+template <int kUpper> inline Doubles Zip(Doubles a, Doubles b) {
+  return Shuffle<GroupZipped<kNumbers, 2, kUpper>, kNumbers>(a, b);
+}
+template <class C> inline Parts LoadParts(const C *x) {
+  const Doubles low = LoadWide(&x->re), high = LoadWide(&x->re + kNumbers);
+  return {Zip<0>(low, high), Zip<1>(low, high)};
+}
+template <class C> inline void StoreParts(C *x, Parts value) {
+  StoreNarrow(&x->re, Zip<0>(value.re, value.im));
+  StoreNarrow(&x->re + kNumbers, Zip<1>(value.re, value.im));
+}
+
+using Words = Vec<std::int64_t, kNumbers>;
+
+inline bool AnySign(Words x) {
+#if defined(__AVX512F__)
+  return _mm512_movepi64_mask(__builtin_bit_cast(__m512i, x)) != 0;
+#elif defined(__AVX2__)
+  return _mm256_movemask_pd(__builtin_bit_cast(__m256d, x)) != 0;
+#else
+  std::int64_t any = 0;
+  for (int i = 0; i < kNumbers; ++i) any |= x[i];
+  return any < 0;
+#endif
+}
+
+// (a * conj(b)) / |b|^2 in double: the squares of floats neither overflow nor vanish there. Their products
+// are exact, so that sums of them have the same bits, fused or not. Without a divisor the parts themselves
+// are divided by zero. The result tells where.
+inline Words DivBlock(const Cplx32 *src, Cplx32 *srcDst) {
+  const Parts a = LoadParts(srcDst), b = LoadParts(src);
+  const Doubles square = MulAdd(b.re, b.re, b.im * b.im), r = 1.0 / square;
+  const Words none = square == 0.0;
+  const Doubles re = MulAdd(a.re, b.re, a.im * b.im), im = MulSub(a.im, b.re, a.re * b.im);
+  StoreParts(srcDst, {(none ? a.re : re) * r, (none ? a.im : im) * r});
+  return none;
+}
 bool Div(const Cplx32 *src, Cplx32 *srcDst, int len) {
-  int zero = 0;
-  for (Index i = 0; i < len; ++i) {
-    const double re = static_cast<double>(src[i].re), im = static_cast<double>(src[i].im);
-    const double a = static_cast<double>(srcDst[i].re), b = static_cast<double>(srcDst[i].im);
-    const double square = SquareSum(re, im);
-    const bool none = square == 0.0;
-    zero |= none;
-    const double r = 1.0 / square;
-    srcDst[i].re = static_cast<float>((none ? a : Rounded(a * re) + Rounded(b * im)) * r);
-    srcDst[i].im = static_cast<float>((none ? b : Rounded(b * re) - Rounded(a * im)) * r);
+  const Index whole = len - len % kNumbers, rest = len - whole;
+  Words none = {};
+  for (Index i = 0; i < whole; i += kNumbers) none |= DivBlock(src + i, srcDst + i);
+  if (rest > 0) {
+    Cplx32 divisors[kNumbers], quotients[kNumbers] = {};
+    for (Cplx32 &divisor : divisors) divisor = {1, 0};
+    const std::size_t bytes = sizeof(Cplx32) * static_cast<std::size_t>(rest);
+    __builtin_memcpy(divisors, src + whole, bytes);
+    __builtin_memcpy(quotients, srcDst + whole, bytes);
+    none |= DivBlock(divisors, quotients);
+    __builtin_memcpy(srcDst + whole, quotients, bytes);
   }
-  return zero != 0;
+  return AnySign(none);
 }
 
 // A power of two that brings the larger part of a number into the middle of double's range, if it is not
@@ -85,46 +139,52 @@ bool DivScaled(const Cplx64 *src, Cplx64 *srcDst, Index len) {
   return zero != 0;
 }
 
-#if defined(__AVX2__)
-constexpr Index kChunk = 16;
-
-// Whether no number of a chunk needs scaling; a dividend of zero needs none either.
-inline bool InMiddle(const Cplx64 *src, const Cplx64 *srcDst) {
-  int outside = 0;
-  for (Index i = 0; i < kChunk; ++i) {
-    const double re = __builtin_fabs(src[i].re), im = __builtin_fabs(src[i].im);
-    const double a = __builtin_fabs(srcDst[i].re), b = __builtin_fabs(srcDst[i].im);
-    const double divisor = re > im ? re : im, dividend = a > b ? a : b;
-    outside |= !(divisor >= 0x1p-500) | !(divisor <= 0x1p500);
-    outside |= (!(dividend >= 0x1p-500) & (dividend != 0.0)) | !(dividend <= 0x1p500);
-  }
-  return outside == 0;
+// Whether a square is not that of a divisor in the middle of the range, or a dividend neither lies there nor
+// is zero, in any lane. Not-a-number is outside too, or its scaling makes no difference. The less there is to
+// do here the better: whatever does not divide waits for the divider's register.
+inline std::int64_t BitsOfPower(int exponent) { return std::int64_t{exponent + 1023} << 52; }
+#if defined(__AVX512F__)
+inline unsigned Outside(__m512i bits, int low, int high, unsigned lanes) {
+  const __m512i above = _mm512_sub_epi64(bits, _mm512_set1_epi64(BitsOfPower(low)));
+  const __m512i most = _mm512_set1_epi64(BitsOfPower(high) - BitsOfPower(low));
+  return _mm512_mask_cmpgt_epu64_mask(static_cast<__mmask8>(lanes), above, most);
+}
+inline bool AnyOutside(Doubles square, Parts a) {
+  constexpr int kLargerMagnitude = 0xB;
+  const __m512i larger = __builtin_bit_cast(__m512i, _mm512_range_pd(a.re, a.im, kLargerMagnitude));
+  return (Outside(__builtin_bit_cast(__m512i, square), -999, 1000, 0xFF) |
+          Outside(larger, -500, 500, _mm512_test_epi64_mask(larger, larger))) != 0;
+}
+#else
+inline Words Outside(Words bits, int low, int high) {
+  return (bits - BitsOfPower(low)) | (BitsOfPower(high) - bits);
+}
+inline bool AnyOutside(Doubles square, Parts a) {
+  constexpr std::int64_t kMagnitude = 0x7FFFFFFFFFFFFFFF;
+  const Words re = __builtin_bit_cast(Words, a.re) & kMagnitude;
+  const Words im = __builtin_bit_cast(Words, a.im) & kMagnitude;
+  const Words larger = re > im ? re : im;
+  return AnySign(Outside(__builtin_bit_cast(Words, square), -999, 1000) |
+                 (Outside(larger, -500, 500) & -larger));
 }
 #endif
 
-// Factors of 1 are left out, which does not change a bit. Registers of two numbers gain less than the look at
-// the operands takes.
+// The same without the factors where all are 1.
+inline bool DivBlock(const Cplx64 *src, Cplx64 *srcDst) {
+  const Parts a = LoadParts(srcDst), b = LoadParts(src);
+  const Doubles square = SquareSum(b.re, b.im);
+  if (AnyOutside(square, a)) return false;
+  const Doubles re = Rounded(a.re * b.re) + Rounded(a.im * b.im);
+  const Doubles im = Rounded(a.im * b.re) - Rounded(a.re * b.im);
+  StoreParts(srcDst, {re / square, im / square});
+  return true;
+}
 bool Div(const Cplx64 *src, Cplx64 *srcDst, int len) {
   bool zero = false;
   Index done = 0;
-#if defined(__AVX2__)
-  for (; done + kChunk <= len; done += kChunk) {
-    const Cplx64 *const divisors = src + done;
-    Cplx64 *const quotients = srcDst + done;
-    if (!InMiddle(divisors, quotients)) {
-      zero |= DivScaled(divisors, quotients, kChunk);
-      continue;
-    }
-    Cplx64 q[kChunk];
-    for (Index i = 0; i < kChunk; ++i) {
-      const Cplx64 a = quotients[i], b = divisors[i];
-      const double square = SquareSum(b.re, b.im);
-      q[i] = {(Rounded(a.re * b.re) + Rounded(a.im * b.im)) / square,
-              (Rounded(a.im * b.re) - Rounded(a.re * b.im)) / square};
-    }
-    __builtin_memcpy(quotients, q, sizeof q);
+  for (; done + kNumbers <= len; done += kNumbers) {
+    if (!DivBlock(src + done, srcDst + done)) zero |= DivScaled(src + done, srcDst + done, kNumbers);
   }
-#endif
   return DivScaled(src + done, srcDst + done, len - done) || zero;
 }
 

@@ -271,12 +271,7 @@ constexpr int kMomentRegisters = kMomentLanes / (kRegisterBytes / static_cast<in
 using Doubles = Vec<double, kMomentLanes / kMomentRegisters>;
 [[gnu::always_inline]] inline Doubles LoadWide(const double *x) { return Load<Doubles>(x); }
 [[gnu::always_inline]] inline Doubles LoadWide(const float *x) {
-  const auto narrow = Load<Vec<float, kMomentLanes / kMomentRegisters>>(x);
-#if defined(__AVX512F__)
-  return _mm512_maskz_cvtps_pd(0xff, narrow); // of a conversion of generic vectors, GCC makes two halves
-#else
-  return __builtin_convertvector(narrow, Doubles);
-#endif
+  return Widened(Load<Vec<float, kMomentLanes / kMomentRegisters>>(x));
 }
 
 template <class T>
