@@ -1,7 +1,9 @@
-// Sorting of random floats with and without places, beside std::sort and vqsort. Every call finds fresh data:
-// an order that repeats is learnt by the branch predictor.
+// Sorting of floats with and without places, beside std::sort and vqsort: random ones, and orders that
+// trouble quicksorts. Every call finds fresh data: an order that repeats is learnt by the branch predictor.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -16,12 +18,35 @@ using QORN::TargetLib;
 
 namespace kernels = QORN::kernels;
 
-template <class Function> void Measure(benchmark::State &state, int n, Function sort) {
+struct Input {
+  const char *suffix;
+  float (*element)(int i, int len, std::mt19937 &random);
+};
+
+float Random(int, int, std::mt19937 &random) { return static_cast<float>(random()) * 0x1p-32F - 0.5F; }
+
+const Input kRandom{"", Random};
+const Input kSorted{"_sorted", [](int i, int, std::mt19937 &) { return static_cast<float>(i); }};
+const Input kReversed{"_reversed", [](int i, int, std::mt19937 &) { return static_cast<float>(-i); }};
+const Input kEqual{"_equal", [](int, int, std::mt19937 &) { return 1.0F; }};
+const Input kOrganPipes{"_organ_pipes", [](int i, int len, std::mt19937 &) {
+                          return static_cast<float>(std::min(i, len - 1 - i));
+                        }};
+const Input kFewKeys{"_few_keys",
+                     [](int, int, std::mt19937 &random) { return static_cast<float>(random() % 10); }};
+const Input kWithNan{"_with_nan", [](int i, int len, std::mt19937 &random) {
+                       return random() % 10 == 0 ? std::numeric_limits<float>::quiet_NaN()
+                                                 : Random(i, len, random);
+                     }};
+
+template <class Function> void Measure(benchmark::State &state, int n, const Input &input, Function sort) {
   const int arrays = n < 100000 ? 300000 / n : 4;
   const auto length = static_cast<std::size_t>(n);
-  std::vector<float> fresh(length * static_cast<std::size_t>(arrays)), values;
+  std::vector<float> fresh, values;
   std::mt19937 random(1);
-  for (float &x : fresh) x = static_cast<float>(random()) * 0x1p-32F - 0.5F;
+  for (int k = 0; k < arrays; ++k) {
+    for (int i = 0; i < n; ++i) fresh.push_back(input.element(i, n, random));
+  }
   std::vector<int> places(length);
   int next = arrays;
   for (auto _ : state) {
@@ -37,32 +62,46 @@ template <class Function> void Measure(benchmark::State &state, int n, Function 
 }
 
 template <class Function>
-void Add(const char *name, const std::string &who, int n, const kernels::Level &level, Function sort) {
-  const std::string title = std::string(name) + "/" + who + "/" + std::to_string(n);
+void Add(const char *name, const Input &input, const std::string &who, int n, const kernels::Level &level,
+         Function sort) {
+  const std::string title = std::string(name) + input.suffix + "/" + who + "/" + std::to_string(n);
   benchmark::RegisterBenchmark(title.c_str(), [=](benchmark::State &state) {
     const kernels::ScopedLevel scope(level);
-    Measure(state, n, sort);
+    Measure(state, n, input, sort);
   });
 }
 
-const bool registered = [] {
+// Peers that compare floats need numbers; their packed words have an order in any case.
+void AddRows(const Input &input, int n) {
   const std::vector<kernels::Level> levels = kernels::AvailableLevels();
-  for (const int n : {1000, 100000, 1000000}) {
-    const char *values = "SortAscend_32f", *index = "SortIndexAscend_32f";
-    for (const kernels::Level &level : levels) {
-      Add(values, level.name, n, level, [](float *x, int *, int len) { TargetLib::SortAscend_32f(x, len); });
-      Add(index, level.name, n, level,
-          [](float *x, int *places, int len) { TargetLib::SortIndexAscend_32f(x, places, len); });
-    }
-    Add(values, "peer:std", n, levels.back(), [](float *x, int *, int len) { peers::Sort::Std(x, len); });
-    Add(index, "peer:std", n, levels.back(),
-        [](float *x, int *places, int len) { peers::Sort::StdIndex(x, places, len); });
+  const char *values = "SortAscend_32f", *index = "SortIndexAscend_32f";
+  const bool numbers = &input != &kWithNan;
+  for (const kernels::Level &level : levels) {
+    Add(values, input, level.name, n, level,
+        [](float *x, int *, int len) { TargetLib::SortAscend_32f(x, len); });
+    Add(index, input, level.name, n, level,
+        [](float *x, int *places, int len) { TargetLib::SortIndexAscend_32f(x, places, len); });
+  }
+  Add(
+      values, input, "peer:std", n, levels.back(),
+      numbers ? [](float *x, int *, int len) { peers::Sort::Std(x, len); }
+              : [](float *x, int *, int len) { peers::Sort::StdNumbersFirst(x, len); });
+  Add(index, input, "peer:std", n, levels.back(),
+      [](float *x, int *places, int len) { peers::Sort::StdIndex(x, places, len); });
 #if defined(QORN_PEER_HWY)
-    Add(values, "peer:vqsort", n, levels.back(),
+  if (numbers) {
+    Add(values, input, "peer:vqsort", n, levels.back(),
         [](float *x, int *, int len) { peers::Sort::Vqsort(x, len); });
-    Add(index, "peer:vqsort", n, levels.back(),
-        [](float *x, int *places, int len) { peers::Sort::VqsortIndex(x, places, len); });
+  }
+  Add(index, input, "peer:vqsort", n, levels.back(),
+      [](float *x, int *places, int len) { peers::Sort::VqsortIndex(x, places, len); });
 #endif
+}
+
+const bool registered = [] {
+  for (const int n : {1000, 100000, 1000000}) AddRows(kRandom, n);
+  for (const Input *input : {&kSorted, &kReversed, &kEqual, &kOrganPipes, &kFewKeys, &kWithNan}) {
+    AddRows(*input, 100000);
   }
   return true;
 }();

@@ -44,6 +44,10 @@ template <class SortWords> void SortPacked(float *values, int *places, int len, 
 
 void Sort::Std(float *values, int len) { std::sort(values, values + len); }
 
+void Sort::StdNumbersFirst(float *values, int len) {
+  std::sort(values, values + len, [](float a, float b) { return a < b || (b != b && a == a); });
+}
+
 void Sort::StdIndex(float *values, int *places, int len) {
   SortPacked(values, places, len, [](std::uint64_t *words, std::size_t n) { std::sort(words, words + n); });
 }

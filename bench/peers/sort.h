@@ -7,6 +7,8 @@ namespace peers {
 
 struct Sort {
   static void Std(float *values, int len);
+  /// The same with not-a-number behind all numbers.
+  static void StdNumbersFirst(float *values, int len);
   static void StdIndex(float *values, int *places, int len);
 #if defined(QORN_PEER_HWY)
   static void Vqsort(float *values, int len);

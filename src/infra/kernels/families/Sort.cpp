@@ -5,7 +5,7 @@
 // order by place afterwards.
 #include "Kernel.h"
 
-#if defined(__AVX512F__)
+#if defined(__AVX2__)
 #include <immintrin.h>
 #endif
 
@@ -238,7 +238,7 @@ template <class Way, class A> void Introsort(A a, Index n, int partitions) {
   Way::SortShort(a, n);
 }
 
-#if defined(__AVX512F__)
+#if defined(__AVX2__)
 #include "SortRegisters.h"
 template <class A> struct BestWay { using Type = ByRegisters<A>; };
 template <class F> struct BestWay<PairsByPlace<F>> { using Type = ByItems<PairsByPlace<F>>; };
@@ -247,7 +247,14 @@ template <class A> struct BestWay { using Type = ByItems<A>; };
 #endif
 
 template <class A> bool IsSorted(A a, Index n) {
-  for (Index i = 1; i < n; ++i) {
+  constexpr Index kAtOnce = 64;
+  Index i = 1;
+  for (; i + kAtOnce <= n; i += kAtOnce) {
+    int falls = 0;
+    for (Index j = i; j < i + kAtOnce; ++j) falls |= A::Less(a.Get(j), a.Get(j - 1)) ? 1 : 0;
+    if (falls != 0) return false;
+  }
+  for (; i < n; ++i) {
     if (A::Less(a.Get(i), a.Get(i - 1))) return false;
   }
   return true;

@@ -1,5 +1,5 @@
-// Sorting with AVX-512 registers, as in vectorised quicksorts (J. Wassenberg et al.: Vectorized and
-// performance-portable quicksort, 2022): partitions by compressing registers, and sorting networks for what
+// Sorting with registers, as in vectorised quicksorts (J. Wassenberg et al.: Vectorized and
+// performance-portable quicksort, 2022): partitions that rearrange registers, and sorting networks for what
 // fits into sixteen of them. Included by Sort.cpp in the level's unnamed namespace, for its Keys and Pairs.
 
 // GCC 12 takes the don't-care operands of its own intrinsics for uninitialised variables.
@@ -9,59 +9,61 @@
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 
-// The lowest `count` of at most 16 lanes; none for a negative count.
-inline unsigned LowLanes(Index count) {
-  return _bzhi_u32(0xFFFFU, static_cast<unsigned>(count < 0 ? 0 : count < 16 ? count : 16));
+// For each choice of lanes, the words of a register in the order that brings the chosen lanes to the front
+// and keeps the others behind them.
+template <int kLanes, int kWords> struct Orders {
+  unsigned char word[1 << kLanes][8] = {};
+  constexpr Orders() {
+    for (int chosen = 0; chosen < 1 << kLanes; ++chosen) {
+      int next = 0;
+      for (int others = 0; others < 2; ++others) {
+        for (int lane = 0; lane < kLanes; ++lane) {
+          if ((chosen >> lane & 1) == others) continue;
+          for (int w = 0; w < kWords; ++w) {
+            word[chosen][next++] = static_cast<unsigned char>(lane * kWords + w);
+          }
+        }
+      }
+    }
+  }
+};
+template <int kLanes, int kWords> constexpr Orders<kLanes, kWords> kOrders;
+
+template <int kLanes, int kWords> inline __m128i OrderOf(unsigned chosen) {
+  return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(kOrders<kLanes, kWords>.word[chosen]));
 }
+
+// Eight words of 32 bits, in partitions. They serve the level of the wider registers as well, which has no
+// faster way to rearrange sixteen.
+struct Part32 {
+  using Words = __m256i;
+  static constexpr int kLanes = 8;
+
+  static Words Load(const void *from) { return _mm256_loadu_si256(static_cast<const __m256i_u *>(from)); }
+  static void Store(void *to, Words x) { _mm256_storeu_si256(static_cast<__m256i_u *>(to), x); }
+  static Words All(int x) { return _mm256_set1_epi32(x); }
+  static unsigned Signs(Words x) { return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(x))); }
+  static unsigned Below(Words x, Words y) { return Signs(_mm256_cmpgt_epi32(y, x)); }
+  static Words InFront(unsigned chosen, Words x) {
+    return _mm256_permutevar8x32_epi32(x, _mm256_cvtepu8_epi32(OrderOf<8, 1>(chosen)));
+  }
+};
+
+#if defined(__AVX512F__)
+#include "SortLanes512.h"
+#else
+#include "SortLanes256.h"
+#endif
+
+template <bool kIsNarrow> struct PartOf { using Type = Part64; };
+template <> struct PartOf<true> { using Type = Part32; };
+template <bool kIsNarrow> struct PlacesOf { using Type = PlacesOf64; };
+template <> struct PlacesOf<true> { using Type = Part32; };
 
 // Networks.
 
-struct Lanes32 {
-  static constexpr int kLanes = 16;
-  static __m512i Min(__m512i a, __m512i b) { return _mm512_min_epi32(a, b); }
-  static __m512i Max(__m512i a, __m512i b) { return _mm512_max_epi32(a, b); }
-  // Min in the lanes of `low`, Max in the others.
-  static __m512i MinMax(unsigned low, __m512i a, __m512i b) {
-    return _mm512_mask_min_epi32(Max(a, b), static_cast<__mmask16>(low), a, b);
-  }
-  template <int kXor> static __m512i Crossed(__m512i x) {
-    if constexpr (kXor == 1) return _mm512_shuffle_epi32(x, _MM_PERM_CDAB);
-    if constexpr (kXor == 2) return _mm512_shuffle_epi32(x, _MM_PERM_BADC);
-    if constexpr (kXor == 3) return _mm512_shuffle_epi32(x, _MM_PERM_ABCD);
-    const __m512i lane = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_permutexvar_epi32(_mm512_xor_si512(lane, _mm512_set1_epi32(kXor)), x);
-  }
-  // Lanes of a and b by turns, from the lower and from the upper halves.
-  static void Zip(__m512i &a, __m512i &b) {
-    const __m512i lower = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
-    const __m512i low = _mm512_permutex2var_epi32(a, lower, b);
-    b = _mm512_permutex2var_epi32(a, _mm512_add_epi32(lower, _mm512_set1_epi32(8)), b);
-    a = low;
-  }
-};
-
-struct Lanes64 {
-  static constexpr int kLanes = 8;
-  static __m512i Min(__m512i a, __m512i b) { return _mm512_min_epi64(a, b); }
-  static __m512i Max(__m512i a, __m512i b) { return _mm512_max_epi64(a, b); }
-  static __m512i MinMax(unsigned low, __m512i a, __m512i b) {
-    return _mm512_mask_min_epi64(Max(a, b), static_cast<__mmask8>(low), a, b);
-  }
-  template <int kXor> static __m512i Crossed(__m512i x) {
-    if constexpr (kXor == 1) return _mm512_shuffle_epi32(x, _MM_PERM_BADC);
-    const __m512i lane = _mm512_set_epi64(7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_permutexvar_epi64(_mm512_xor_si512(lane, _mm512_set1_epi64(kXor)), x);
-  }
-  static void Zip(__m512i &a, __m512i &b) {
-    const __m512i lower = _mm512_set_epi64(11, 3, 10, 2, 9, 1, 8, 0);
-    const __m512i low = _mm512_permutex2var_epi64(a, lower, b);
-    b = _mm512_permutex2var_epi64(a, _mm512_add_epi64(lower, _mm512_set1_epi64(4)), b);
-    a = low;
-  }
-};
-
-template <class L> inline void SortTwo(__m512i &a, __m512i &b) {
-  const __m512i low = L::Min(a, b);
+template <class L> inline void SortTwo(Register &a, Register &b) {
+  const Register low = L::Min(a, b);
   b = L::Max(a, b);
   a = low;
 }
@@ -79,7 +81,7 @@ template <int kTimes, int kFirst = 0, class F> [[gnu::always_inline]] inline voi
 // lane becomes a sorted column. Sorted blocks of kBlock are merged, with comparisons at ever smaller
 // distances.
 template <class L, int kRegisters, int kBlock = 1, int kDistance = 1>
-[[gnu::always_inline]] inline void SortColumns(__m512i (&x)[kRegisters]) {
+[[gnu::always_inline]] inline void SortColumns(Register (&x)[kRegisters]) {
   if constexpr (kBlock < kRegisters) {
     Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int kLower = number.value, kUpper = kLower + kDistance;
@@ -98,7 +100,7 @@ template <class L, int kRegisters, int kBlock = 1, int kDistance = 1>
 
 // Bitonic sequences down the registers to sorted ones.
 template <class L, int kRegisters, int kDistance = kRegisters / 2>
-[[gnu::always_inline]] inline void MergeColumns(__m512i (&x)[kRegisters]) {
+[[gnu::always_inline]] inline void MergeColumns(Register (&x)[kRegisters]) {
   if constexpr (kDistance > 0) {
     Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int kLower = number.value;
@@ -117,11 +119,11 @@ constexpr unsigned ClearIn(unsigned bit) {
 
 // Lanes at a distance, each against the other in the same register.
 template <class L, int kDistance, int kRegisters>
-[[gnu::always_inline]] inline void MergeLanes(__m512i (&x)[kRegisters]) {
+[[gnu::always_inline]] inline void MergeLanes(Register (&x)[kRegisters]) {
   if constexpr (kDistance > 0) {
     Unrolled<kRegisters>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value;
-      x[i] = L::MinMax(ClearIn(kDistance), x[i], L::template Crossed<kDistance>(x[i]));
+      x[i] = L::template MinMax<ClearIn(kDistance)>(x[i], L::template Crossed<kDistance>(x[i]));
     });
     MergeLanes<L, kDistance / 2>(x);
   }
@@ -130,15 +132,15 @@ template <class L, int kDistance, int kRegisters>
 // Neighbouring groups of kGroup / 2 sorted lanes become sorted groups of kGroup lanes, the columns standing
 // one behind the other: the second group is taken backwards, which makes each pair of groups bitonic.
 template <class L, int kGroup, int kRegisters>
-[[gnu::always_inline]] inline void MergeGroups(__m512i (&x)[kRegisters]) {
+[[gnu::always_inline]] inline void MergeGroups(Register (&x)[kRegisters]) {
   if constexpr (kGroup <= L::kLanes) {
     Unrolled<(kRegisters + 1) / 2>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value, kOpposite = kRegisters - 1 - i;
       constexpr unsigned kLow = ClearIn(kGroup / 2);
-      const __m512i upwards = L::template Crossed<kGroup - 1>(x[i]);
-      const __m512i downwards = L::template Crossed<kGroup - 1>(x[kOpposite]);
-      x[i] = L::MinMax(kLow, x[i], downwards);
-      if constexpr (kOpposite != i) x[kOpposite] = L::MinMax(kLow, x[kOpposite], upwards);
+      const Register upwards = L::template Crossed<kGroup - 1>(x[i]);
+      const Register downwards = L::template Crossed<kGroup - 1>(x[kOpposite]);
+      x[i] = L::template MinMax<kLow>(x[i], downwards);
+      if constexpr (kOpposite != i) x[kOpposite] = L::template MinMax<kLow>(x[kOpposite], upwards);
     });
     MergeLanes<L, kGroup / 4>(x);
     MergeColumns<L>(x);
@@ -148,9 +150,9 @@ template <class L, int kGroup, int kRegisters>
 
 // Columns to rows: zipped as often as there are bits in a register's number.
 template <class L, int kTimes, int kRegisters>
-[[gnu::always_inline]] inline void Transpose(__m512i (&x)[kRegisters]) {
+[[gnu::always_inline]] inline void Transpose(Register (&x)[kRegisters]) {
   if constexpr (kTimes > 1) {
-    __m512i y[kRegisters];
+    Register y[kRegisters];
     Unrolled<kRegisters / 2>([&](auto number) __attribute__((always_inline)) {
       constexpr int i = number.value;
       y[2 * i] = x[i];
@@ -164,182 +166,128 @@ template <class L, int kTimes, int kRegisters>
 }
 
 // Sorts all lanes of all registers, in the order of the registers.
-template <class L, int kRegisters> [[gnu::always_inline]] inline void SortNetwork(__m512i (&x)[kRegisters]) {
+template <class L, int kRegisters> [[gnu::always_inline]] inline void SortNetwork(Register (&x)[kRegisters]) {
   SortColumns<L>(x);
   MergeGroups<L, 2>(x);
   Transpose<L, kRegisters>(x);
 }
 
-// Items in registers: loads and stores of some lanes, compression, comparison with a pivot, and the network
-// that sorts what fits into kRegisters.
-
-template <class A> struct Lanes;
-
-template <class F> struct Lanes<Keys<F>> {
-  using A = Keys<F>;
-  using Register = __m512i;
-  static constexpr bool kWide = sizeof(typename F::Value) == 8;
-  static constexpr int kLanes = kWide ? 8 : 16;
-  static constexpr bool kHasNetwork = true;
-
-  // Lanes that are not loaded hold the largest key, which a network leaves behind all that are.
-  static Register Load(A a, Index i, unsigned lanes) {
-    if constexpr (kWide) {
-      return _mm512_mask_loadu_epi64(All(0x7FFFFFFFFFFFFFFF), static_cast<__mmask8>(lanes), a.keys + i);
-    } else {
-      return _mm512_mask_loadu_epi32(All(0x7FFFFFFF), static_cast<__mmask16>(lanes), a.keys + i);
-    }
-  }
-  static void Store(A a, Index i, unsigned lanes, Register x) {
-    if constexpr (kWide) {
-      _mm512_mask_storeu_epi64(a.keys + i, static_cast<__mmask8>(lanes), x);
-    } else {
-      _mm512_mask_storeu_epi32(a.keys + i, static_cast<__mmask16>(lanes), x);
-    }
-  }
-  static Register Compressed(unsigned lanes, Register x) {
-    if constexpr (kWide) {
-      return _mm512_maskz_compress_epi64(static_cast<__mmask8>(lanes), x);
-    } else {
-      return _mm512_maskz_compress_epi32(static_cast<__mmask16>(lanes), x);
-    }
-  }
-  static Register All(typename A::Item x) {
-    if constexpr (kWide) {
-      return _mm512_set1_epi64(x);
-    } else {
-      return _mm512_set1_epi32(x);
-    }
-  }
-  static unsigned Below(Register x, Register pivot) {
-    if constexpr (kWide) {
-      return _mm512_cmplt_epi64_mask(x, pivot);
-    } else {
-      return _mm512_cmplt_epi32_mask(x, pivot);
-    }
-  }
-  static unsigned NotAbove(Register x, Register pivot) { return LowLanes(kLanes) & ~Below(pivot, x); }
-
-  template <int kRegisters> static void SortIn(A a, Index n) {
-    __m512i x[kRegisters];
-    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
-      x[r.value] = Load(a, r.value * kLanes, LowLanes(n - r.value * kLanes));
-    });
-    if constexpr (kWide) {
-      SortNetwork<Lanes64>(x);
-    } else {
-      SortNetwork<Lanes32>(x);
-    }
-    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
-      Store(a, r.value * kLanes, LowLanes(n - r.value * kLanes), x[r.value]);
-    });
-  }
-};
-
-struct PlacedLanes32 {
-  __m512i keys, places;
-};
+// What fits into some registers.
 
 template <class F> inline constexpr bool kNarrow = sizeof(typename F::Value) == 4;
 
-// Pairs with keys of 32 bits.
+template <bool kIsNarrow> struct NetworkOf { using Type = Lanes64; };
+template <> struct NetworkOf<true> { using Type = Lanes32; };
+
+template <class A> struct Network;
+
+template <class F> struct Network<Keys<F>> {
+  using L = typename NetworkOf<kNarrow<F>>::Type;
+  static constexpr int kLanes = L::kLanes;
+
+  template <int kRegisters> static void SortIn(Keys<F> a, Index n) {
+    Register x[kRegisters];
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
+      x[r.value] = L::Load(a.keys + r.value * kLanes, n - r.value * kLanes);
+    });
+    SortNetwork<L>(x);
+    Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
+      L::Store(a.keys + r.value * kLanes, n - r.value * kLanes, x[r.value]);
+    });
+  }
+};
+
+// The network sorts keys and places joined to words of 64 bits.
 template <class F>
 requires kNarrow<F>
-struct Lanes<Pairs<F>> {
-  using A = Pairs<F>;
-  using Register = PlacedLanes32;
-  static constexpr int kLanes = 16;
-  static constexpr bool kHasNetwork = true;
+struct Network<Pairs<F>> {
+  static constexpr int kLanes = Lanes32::kLanes;
 
-  static Register Load(A a, Index i, unsigned lanes) {
-    const auto mask = static_cast<__mmask16>(lanes);
-    return {_mm512_mask_loadu_epi32(_mm512_set1_epi32(0x7FFFFFFF), mask, a.keys + i),
-            _mm512_mask_loadu_epi32(_mm512_set1_epi32(-1), mask, a.places + i)};
-  }
-  static void Store(A a, Index i, unsigned lanes, Register x) {
-    _mm512_mask_storeu_epi32(a.keys + i, static_cast<__mmask16>(lanes), x.keys);
-    _mm512_mask_storeu_epi32(a.places + i, static_cast<__mmask16>(lanes), x.places);
-  }
-  static Register Compressed(unsigned lanes, Register x) {
-    return {_mm512_maskz_compress_epi32(static_cast<__mmask16>(lanes), x.keys),
-            _mm512_maskz_compress_epi32(static_cast<__mmask16>(lanes), x.places)};
-  }
-  static Register All(typename A::Item x) { return {_mm512_set1_epi32(x.key), _mm512_set1_epi32(x.place)}; }
-  static unsigned Below(Register x, Register pivot) {
-    const __mmask16 equal = _mm512_cmpeq_epi32_mask(x.keys, pivot.keys);
-    return _mm512_cmplt_epi32_mask(x.keys, pivot.keys) |
-           static_cast<unsigned>(_mm512_mask_cmplt_epi32_mask(equal, x.places, pivot.places));
-  }
-  static unsigned NotAbove(Register x, Register pivot) { return 0xFFFFU & ~Below(pivot, x); }
-
-  // As keys of 64 bits, with the place in the lower half. Places that were not loaded are above all others.
-  template <int kRegisters> static void SortIn(A a, Index n) {
-    __m512i x[2 * kRegisters];
+  template <int kRegisters> static void SortIn(Pairs<F> a, Index n) {
+    Register x[2 * kRegisters];
     Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
-      const Register pairs = Load(a, r.value * kLanes, LowLanes(n - r.value * kLanes));
-      x[2 * r.value] = _mm512_unpacklo_epi32(pairs.places, pairs.keys);
-      x[2 * r.value + 1] = _mm512_unpackhi_epi32(pairs.places, pairs.keys);
+      constexpr int kFirst = r.value * kLanes;
+      Lanes64::Join(Lanes32::Load(a.keys + kFirst, n - kFirst), Lanes32::Load(a.places + kFirst, n - kFirst),
+                    x[2 * r.value], x[2 * r.value + 1]);
     });
     SortNetwork<Lanes64>(x);
-    const __m512i even = _mm512_set_epi32(30, 28, 26, 24, 22, 20, 18, 16, 14, 12, 10, 8, 6, 4, 2, 0);
-    const __m512i odd = _mm512_add_epi32(even, _mm512_set1_epi32(1));
     Unrolled<kRegisters>([&](auto r) __attribute__((always_inline)) {
-      const __m512i low = x[2 * r.value], high = x[2 * r.value + 1];
-      Store(a, r.value * kLanes, LowLanes(n - r.value * kLanes),
-            {_mm512_permutex2var_epi32(low, odd, high), _mm512_permutex2var_epi32(low, even, high)});
+      constexpr int kFirst = r.value * kLanes;
+      Register keys, places;
+      Lanes64::Split(x[2 * r.value], x[2 * r.value + 1], keys, places);
+      Lanes32::Store(a.keys + kFirst, n - kFirst, keys);
+      Lanes32::Store(a.places + kFirst, n - kFirst, places);
     });
   }
 };
 
-struct PlacedLanes64 {
-  __m512i keys;
-  __m256i places;
+// Partitions.
+
+// A few items: their loads and stores, the lanes of those that are below others, and the items with chosen
+// lanes at the front.
+template <class A> struct Few;
+
+template <class F> struct Few<Keys<F>> {
+  using A = Keys<F>;
+  using P = typename PartOf<kNarrow<F>>::Type;
+  using Items = typename P::Words;
+  static constexpr int kLanes = P::kLanes;
+
+  static Items Load(A a, Index i) { return P::Load(a.keys + i); }
+  static void Store(A a, Index i, Items x) { P::Store(a.keys + i, x); }
+  static Items All(typename A::Item x) { return P::All(x); }
+  static unsigned Below(Items x, Items y) { return P::Below(x, y); }
+  static Items InFront(unsigned chosen, Items x) { return P::InFront(chosen, x); }
 };
 
-// Pairs with keys of 64 bits.
-template <class F>
-requires(!kNarrow<F>) struct Lanes<Pairs<F>> {
+template <class F> struct Few<Pairs<F>> {
   using A = Pairs<F>;
-  using Register = PlacedLanes64;
-  static constexpr int kLanes = 8;
-  static constexpr bool kHasNetwork = false;
+  using P = typename PartOf<kNarrow<F>>::Type;
+  using Q = typename PlacesOf<kNarrow<F>>::Type;
+  struct Items {
+    typename P::Words keys;
+    typename Q::Words places;
+  };
+  static constexpr int kLanes = P::kLanes;
 
-  static Register Load(A a, Index i, unsigned lanes) {
-    const auto mask = static_cast<__mmask8>(lanes);
-    return {_mm512_maskz_loadu_epi64(mask, a.keys + i), _mm256_maskz_loadu_epi32(mask, a.places + i)};
+  static Items Load(A a, Index i) { return {P::Load(a.keys + i), Q::Load(a.places + i)}; }
+  static void Store(A a, Index i, Items x) {
+    P::Store(a.keys + i, x.keys);
+    Q::Store(a.places + i, x.places);
   }
-  static void Store(A a, Index i, unsigned lanes, Register x) {
-    _mm512_mask_storeu_epi64(a.keys + i, static_cast<__mmask8>(lanes), x.keys);
-    _mm256_mask_storeu_epi32(a.places + i, static_cast<__mmask8>(lanes), x.places);
+  static Items All(typename A::Item x) { return {P::All(x.key), Q::All(x.place)}; }
+  static unsigned Below(Items x, Items y) {
+    if constexpr (kNarrow<F>) {
+      const __m256i equal = _mm256_cmpeq_epi32(x.keys, y.keys);
+      const __m256i before = _mm256_and_si256(equal, _mm256_cmpgt_epi32(y.places, x.places));
+      return P::Signs(_mm256_or_si256(_mm256_cmpgt_epi32(y.keys, x.keys), before));
+    } else {
+      return P::Below(x.keys, y.keys) | (P::Equal(x.keys, y.keys) & Q::Below(x.places, y.places));
+    }
   }
-  static Register Compressed(unsigned lanes, Register x) {
-    return {_mm512_maskz_compress_epi64(static_cast<__mmask8>(lanes), x.keys),
-            _mm256_maskz_compress_epi32(static_cast<__mmask8>(lanes), x.places)};
+  static Items InFront(unsigned chosen, Items x) {
+    return {P::InFront(chosen, x.keys), Q::InFront(chosen, x.places)};
   }
-  static Register All(typename A::Item x) { return {_mm512_set1_epi64(x.key), _mm256_set1_epi32(x.place)}; }
-  static unsigned Below(Register x, Register pivot) {
-    const __mmask8 equal = _mm512_cmpeq_epi64_mask(x.keys, pivot.keys);
-    return _mm512_cmplt_epi64_mask(x.keys, pivot.keys) |
-           static_cast<unsigned>(_mm256_mask_cmplt_epi32_mask(equal, x.places, pivot.places));
-  }
-  static unsigned NotAbove(Register x, Register pivot) { return 0xFFU & ~Below(pivot, x); }
 };
 
 // What Introsort needs of a way of sorting.
 template <class A> struct ByRegisters {
-  using L = Lanes<A>;
+  using L = Few<A>;
   using Item = typename A::Item;
-  static constexpr int kAtOnce = 4;
+  using Items = typename L::Items;
+  static constexpr int kAtOnce = kShortest / 16;
   static constexpr Index kStep = kAtOnce * L::kLanes;
-  static constexpr Index kShort = 128; // at least two steps
+  static constexpr unsigned kAllLanes = (1U << L::kLanes) - 1;
+  static constexpr Index kShort = kShortest; // at least two steps
 
   static void SortShort(A a, Index n) {
-    if constexpr (L::kHasNetwork) {
-      if (n <= L::kLanes) return L::template SortIn<1>(a, n);
-      if (n <= 2 * L::kLanes) return L::template SortIn<2>(a, n);
-      if (n <= 4 * L::kLanes) return L::template SortIn<4>(a, n);
-      if (n <= 8 * L::kLanes) return L::template SortIn<8>(a, n);
-      if constexpr (16 * L::kLanes <= kShort) return L::template SortIn<16>(a, n);
+    if constexpr (requires { Network<A>::kLanes; }) {
+      using N = Network<A>;
+      if (n <= N::kLanes) return N::template SortIn<1>(a, n);
+      if (n <= 2 * N::kLanes) return N::template SortIn<2>(a, n);
+      if (n <= 4 * N::kLanes) return N::template SortIn<4>(a, n);
+      if (n <= 8 * N::kLanes) return N::template SortIn<8>(a, n);
+      if constexpr (16 * N::kLanes <= kShort) return N::template SortIn<16>(a, n);
     } else {
       Introsort<ByItems<A>>(a, n, 2 * 7);
     }
@@ -355,52 +303,77 @@ template <class A> struct ByRegisters {
     const A sample = buffer.Array();
     for (int i = 0; i < count; ++i) {
       random = random * 1664525U + 1013904223U;
-      sample.Put(i, a.Get(i * part + static_cast<Index>((random >> 8) % static_cast<std::uint32_t>(part))));
+      sample.Put(i, a.Get(i * part + static_cast<Index>(
+                                         (std::uint64_t{random} * static_cast<std::uint64_t>(part)) >> 32)));
     }
     SortShort(sample, count);
     return sample.Get(count / 2);
   }
 
   static Index PartitionBelow(A a, Index n, Item pivot) {
-    return Partition(a, n, L::All(pivot), [](auto x, auto p) { return L::Below(x, p); });
+    return Partition(
+        a, n, pivot, [](auto x, auto p) __attribute__((always_inline)) { return L::Below(x, p); },
+        [](Item x, Item p) __attribute__((always_inline)) { return A::Less(x, p); });
   }
   static Index PartitionNotAbove(A a, Index n, Item pivot) {
-    return Partition(a, n, L::All(pivot), [](auto x, auto p) { return L::NotAbove(x, p); });
+    return Partition(
+        a, n, pivot, [](auto x, auto p) __attribute__((always_inline)) { return kAllLanes ^ L::Below(p, x); },
+        [](Item x, Item p) __attribute__((always_inline)) { return !A::Less(p, x); });
   }
 
   // In place: both ends are taken into registers, which leaves room at both ends of what has not been read.
-  // One reads at the end with less room, and so finds at least a step's room at both when it writes.
-  template <class Before> static Index Partition(A a, Index n, typename L::Register pivot, Before before) {
-    using Register = typename L::Register;
-    constexpr unsigned kAll = (1U << L::kLanes) - 1;
-    const Index whole = n - n % kStep;
-    Index readFront = kStep, readBack = whole - kStep, writeFront = 0, writeBack = n;
-    const auto write = [&](Register x, unsigned lanes) __attribute__((always_inline)) {
-      const unsigned front = before(x, pivot) & lanes, back = lanes & ~front;
-      const int frontCount = __builtin_popcount(front), backCount = __builtin_popcount(back);
-      L::Store(a, writeFront, LowLanes(frontCount), L::Compressed(front, x));
-      writeFront += frontCount;
-      writeBack -= backCount;
-      L::Store(a, writeBack, LowLanes(backCount), L::Compressed(back, x));
+  // One reads at the end with less room, a step ahead of what is written, and so finds at least a step's room
+  // at both when it writes. What is written is a whole group of items at either end, of which those that
+  // belong to the other end are written over later; the last group is the same at both.
+  template <class Before, class ItemBefore>
+  static Index Partition(A a, Index n, Item pivot, Before before, ItemBefore itemBefore) {
+    constexpr int kLanes = L::kLanes;
+    const Items pivots = L::All(pivot);
+    const Index whole = n - n % kLanes;
+    Index readFront = kStep, readBack = whole - kStep, writeFront = 0, unwritten = whole;
+    const auto write = [&](Items x) __attribute__((always_inline)) {
+      const unsigned front = before(x, pivots);
+      const Items ordered = L::InFront(front, x);
+      unwritten -= kLanes;
+      L::Store(a, writeFront, ordered);
+      L::Store(a, writeFront + unwritten, ordered);
+      writeFront += static_cast<Index>(static_cast<unsigned>(__builtin_popcount(front)));
     };
-    Register head[kAtOnce], tail[kAtOnce], rest[kAtOnce];
-    for (int r = 0; r < kAtOnce; ++r) {
-      head[r] = L::Load(a, r * L::kLanes, kAll);
-      tail[r] = L::Load(a, readBack + r * L::kLanes, kAll);
-      rest[r] = L::Load(a, whole + r * L::kLanes, LowLanes(n - whole - r * L::kLanes) & kAll);
+    // Which end it is cannot be foretold, so there is no branch: all ones or none.
+    const auto read = [&](Items * x) __attribute__((always_inline)) {
+      const Index writeBack = writeFront + unwritten;
+      const Index atFront = -static_cast<Index>(readFront - writeFront <= writeBack - readBack);
+      readBack -= kStep & ~atFront;
+      const Index at = (readFront & atFront) | (readBack & ~atFront);
+      readFront += kStep & atFront;
+      for (int r = 0; r < kAtOnce; ++r) x[r] = L::Load(a, at + r * kLanes);
+    };
+    const auto leavesStep = [&]() __attribute__((always_inline)) { return readBack - readFront >= kStep; };
+    Items kept[4 * kAtOnce];
+    int count = 0;
+    for (; count < kAtOnce; ++count) {
+      kept[count] = L::Load(a, count * kLanes);
+      kept[kAtOnce + count] = L::Load(a, readBack + count * kLanes);
     }
-    while (readFront < readBack) {
-      const bool atFront = readFront - writeFront <= writeBack - readBack;
-      readBack -= atFront ? 0 : kStep;
-      const Index at = atFront ? readFront : readBack;
-      readFront += atFront ? kStep : 0;
-      Register x[kAtOnce];
-      for (int r = 0; r < kAtOnce; ++r) x[r] = L::Load(a, at + r * L::kLanes, kAll);
-      for (int r = 0; r < kAtOnce; ++r) write(x[r], kAll);
+    count = 2 * kAtOnce;
+    if (leavesStep()) {
+      Items x[kAtOnce], next[kAtOnce];
+      read(x);
+      while (leavesStep()) {
+        read(next);
+        for (int r = 0; r < kAtOnce; ++r) write(x[r]);
+        for (int r = 0; r < kAtOnce; ++r) x[r] = next[r];
+      }
+      for (int r = 0; r < kAtOnce; ++r) kept[count++] = x[r];
     }
-    for (int r = 0; r < kAtOnce; ++r) write(head[r], kAll);
-    for (int r = 0; r < kAtOnce; ++r) write(tail[r], kAll);
-    for (int r = 0; r < kAtOnce; ++r) write(rest[r], LowLanes(n - whole - r * L::kLanes) & kAll);
+    for (; readFront < readBack; readFront += kLanes) kept[count++] = L::Load(a, readFront);
+    for (int r = 0; r < count; ++r) write(kept[r]);
+    for (Index i = whole; i < n; ++i) {
+      const Item x = a.Get(i);
+      a.Put(i, a.Get(writeFront));
+      a.Put(writeFront, x);
+      writeFront += itemBefore(x, pivot) ? 1 : 0;
+    }
     return writeFront;
   }
 };
