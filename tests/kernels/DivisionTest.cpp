@@ -200,6 +200,51 @@ TEST(TargetLib, Div_ComplexDoublesOfExtremeSize_NeitherOverflowsNorVanishes) {
   }
 }
 
+// Sizes on both sides of the limits from which on operands are scaled: beside whatever others a quotient
+// stands, it has the bits that it has alone at the lowest level.
+TEST(TargetLib, Div_ComplexDoublesOfAllSizesSideBySide_HaveTheBitsOfEachAlone) {
+  std::mt19937_64 random(11);
+  std::uniform_real_distribution<double> part(-1, 1);
+  const int exponents[] = {0, 0, 0, 0, 0, 0, 498, 499, 500, 501, 1000, -498, -499, -500, -501, -1000, -1060};
+  const auto number = [&] {
+    const auto size = [&] { return std::ldexp(part(random), exponents[random() % std::size(exponents)]); };
+    switch (random() % 8) {
+    case 0:
+      return Cplx64{size(), 0};
+    case 1:
+      return Cplx64{0, size()};
+    case 2:
+      return Cplx64{size(), size()};
+    default: {
+      const double scale = std::ldexp(1.0, exponents[random() % std::size(exponents)]);
+      return Cplx64{part(random) * scale, part(random) * scale};
+    }
+    }
+  };
+  const auto div = WithoutReport(&TargetLib::Div_64fc_I);
+  for (int trial = 0; trial < 3000; ++trial) {
+    std::vector<Cplx64> a(1 + random() % 40), b(a.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      a[i] = random() % 16 == 0 ? Cplx64{0, 0} : number();
+      b[i] = number();
+    }
+    std::vector<Cplx64> alone = a;
+    {
+      const kernels::ScopedLevel scope(kernels::AvailableLevels().front());
+      for (std::size_t i = 0; i < a.size(); ++i) div(&b[i], &alone[i], 1);
+    }
+    for (const kernels::Level &level : kernels::AvailableLevels()) {
+      const kernels::ScopedLevel scope(level);
+      std::vector<Cplx64> q = a;
+      div(b.data(), q.data(), static_cast<int>(q.size()));
+      for (std::size_t i = 0; i < q.size(); ++i) {
+        ASSERT_TRUE(Same()(q[i], alone[i]))
+            << level.name << ' ' << QORN::test::Show(a[i]) << " / " << QORN::test::Show(b[i]);
+      }
+    }
+  }
+}
+
 // Whatever the operands, the levels agree and nothing is written beside the array.
 template <class C> void CheckAgreement(const char *name, void (*div)(const C *, C *, int)) {
   CheckInPlace<C, C>(

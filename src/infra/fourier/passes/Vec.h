@@ -58,20 +58,6 @@ template <class E, class T> [[gnu::always_inline]] inline void Store(T *p, E v) 
   __builtin_memcpy(p, &v, sizeof v);
 }
 
-/// Floats in double. GCC splits the conversion of a generic vector into narrower ones; and it warns of what
-/// the form without a mask leaves undefined.
-[[gnu::always_inline]] inline Vec<double, 2> Widened(Vec<float, 2> x) {
-  return __builtin_convertvector(x, Vec<double, 2>);
-}
-#if defined(__AVX2__)
-[[gnu::always_inline]] inline Vec<double, 4> Widened(Vec<float, 4> x) { return _mm256_cvtps_pd(x); }
-#endif
-#if defined(__AVX512F__)
-[[gnu::always_inline]] inline Vec<double, 8> Widened(Vec<float, 8> x) {
-  return _mm512_maskz_cvtps_pd(0xff, x);
-}
-#endif
-
 /// All lanes x. The subtraction of zero keeps every value, a negative zero too, and costs nothing.
 template <class E, class T> [[gnu::always_inline]] inline E Broadcast(T x) { return x - E{}; }
 

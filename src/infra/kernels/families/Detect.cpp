@@ -1,4 +1,4 @@
-#include "infra/fourier/passes/Vec.h"
+#include "Registers.h"
 #include "infra/kernels/Lanes.h"
 
 namespace QORN::kernels::QORN_LEVEL {
@@ -24,22 +24,6 @@ template <int kL>
   Vec<std::int32_t, kL> lane;
   for (int j = 0; j < kL; ++j) lane[j] = j;
   return lane < static_cast<std::int32_t>(count < kL ? count : kL) ? x : Broadcast<F>(other);
-}
-
-template <int kFirst, class E, int... I> [[gnu::always_inline]] inline auto Lanes(E a, E b, Seq<I...>) {
-  return __builtin_shufflevector(a, b, (kFirst + I)...);
-}
-template <int kUpper, int kL, class E> [[gnu::always_inline]] inline auto Half(E x) {
-  return Lanes<kUpper * kL / 2>(x, x, MakeSeq<kL / 2>{});
-}
-
-// Combines lane j with lane j + half of it, until kTo of kL lanes are left.
-template <int kTo, int kL, class E, class F> [[gnu::always_inline]] inline auto Folded(E x, F combine) {
-  if constexpr (kL == kTo) {
-    return x;
-  } else {
-    return Folded<kTo, kL / 2>(combine(Half<0, kL>(x), Half<1, kL>(x)), combine);
-  }
 }
 
 // Sums in double, in the lanes and with the order of every sum of the library.

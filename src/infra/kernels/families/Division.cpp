@@ -1,6 +1,6 @@
 #include "CplxProduct.h"
+#include "Registers.h"
 #include "Unroll.h"
-#include "infra/fourier/passes/Vec.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {

@@ -1,4 +1,4 @@
-#include "infra/fourier/passes/Vec.h"
+#include "Registers.h"
 #include "infra/kernels/Lanes.h"
 
 namespace QORN::kernels::QORN_LEVEL {
@@ -25,27 +25,40 @@ inline double Worst(double, Below) { return __builtin_inf(); }
 // Written on vectors of the level's width: of a plain loop the compiler keeps the extreme in one register,
 // and a search for its place it does not vectorise at all. Comparisons are exact, so the width does not show
 // in a result.
-#if defined(__AVX512F__)
-constexpr Index kVectorBytes = 64;
-#elif defined(__AVX2__)
-constexpr Index kVectorBytes = 32;
-#else
-constexpr Index kVectorBytes = 16;
-#endif
-
 template <int kBytes> struct IntegerOf;
 template <> struct IntegerOf<2> { using Type = std::int16_t; };
 template <> struct IntegerOf<4> { using Type = std::int32_t; };
 template <> struct IntegerOf<8> { using Type = std::int64_t; };
 
+// Combines all lanes of a register, by halves.
+template <int kDistance> struct CrossedAt {
+  static constexpr int At(int i) { return i ^ kDistance; }
+};
+template <int kL, int kHalf = kL / 2, class E, class F>
+[[gnu::always_inline]] inline auto AcrossLanes(E x, F combine) {
+  if constexpr (kHalf == 0) {
+    return x[0];
+  } else {
+    return AcrossLanes<kL, kHalf / 2>(combine(x, Shuffle<CrossedAt<kHalf>, kL>(x, x)), combine);
+  }
+}
+template <class T, class E, class F> [[gnu::always_inline]] inline T OfAllLanes(E x, F combine) {
+  constexpr int kL = kRegisterBytes / static_cast<int>(sizeof(T)), kShort = 16 / static_cast<int>(sizeof(T));
+  return AcrossLanes<kShort>(Folded<kShort, kL>(x, combine), combine);
+}
+
+template <class Order> struct Choose {
+  template <class E> [[gnu::always_inline]] E operator()(E a, E b) const { return Order::Of(a, b) ? a : b; }
+};
+
 // An array is searched in chunks of a few vectors. Each lane keeps its extreme so far and the number of the
 // chunk that brought it. A not-a-number element beats nothing, so it is passed over.
 template <class Order, class T> class Search {
-  static constexpr Index kCount = kVectorBytes / sizeof(T);
+  static constexpr Index kCount = kRegisterBytes / sizeof(T);
   static constexpr Index kVectors = 8;
   using Integer = typename IntegerOf<sizeof(T)>::Type;
-  using Values [[gnu::vector_size(kVectorBytes)]] = T;
-  using Integers [[gnu::vector_size(kVectorBytes)]] = Integer;
+  using Values [[gnu::vector_size(kRegisterBytes)]] = T;
+  using Integers [[gnu::vector_size(kRegisterBytes)]] = Integer;
 
 public:
   static constexpr Index kChunk = kVectors * kCount;
@@ -62,14 +75,12 @@ public:
     m_number = better ? Integers{} + static_cast<Integer>(number) : m_number;
   }
 
-  T Best() const {
-    return Folded<T>(m_best, [](T a, T b) { return Order::Of(a, b) ? a : b; });
-  }
+  T Best() const { return OfAllLanes<T>(m_best, Choose<Order>()); }
 
   // The first chunk that has the extreme, and the first place in a chunk that has it.
   Index Number(T best) const {
     const Integers last = Integers{} + Largest();
-    return Folded<Integer>(m_best == Values{} + best ? m_number : last, Smaller);
+    return OfAllLanes<Integer>(m_best == Values{} + best ? m_number : last, Choose<Below>());
   }
   static Index Place(const T *chunk, T best) {
     Integers lane;
@@ -79,7 +90,7 @@ public:
       const Integers here = lane + static_cast<Integer>(k * kCount);
       place = Load(chunk + k * kCount) == Values{} + best ? here : place;
     }
-    return Folded<Integer>(place, Smaller);
+    return OfAllLanes<Integer>(place, Choose<Below>());
   }
 
 private:
@@ -89,17 +100,6 @@ private:
     return values;
   }
   static constexpr Integer Largest() { return static_cast<Integer>((1ULL << (8 * sizeof(T) - 1)) - 1); }
-  static Integer Smaller(Integer a, Integer b) { return a < b ? a : b; }
-
-  template <class U, class Vector, class F> static U Folded(const Vector &vector, F choose) {
-    U lane[kCount];
-    __builtin_memcpy(lane, &vector, sizeof lane);
-    for (Index half = kCount / 2; half >= 1; half /= 2) {
-      for (Index j = 0; j < half; ++j) lane[j] = choose(lane[j + half], lane[j]);
-    }
-    return lane[0];
-  }
-
   Values m_best = Values{} + Worst(T(), Order());
   Integers m_number = {};
 };
@@ -156,15 +156,33 @@ template <class Order, class T> inline Index ExtremePlace(const T *src, Index le
   return place;
 }
 
+// The value of an array of at least one register; the last one reaches back over the one before it. The
+// registers with the extremes so far come second: a not-a-number element beats nothing.
+template <class Order, class T> inline T Best(const T *src, Index len) {
+  constexpr Index kCount = kRegisterBytes / sizeof(T);
+  constexpr int kChains = 4;
+  using Values = Vec<T, static_cast<int>(kCount)>;
+  const Choose<Order> choose;
+  Values best[kChains];
+  for (Values &x : best) x = Values{} + Worst(T(), Order());
+  Index i = 0;
+  for (; i + kChains * kCount <= len; i += kChains * kCount) {
+    Unroll<kChains>([&](auto c) { best[c] = choose(Load<Values>(src + i + c * kCount), best[c]); });
+  }
+  for (; i + kCount <= len; i += kCount) best[0] = choose(Load<Values>(src + i), best[0]);
+  best[1] = choose(Load<Values>(src + len - kCount), best[1]);
+  return OfAllLanes<T>(choose(choose(best[0], best[1]), choose(best[2], best[3])), choose);
+}
+
 // The value alone needs no place, unless it could have come from different elements: from a zero of either
 // sign, or from the start of the search.
 template <class Order, class T> inline T Extreme(const T *src, Index len) {
   T best;
-  if (len < Search<Order, T>::kChunk) {
+  if (len < kRegisterBytes / static_cast<Index>(sizeof(T))) {
     const Padded<Order, T> padded(src, len);
-    best = Searched<Order>(padded.chunk, Search<Order, T>::kChunk).Best();
+    best = Best<Order>(padded.chunk, Search<Order, T>::kChunk);
   } else {
-    best = Searched<Order>(src, len).Best();
+    best = Best<Order>(src, len);
   }
   return best == T(0) || best == Worst(T(), Order()) ? src[ExtremePlace<Order>(src, len)] : best;
 }
@@ -186,46 +204,79 @@ template <class T> void MinIndx(const T *src, int len, T *result, int *index) {
 
 // Sums. Scalar i goes to lane i mod kSumLanes, and the lanes are folded in halves, so that the result does
 // not depend on the width of a register. Complex arrays are interleaved scalars; their lanes fold to a pair.
-struct Lanes {
-  double sum[kSumLanes];
-};
+constexpr int kPer = kRegisterBytes / static_cast<int>(sizeof(double));
+using Doubles = Vec<double, kPer>;
+[[gnu::always_inline]] inline Doubles LoadWide(const double *x) { return Load<Doubles>(x); }
+[[gnu::always_inline]] inline Doubles LoadWide(const float *x) { return Widened(Load<Vec<float, kPer>>(x)); }
 
-// Apart from the rest, so that all lanes stay in registers.
+inline Vec<std::int64_t, kPer> NumberedLanes() {
+  Vec<std::int64_t, kPer> number;
+  for (int j = 0; j < kPer; ++j) number[j] = j;
+  return number;
+}
+
+template <int kHalf, class D> [[gnu::always_inline]] inline void FoldRegisters(D *lane) {
+  if constexpr (kHalf > 0) {
+    Unroll<kHalf>([&](auto r) { lane[r] += lane[r + kHalf]; });
+    FoldRegisters<kHalf / 2>(lane);
+  }
+}
+
+// Adds whole blocks of kSumLanes elements to the lanes of some registers, kAtOnce from kFirst on.
+template <int kFirst, int kAtOnce, class T, class F>
+[[gnu::always_inline]] inline void AddBlocks(const T *src, Index len, F term, Doubles *lane) {
+  Doubles sum[kAtOnce];
+  Unroll<kAtOnce>([&](auto r) { sum[r] = lane[kFirst + r]; });
+  for (Index i = 0; i < len; i += kSumLanes) {
+    Unroll<kAtOnce>([&](auto r) { sum[r] += term(LoadWide(src + i + (kFirst + r) * kPer)); });
+  }
+  Unroll<kAtOnce>([&](auto r) { lane[kFirst + r] = sum[r]; });
+}
+template <int kFirst, int kAtOnce, class T, class F>
+[[gnu::noinline]] void AddBlocksApart(const T *src, Index len, F term, Doubles *lane) {
+  AddBlocks<kFirst, kAtOnce>(src, len, term, lane);
+}
+
+// The lanes folded to two. What is in registers stays there: a fold in memory takes as long as the sum of a
+// hundred elements. Where the lanes are too many for the registers, half of them go over a part of the array
+// that stays in the cache, and then the other half.
 template <class T, class F>
-[[gnu::noinline]] void SumBlocks(const T *src, Index blocks, F term, double *sum) {
-  double lane[kSumLanes] = {};
-  for (Index i = 0; i < blocks; ++i, src += kSumLanes) {
-    for (Index j = 0; j < kSumLanes; ++j) lane[j] += term(static_cast<double>(src[j]));
+[[gnu::always_inline]] inline Vec<double, 2> Folds(const T *src, Index len, F term) {
+  constexpr int kRegisters = kSumLanes / kPer, kMost = 8;
+  constexpr Index kPart = 1024;
+  Doubles lane[kRegisters] = {};
+  const Index whole = len - len % kSumLanes, rest = len - whole;
+  if constexpr (kRegisters <= kMost) {
+    AddBlocks<0, kRegisters>(src, whole, term, lane);
+  } else {
+    for (Index start = 0; start < whole; start += kPart) {
+      const Index part = whole - start < kPart ? whole - start : kPart;
+      AddBlocksApart<0, kRegisters / 2>(src + start, part, term, lane);
+      AddBlocksApart<kRegisters / 2, kRegisters / 2>(src + start, part, term, lane);
+    }
   }
-  for (Index j = 0; j < kSumLanes; ++j) sum[j] = lane[j];
-}
-
-template <class T, class F> inline Lanes LaneSums(const T *src, Index len, F term) {
-  Lanes lanes;
-  SumBlocks(src, len / kSumLanes, term, lanes.sum);
-  for (Index i = len - len % kSumLanes, j = 0; i < len; ++i, ++j) {
-    lanes.sum[j] += term(static_cast<double>(src[i]));
+  // A lane is never -0, so that a zero added to it changes nothing.
+  if (rest > 0) {
+    T block[kSumLanes] = {};
+    __builtin_memcpy(block, src + whole, sizeof(T) * static_cast<std::size_t>(rest));
+    const Vec<std::int64_t, kPer> number = NumberedLanes();
+    Unroll<kRegisters>(
+        [&](auto r) { lane[r] += number < rest - r * kPer ? term(LoadWide(block + r * kPer)) : Doubles{}; });
   }
-  return lanes;
-}
-
-template <Index kCount, Index kHalf = kSumLanes / 2> inline void Fold(Lanes &lanes) {
-  for (Index j = 0; j < kHalf; ++j) lanes.sum[j] += lanes.sum[j + kHalf];
-  if constexpr (kHalf > kCount) Fold<kCount, kHalf / 2>(lanes);
+  FoldRegisters<kRegisters / 2>(lane);
+  return Folded<2, kPer>(lane[0], [](auto a, auto b) { return a + b; });
 }
 
 template <class T, class F> inline double Total(const T *src, Index len, F term) {
-  Lanes lanes = LaneSums(src, len, term);
-  Fold<1>(lanes);
-  return lanes.sum[0];
+  const Vec<double, 2> pair = Folds(src, len, term);
+  return pair[0] + pair[1];
 }
 template <class T> inline double Total(const T *src, Index len) {
-  return Total(src, len, [](double x) { return x; });
+  return Total(src, len, [](auto x) { return x; });
 }
 template <class C> inline Cplx64 CplxTotal(const C *src, Index len) {
-  Lanes lanes = LaneSums(&src->re, 2 * len, [](double x) { return x; });
-  Fold<2>(lanes);
-  return {lanes.sum[0], lanes.sum[1]};
+  const Vec<double, 2> pair = Folds(&src->re, 2 * len, [](auto x) { return x; });
+  return {pair[0], pair[1]};
 }
 
 template <class T> void Sum(const T *src, int len, T *result) { *result = static_cast<T>(Total(src, len)); }
@@ -266,17 +317,10 @@ struct Moments {
 // In half the lanes of a sum, so that those of both sums stay in registers, which the compiler does not see
 // in a plain loop.
 constexpr int kMomentLanes = kSumLanes / 2;
-constexpr int kMomentRegisters = kMomentLanes / (kRegisterBytes / static_cast<int>(sizeof(double)));
-
-using Doubles = Vec<double, kMomentLanes / kMomentRegisters>;
-[[gnu::always_inline]] inline Doubles LoadWide(const double *x) { return Load<Doubles>(x); }
-[[gnu::always_inline]] inline Doubles LoadWide(const float *x) {
-  return Widened(Load<Vec<float, kMomentLanes / kMomentRegisters>>(x));
-}
+constexpr int kMomentRegisters = kMomentLanes / kPer;
 
 template <class T>
 [[gnu::noinline]] void AddMoments(const T *src, Index len, double centre, Moments *moments) {
-  constexpr int kPer = kMomentLanes / kMomentRegisters;
   Doubles firsts[kMomentRegisters] = {}, seconds[kMomentRegisters] = {};
   const Doubles centres = Broadcast<Doubles>(centre);
   const Index whole = len - len % kMomentLanes;
@@ -310,7 +354,7 @@ inline double Without(double sum, double part) { return part < sum ? sum - part 
 // In two passes.
 template <class T> inline double SquaresOfAll(const T *src, Index len) {
   const double mean = Total(src, len) / static_cast<double>(len);
-  return Total(src, len, [mean](double x) { return Rounded((x - mean) * (x - mean)); });
+  return Total(src, len, [mean](auto x) { return Rounded((x - mean) * (x - mean)); });
 }
 
 // The centre is the mean of the elements so far: of the first block, which is read twice, and then of blocks
@@ -345,7 +389,7 @@ template <class T> void StdDev(const T *src, int len, T *result) {
 }
 
 template <class T> inline double Norm(const T *src, Index len) {
-  return __builtin_sqrt(Total(src, len, [](double x) { return Rounded(x * x); }));
+  return __builtin_sqrt(Total(src, len, [](auto x) { return Rounded(x * x); }));
 }
 template <class T> void NormL2(const T *src, int len, T *result) { *result = static_cast<T>(Norm(src, len)); }
 void NormL2(const Cplx32 *src, int len, double *result) { *result = Norm(&src->re, 2 * Index{len}); }
