@@ -176,7 +176,8 @@ template <class T, int W, bool Turned>
   });
 }
 
-template <class T, int W, bool Turned, class Source>
+// Large: whether a radix may be above kMaxStraight, as in transforms that go through tiles.
+template <class T, int W, bool Turned, bool Large = false, class Source>
 void RunFirst(const fourier::Columns<T> &plan, const Source &source, T *out) {
   switch (plan.passes[0].radix) {
   case 2:
@@ -198,11 +199,11 @@ void RunFirst(const fourier::Columns<T> &plan, const Source &source, T *out) {
   case 13:
     return FirstPass<T, W, 13, Turned>(plan, source, out);
   default:
-    return FirstOddPass<T, W, Turned>(plan, source, out);
+    if constexpr (Large) return FirstOddPass<T, W, Turned>(plan, source, out);
   }
 }
 
-template <class T, int W, bool Turned>
+template <class T, int W, bool Turned, bool Large = false>
 void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const T *in, T *out) {
   switch (pass.radix) {
   case 2:
@@ -224,7 +225,7 @@ void RunInner(const fourier::Columns<T> &plan, const fourier::Pass &pass, const 
   case 13:
     return InnerPass<T, W, 13, Turned>(plan, pass, in, out);
   default:
-    return InnerOddPass<T, W, Turned>(plan, pass, in, out);
+    if constexpr (Large) return InnerOddPass<T, W, Turned>(plan, pass, in, out);
   }
 }
 

@@ -72,18 +72,18 @@ void RunParts(const fourier::Line<T> &line, const Rows &rows, T *tile, T *spare)
   for (int j = 0; j < line.last; ++j, tile += PartPitch(line)) {
     const Rows source = rows.Every(j, line.last);
     if (count == 1) {
-      RunFirst<T, W, false>(plan, source, tile);
+      RunFirst<T, W, false, true>(plan, source, tile);
       continue;
     }
     T *now = spare, *next = spare + plan.blocks * 2 * W;
-    RunFirst<T, W, true>(plan, source, now);
+    RunFirst<T, W, true, true>(plan, source, now);
     for (int i = 1; i < count - 1; ++i) {
-      RunInner<T, W, true>(plan, plan.passes[i], now, next);
+      RunInner<T, W, true, true>(plan, plan.passes[i], now, next);
       T *const free = now;
       now = next;
       next = free;
     }
-    RunInner<T, W, false>(plan, plan.passes[count - 1], now, tile);
+    RunInner<T, W, false, true>(plan, plan.passes[count - 1], now, tile);
   }
 }
 
