@@ -58,9 +58,11 @@ template <class T> struct PlainEnds {
   template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
 };
 
-// The first radix, A, for each of `columns` neighbours.
-template <class T, int V, int A, class Ends>
-[[gnu::flatten]] void GridColumns(const T *in, Index columns, const T *turns, Ends ends, T *scratch) {
+// The first radix, A, for each of `count` neighbours. Count is Index, or an Int where the compiler is to
+// know.
+template <class T, int V, int A, class Count, class Ends>
+[[gnu::flatten]] void GridColumns(const T *in, Count count, const T *turns, Ends ends, T *scratch) {
+  const Index columns = count;
   for (Index g = 0; g < GroupCount<V>(columns); ++g) {
     const Index at = GroupStart<V>(g, columns);
     Complex<T, V> z[A];
@@ -91,9 +93,10 @@ template <class T, int V, int B>
   }
 }
 
-// The last radix, B, for each of `rows` neighbours.
-template <class T, int V, int B, class Ends>
-[[gnu::flatten]] void GridRows(const T *scratch, Index rows, Ends ends, T *out) {
+// The last radix, B, for each of `count` neighbours.
+template <class T, int V, int B, class Count, class Ends>
+[[gnu::flatten]] void GridRows(const T *scratch, Count count, Ends ends, T *out) {
+  const Index rows = count;
   using E = Complex<T, V>;
   for (Index g = 0; g < GroupCount<V>(rows); ++g) {
     const Index at = GroupStart<V>(g, rows);
@@ -161,7 +164,7 @@ void RunGridWith(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
   // The last step reads scratch; one before may write out, so that less memory is touched.
   T *const first = plan.middle == 1 ? scratch : out != in ? out : scratch + 2 * plan.rows * columns;
   WithRadix(plan.rows, [&]<int A>(Int<A>) {
-    if constexpr (A >= V) GridColumns<T, V, A>(in, columns, plan.turns, ends, first);
+    if constexpr (A >= V) GridColumns<T, V, A>(in, Index{columns}, plan.turns, ends, first);
   });
   if (plan.middle != 1) {
     WithRadix(plan.middle, [&]<int B>(Int<B>) {
@@ -169,7 +172,7 @@ void RunGridWith(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
     });
   }
   WithRadix(plan.columns,
-            [&]<int B>(Int<B>) { GridRows<T, V, B>(scratch, plan.rows * plan.middle, ends, out); });
+            [&]<int B>(Int<B>) { GridRows<T, V, B>(scratch, Index{plan.rows} * plan.middle, ends, out); });
 }
 
 template <class T, class Ends>
@@ -187,6 +190,9 @@ void RunGridEnds(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
     return SmallGrid<T, 8, 8>(in, out, plan.turns, ends);
   case 128:
     return SmallGrid<T, 16, 8>(in, out, plan.turns, ends);
+  case 256:
+    GridColumns<T, kComplexLanes<T>, 16>(in, Int<16>{}, plan.turns, ends, scratch);
+    return GridRows<T, kComplexLanes<T>, 16>(scratch, Int<16>{}, ends, out);
   default:
     return RunGridWith<T, kComplexLanes<T>>(plan, in, out, scratch, ends);
   }

@@ -88,6 +88,69 @@ template <class T, class E> [[gnu::always_inline]] inline void EightPoints(E (&x
   x[7] = NegMulAdd(third, c, even[3]);
 }
 
+// The second half of four points: of the sum and the difference of inputs 0 and 2, and of those of inputs 1
+// and 3, which still lack the factor c.
+template <class T, class E>
+[[gnu::always_inline]] inline void FourPointsOf(E evenSum, E evenDifference, E oddSum, E oddDifference, T c,
+                                                E (&x)[4]) {
+  const E factor = Broadcast<E>(c), turned = Alternating<E>(c, -c), swapped = Swapped(oddDifference);
+  x[0] = MulAdd(oddSum, factor, evenSum);
+  x[1] = MulAdd(swapped, turned, evenDifference);
+  x[2] = NegMulAdd(oddSum, factor, evenSum);
+  x[3] = NegMulAdd(swapped, turned, evenDifference);
+}
+
+// 4 * 4. The cosines of the factors between the two steps are multiplied in by the additions that follow:
+// with t = tan(pi / 8), exp(-j pi / 8) = cos(pi / 8) (1 - j t) and exp(-j 3 pi / 8) = cos(pi / 8) (t - j).
+// get(n) gives point n, put(k, value) takes result k. Each is called once, as late and as soon as can be: the
+// values that lie between the steps fill sixteen registers.
+template <class T, class E, class Get, class Put>
+[[gnu::always_inline]] inline void SixteenPoints(const Get &get, const Put &put) {
+  constexpr T kHalf = static_cast<T>(Cosine(1, 8)), kCosine = static_cast<T>(Cosine(1, 16)),
+              kTangent = static_cast<T>(Sine(1, 16) / Cosine(1, 16));
+  const E j = MinusJ<T, E>(), half = Broadcast<E>(kHalf), t = Broadcast<E>(kTangent),
+          turned = Alternating<E>(kTangent, -kTangent);
+  E row[4][4];
+  Unroll<4>([&](auto a) {
+    Unroll<4>([&](auto b) { row[a][b] = get(Int<4 * b + a>{}); });
+    FourPoints<T>(row[a]);
+  });
+  const auto putColumn = [&](auto b, const E(&column)[4]) {
+    Unroll<4>([&](auto a) { put(Int<4 * a + b>{}, column[a]); });
+  };
+  {
+    E column[4] = {row[0][0], row[1][0], row[2][0], row[3][0]};
+    FourPoints<T>(column);
+    putColumn(Int<0>{}, column);
+  }
+  {
+    const E first = MulAdd(Swapped(row[1][1]), turned, row[1][1]),
+            second = MulAdd(Swapped(row[2][1]), j, row[2][1]),
+            third = MulAdd(Swapped(row[3][1]), j, row[3][1] * t);
+    E column[4];
+    FourPointsOf<T>(MulAdd(second, half, row[0][1]), NegMulAdd(second, half, row[0][1]), first + third,
+                    first - third, kCosine, column);
+    putColumn(Int<1>{}, column);
+  }
+  {
+    const E first = MulAdd(Swapped(row[1][2]), j, row[1][2]), second = Swapped(row[2][2]),
+            third = MulSub(Swapped(row[3][2]), j, row[3][2]);
+    E column[4];
+    FourPointsOf<T>(MulAdd(second, j, row[0][2]), NegMulAdd(second, j, row[0][2]), first + third,
+                    first - third, kHalf, column);
+    putColumn(Int<2>{}, column);
+  }
+  {
+    const E first = MulAdd(Swapped(row[1][3]), j, row[1][3] * t),
+            second = MulSub(Swapped(row[2][3]), j, row[2][3]),
+            third = MulAdd(Swapped(row[3][3]), turned, row[3][3]); // to be subtracted
+    E column[4];
+    FourPointsOf<T>(MulAdd(second, half, row[0][3]), NegMulAdd(second, half, row[0][3]), first - third,
+                    first + third, kCosine, column);
+    putColumn(Int<3>{}, column);
+  }
+}
+
 // An odd prime, as in Butterfly.h.
 template <class T, int R, class E> [[gnu::always_inline]] inline void PrimePoints(E (&x)[R]) {
   constexpr int kHalf = R / 2;
@@ -152,10 +215,27 @@ template <class T, int R, class E> [[gnu::always_inline]] inline void Butterfly(
     FourPoints<T>(x);
   } else if constexpr (R == 8) {
     EightPoints<T>(x);
+  } else if constexpr (R == 16) {
+    E y[16];
+    SixteenPoints<T, E>([&](auto n) { return x[n]; }, [&](auto k, E value) { y[k] = value; });
+    Unroll<16>([&](auto k) { x[k] = y[k]; });
   } else if constexpr (FirstFactor(R) == 1) {
     PrimePoints<T, R>(x);
   } else {
     ProductPoints<T, FirstFactor(R), R / FirstFactor(R)>(x);
+  }
+}
+
+/// A butterfly between memory and memory: get and put as of SixteenPoints.
+template <class T, int R, class E, class Get, class Put>
+[[gnu::always_inline]] inline void Points(const Get &get, const Put &put) {
+  if constexpr (R == 16) {
+    SixteenPoints<T, E>(get, put);
+  } else {
+    E x[R];
+    Unroll<R>([&](auto n) { x[n] = get(n); });
+    Butterfly<T, R>(x);
+    Unroll<R>([&](auto k) { put(k, x[k]); });
   }
 }
 
