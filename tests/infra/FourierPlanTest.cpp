@@ -21,6 +21,7 @@ using QORN::fourier::Block;
 using QORN::fourier::ComplexPlan;
 using QORN::fourier::GridFor;
 using QORN::fourier::IsSmooth;
+using QORN::fourier::LinesFor;
 using QORN::fourier::RealPlan;
 using QORN::kernels::AvailableLevels;
 using QORN::kernels::Level;
@@ -124,6 +125,22 @@ TYPED_TEST(FourierPlan, GridFor_AnyLength_IsItsProductOfRadices) {
   for (const int n : {1, 7, 11, 17, 121, 4096}) EXPECT_EQ(GridFor(n, kScalar).rows, 0) << n;
 }
 
+// A line is 8 values of float and 4 of double; a plan that had a shape without code would give nothing.
+TEST(FourierShape, LinesFor_AnyLength_IsItsProductOfRadices) {
+  int count = 0;
+  for (int n = 1; n <= 100000; ++n) {
+    const QORN::fourier::GridShape shape = LinesFor(n);
+    if (shape.rows == 0) continue;
+    ++count;
+    EXPECT_EQ(shape.rows * shape.middle * shape.columns, n);
+    EXPECT_EQ(shape.rows % 8, 0) << n;
+    EXPECT_EQ(shape.middle * shape.columns % 8, 0) << n;
+    const std::vector<int> lengths = Lengths();
+    EXPECT_NE(std::find(lengths.begin(), lengths.end(), n), lengths.end()) << n;
+  }
+  EXPECT_EQ(count, 5);
+}
+
 TYPED_TEST(FourierPlan, ComplexTransform_AnyLength_IsTheDefinitionWithinTheBound) {
   using T = TypeParam;
   for (const int n : Lengths()) {
@@ -189,7 +206,7 @@ TYPED_TEST(FourierPlan, ComplexTransform_Impulse_GivesConstantTimesScale) {
 TYPED_TEST(FourierPlan, ComplexTransform_AnyAlignment_ReadsAndWritesItsArraysOnly) {
   using T = TypeParam;
   for (const int n : Lengths()) {
-    if (n > 2048) continue;
+    if (n > 4096) continue;
     const auto plan = ComplexPlan<T>::Make(n);
     const std::vector<T> x = Noise<T>(2 * n, 2);
     for (const Level &level : AvailableLevels()) {

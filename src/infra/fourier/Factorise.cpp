@@ -124,6 +124,14 @@ GridShape GridFor(int n, int scalar) {
   return best;
 }
 
+GridShape LinesFor(int n) {
+  for (const GridShape &shape : {GridShape{8, 8, 8}, GridShape{8, 8, 16}, GridShape{8, 12, 16},
+                                 GridShape{8, 16, 16}, GridShape{16, 16, 16}}) {
+    if (shape.rows * shape.middle * shape.columns == n) return shape;
+  }
+  return {};
+}
+
 bool IsSmooth(std::int64_t n) {
   for (const int p : {2, 3, 5, 7, 11, 13}) {
     while (n % p == 0) n /= p;

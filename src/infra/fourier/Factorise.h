@@ -17,6 +17,9 @@ struct GridShape {
 };
 GridShape GridFor(int n, int scalar);
 
+/// The same of a transform as in fourier::Lines. The passes have code for these shapes alone.
+GridShape LinesFor(int n);
+
 /// Whether n has no prime factor above 13, so that there is a butterfly for each.
 bool IsSmooth(std::int64_t n);
 

@@ -22,6 +22,21 @@ template <class T> struct Grid {
 };
 template <class T> inline constexpr int kGridRepeat = 64 / static_cast<int>(sizeof(T));
 
+/// The same of N = rows * middle * columns points whose first step stores whole lines of 64 bytes: where W
+/// values fill one, W divides rows and C = middle * columns, and y[a'][b] is stored in the order (a' / W, b,
+/// a'). The steps that are left go through one W of a' at a time, in blocks that are lines, so that all their
+/// accesses are to whole lines that lie a constant apart. All radices are known to the compiler: see
+/// LinesFor.
+template <class T> struct Lines {
+  static constexpr int kWidth = 64 / (2 * static_cast<int>(sizeof(T))); ///< W
+  int length;
+  /// As Grid's, in the order of their use: for each W of b, for each a' >= 1.
+  const T *turns;
+  /// The factors of the middle step: for each c, for each k >= 1, the real part twice, the imaginary part
+  /// negated and as it is.
+  const T *middleTurns;
+};
+
 } // namespace QORN::fourier
 
 #endif

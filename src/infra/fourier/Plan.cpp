@@ -19,6 +19,7 @@ template <class T> struct Passes;
 template <> struct Passes<float> {
   static auto Small() { return active->FourierSmall_32f; }
   static auto Grid() { return active->FourierGrid_32f; }
+  static auto Lines() { return active->FourierLines_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
   static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
@@ -28,6 +29,7 @@ template <> struct Passes<float> {
 template <> struct Passes<double> {
   static auto Small() { return active->FourierSmall_64f; }
   static auto Grid() { return active->FourierGrid_64f; }
+  static auto Lines() { return active->FourierLines_64f; }
   static auto Columns() { return active->FourierColumns_64f; }
   static auto Tiled() { return active->FourierTiled_64f; }
   static auto Product() { return active->FourierProduct_64f; }
@@ -83,6 +85,19 @@ T *WriteFactors(const Roots<T> &roots, std::int64_t first, std::int64_t step, st
   return to + count;
 }
 
+// `count` factors number first, first + step, ... as a multiplication of interleaved values takes them: the
+// real parts twice each, then the imaginary ones, negated and as they are.
+template <class T>
+T *WriteTurns(const Roots<T> &roots, std::int64_t first, std::int64_t step, std::int64_t count, T *to) {
+  for (std::int64_t i = 0; i < count; ++i, to += 2) {
+    const auto root = roots(first + step * i);
+    to[0] = to[1] = root.re;
+    to[2 * count] = -root.im;
+    to[2 * count + 1] = root.im;
+  }
+  return to + 2 * count;
+}
+
 // The factors of the passes. n, that of the roots, is a multiple of the number of blocks.
 template <class T>
 T *WritePassFactors(const Columns<T> &columns, const Roots<T> &roots, std::int64_t n, T *to) {
@@ -136,6 +151,8 @@ template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
 template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length(length) {
   if (lanes != 0) {
     MakeColumns(lanes);
+  } else if (const GridShape lines = LinesFor(length); lines.rows != 0) {
+    MakeLines(lines);
   } else if (const GridShape shape = GridFor(length, sizeof(T)); shape.rows != 0) {
     MakeGrid(shape);
   } else if (length <= kMaxSmall) {
@@ -155,8 +172,8 @@ template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_grid(other.m_grid),
-      m_columns(other.m_columns), m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides),
-      m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
+      m_lines(other.m_lines), m_columns(other.m_columns), m_turns(other.m_turns), m_joins(other.m_joins),
+      m_strides(other.m_strides), m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
       m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum),
       m_places(other.m_places) {
   Link();
@@ -164,8 +181,8 @@ ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
 
 // Points the passes to this plan's tables.
 template <class T> void ComplexPlan<T>::Link() {
-  m_grid.turns = m_columns.turns = m_turns.Data();
-  m_grid.middleTurns = m_columns.joins = m_joins.Data();
+  m_lines.turns = m_grid.turns = m_columns.turns = m_turns.Data();
+  m_lines.middleTurns = m_grid.middleTurns = m_columns.joins = m_joins.Data();
   m_columns.strides = m_strides.Data();
   m_tiled.down.part.turns = m_down.Data();
   m_tiled.across.part.turns = m_across.Data();
@@ -180,14 +197,7 @@ template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
   const Roots<T> roots(m_length);
   m_turns = Block<T>(Size((rows - 1) * 4 * inner));
   T *turn = m_turns.Data();
-  for (int k = 1; k < rows; ++k, turn += 4 * inner) {
-    for (int b = 0; b < inner; ++b) {
-      const auto root = roots(k * b);
-      turn[2 * b] = turn[2 * b + 1] = root.re;
-      turn[2 * (inner + b)] = -root.im;
-      turn[2 * (inner + b) + 1] = root.im;
-    }
-  }
+  for (int k = 1; k < rows; ++k) turn = WriteTurns(roots, 0, k, inner, turn);
   m_grid = {rows, middle, columns, m_turns.Data(), nullptr};
   if (middle == 1) return;
 
@@ -195,13 +205,28 @@ template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
   m_joins = Block<T>(Size(columns * (middle - 1) * 2 * kRepeat));
   turn = m_joins.Data();
   for (int c = 0; c < columns; ++c) {
-    for (int k = 1; k < middle; ++k, turn += 2 * kRepeat) {
-      const auto root = roots(rows * c * k);
-      std::fill_n(turn, kRepeat, root.re);
-      for (int i = 0; i < kRepeat; ++i) turn[kRepeat + i] = i % 2 == 0 ? -root.im : root.im;
-    }
+    for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, kRepeat / 2, turn);
   }
   m_grid.middleTurns = m_joins.Data();
+}
+
+template <class T> void ComplexPlan<T>::MakeLines(const GridShape &shape) {
+  constexpr int kWidth = Lines<T>::kWidth;
+  const auto [rows, middle, columns] = shape;
+  const int inner = middle * columns;
+  m_scratch = Size(2 * (m_length + kWidth * (middle + 1) * columns));
+  m_lines.length = m_length;
+  const Roots<T> roots(m_length);
+  m_turns = Block<T>(Size((rows - 1) * 4 * inner));
+  T *turn = m_turns.Data();
+  for (int at = 0; at < inner; at += kWidth) {
+    for (int k = 1; k < rows; ++k) turn = WriteTurns(roots, k * at, k, kWidth, turn);
+  }
+  m_joins = Block<T>(Size(columns * (middle - 1) * 4));
+  turn = m_joins.Data();
+  for (int c = 0; c < columns; ++c) {
+    for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, 1, turn);
+  }
 }
 
 template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
@@ -357,7 +382,9 @@ void ComplexPlan<T>::RunRader(const T *in, T *out, T *scratch, bool inverse, T s
 }
 
 template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, bool inverse, T scale) const {
-  if (m_grid.rows != 0) {
+  if (m_lines.length != 0) {
+    Passes<T>::Lines()(m_lines, in, out, scratch, inverse, scale);
+  } else if (m_grid.rows != 0) {
     Passes<T>::Grid()(m_grid, in, out, scratch, inverse, scale);
   } else if (m_places.Data() != nullptr) {
     RunRader(in, out, scratch, inverse, scale);

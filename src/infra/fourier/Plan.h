@@ -43,6 +43,7 @@ private:
 };
 
 /// Complex transform of any length. Which way, by this rule:
+/// - some lengths to 4096: lines of a grid (Grid.h; LinesFor says which);
 /// - a short product of two or three radices: a grid (Grid.h; GridFor says which);
 /// - else up to 16 points: one butterfly;
 /// - no prime factor above 13, and the samples in the caches: passes over blocks and a joining of lanes
@@ -73,6 +74,7 @@ public:
 private:
   ComplexPlan(int length, int lanes);
   void MakeGrid(const GridShape &shape);
+  void MakeLines(const GridShape &shape);
   void MakeColumns(int lanes);
   void MakeTiled(std::int64_t rows);
   void Link();
@@ -84,6 +86,7 @@ private:
   int m_length;
   std::size_t m_scratch = 0; // in scalars
   Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
+  Lines<T> m_lines{};        // its tables are the first two below; length is 0 of another way
   Columns<T> m_columns{};    // its tables are the three below
   Block<T> m_turns, m_joins, m_strides;
   Tiled<T> m_tiled{}; // its tables are the next two, and strides as above

@@ -1,4 +1,4 @@
-#include "GridSteps.h"
+#include "Lines.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 

@@ -1,0 +1,173 @@
+// Transforms of whole cache lines; see infra/fourier/Grid.h for the layout.
+#ifndef QORN_SRC_INFRA_FOURIER_PASSES_LINES_H
+#define QORN_SRC_INFRA_FOURIER_PASSES_LINES_H
+
+#include "GridSteps.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+namespace {
+
+/// The two scalars at p, again and again.
+template <class E, class T> [[gnu::always_inline]] inline E Pairs(const T *p) {
+  if constexpr (sizeof(T) == sizeof(float)) {
+    // A pair of floats moves as one double.
+    return reinterpret_cast<E>(Broadcast<Vec<double, kScalars<E> / 2>>(Load<double>(p)));
+  } else if constexpr (kScalars<E> == 2) {
+    return Load<E>(p);
+  } else {
+    // As instructions: from shuffles GCC 12 makes a way through memory.
+#if defined(__AVX512DQ__)
+    if constexpr (sizeof(E) == 64) return _mm512_maskz_broadcast_f64x2(0xff, Load<Vec<T, 2>>(p));
+#endif
+#if defined(__AVX2__)
+    if constexpr (sizeof(E) == 32) return _mm256_set_m128d(Load<Vec<T, 2>>(p), Load<Vec<T, 2>>(p));
+#endif
+  }
+}
+
+template <class T> inline constexpr int kLine = fourier::Lines<T>::kWidth;
+
+// The steps for a line's worth of neighbours, from their first V values on: the others are read and written
+// while their line is at hand, and wait in between.
+template <class T, int R> struct Aside {
+  static constexpr int V = kComplexLanes<T>, kMore = kLine<T> / V - 1;
+  using E = Complex<T, V>;
+  alignas(64) T values[(kMore == 0 ? 1 : kMore) * R * 2 * V];
+
+  T *At(int part, int i) { return values + (part * R + i) * 2 * V; }
+};
+
+// The first radix, A, for each of `Count` neighbours.
+template <class T, int A, int Count, class Ends>
+[[gnu::flatten]] void LineColumns(const T *in, const T *turns, Ends ends, T *lines) {
+  constexpr int V = kComplexLanes<T>, G = kLine<T>;
+  using E = Complex<T, V>;
+  for (Index at = 0; at < Count; at += G, in += 2 * G, turns += (A - 1) * 4 * G, lines += 2 * G * G) {
+    using Waiting = Aside<T, A>;
+    Waiting aside;
+    const auto column = [&](Index v, const auto &get) {
+      const T *const w = turns + 2 * v;
+      E z[A];
+      Points<T, A, E>([&](auto a) { return ends.First(get(a)); },
+                      [&](auto k, E x) {
+                        if constexpr (k == 0) {
+                          z[0] = x;
+                        } else {
+                          constexpr int kAt = (k - 1) * 4 * G;
+                          z[k] = Turned(x, Load<E>(w + kAt), Load<E>(w + kAt + 2 * G));
+                        }
+                      });
+      GiveColumns<T, V, A>(z, [&](auto, auto row, auto i, E t) {
+        Store(lines + 2 * (Count * (row / G * G) + G * (v + i) + row % G), t);
+      });
+    };
+    column(0, [&](auto a) {
+      const T *const x = in + 2 * Count * a;
+      Unroll<Waiting::kMore>([&](auto i) { Store(aside.At(i, a), Load<E>(x + (i + 1) * 2 * V)); });
+      return Load<E>(x);
+    });
+    for (int i = 0; i < Waiting::kMore; ++i)
+      column((i + 1) * V, [&](auto a) { return Load<E>(aside.At(i, a)); });
+  }
+}
+
+// Radix M, for each of D lines. M + 1 lines apart, the results of one meet those of others in no set of the
+// cache.
+template <class T, int M, int D> [[gnu::flatten]] void LineMiddle(const T *lines, const T *turns, T *to) {
+  constexpr int V = kComplexLanes<T>, G = kLine<T>;
+  using E = Complex<T, V>;
+  for (Index c = 0; c < D; ++c, turns += (M - 1) * 4, lines += 2 * G, to += (M + 1) * 2 * G) {
+    for (int v = 0; v < 2 * G; v += 2 * V) {
+      Points<T, M, E>([&](auto m) { return Load<E>(lines + m * D * 2 * G + v); },
+                      [&](auto k, E z) {
+                        if constexpr (k > 0) {
+                          const T *const w = turns + (k - 1) * 4;
+                          z = Turned(z, Pairs<E>(w), Pairs<E>(w + 2));
+                        }
+                        Store(to + k * 2 * G + v, z);
+                      });
+    }
+  }
+}
+
+// The last radix, D, for each of M lines, to lines that lie Step values apart.
+template <class T, int M, int D, int Step, class Ends>
+[[gnu::flatten]] void LineLast(const T *from, Ends ends, T *out) {
+  constexpr int V = kComplexLanes<T>, G = kLine<T>;
+  using E = Complex<T, V>;
+  for (Index k = 0; k < M; ++k, from += 2 * G, out += 2 * Step) {
+    using Waiting = Aside<T, D>;
+    Waiting aside;
+    const auto run = [&](int v, const auto &put) {
+      Points<T, D, E>([&](auto c) { return Load<E>(from + c * (M + 1) * 2 * G + 2 * v); },
+                      [&](auto d, E z) { put(d, ends.Last(z)); });
+    };
+    Unroll<Waiting::kMore>([&](auto i) { run(i * V, [&](auto d, E z) { Store(aside.At(i, d), z); }); });
+    run(G - V, [&](auto d, E z) {
+      T *const to = out + 2 * d * Step * M;
+      Unroll<Waiting::kMore>([&](auto i) { Store(to + i * 2 * V, Load<E>(aside.At(i, d))); });
+      Store(to + 2 * (G - V), z);
+    });
+  }
+}
+
+// Lines that lie one behind the other, to where they are Step values apart.
+template <class T, int Count, int Step> void SpreadLines(const T *lines, T *out) {
+  constexpr int V = kComplexLanes<T>, G = kLine<T>;
+  for (Index i = 0; i < Count; ++i) {
+    Unroll<G / V>([&](auto v) {
+      Store(out + i * 2 * Step + v * 2 * V, Load<Complex<T, V>>(lines + i * 2 * G + v * 2 * V));
+    });
+  }
+}
+
+template <class T, int A, int M, int D, class Ends>
+void LinesOf(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
+  constexpr int G = kLine<T>;
+  constexpr Index kPage = 4096;
+  T *const part = scratch + 2 * A * M * D;
+  LineColumns<T, A, M * D>(in, plan.turns, ends, scratch);
+  for (Index row = 0; row < A; row += G) {
+    T *const lines = scratch + 2 * row * M * D;
+    LineMiddle<T, M, D>(lines, plan.middleTurns, part);
+    if constexpr (A * M * 2 * sizeof(T) % kPage == 0) {
+      // The lines that a butterfly writes would meet in one set of the cache.
+      LineLast<T, M, D, G>(part, ends, lines);
+      SpreadLines<T, M * D, A>(lines, out + 2 * row);
+    } else {
+      LineLast<T, M, D, A>(part, ends, out + 2 * row);
+    }
+  }
+}
+
+template <class T, class Ends>
+void RunLinesEnds(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
+  switch (plan.length) {
+  case 512:
+    return LinesOf<T, 8, 8, 8>(plan, in, out, scratch, ends);
+  case 1024:
+    return LinesOf<T, 8, 8, 16>(plan, in, out, scratch, ends);
+  case 1536:
+    return LinesOf<T, 8, 12, 16>(plan, in, out, scratch, ends);
+  case 2048:
+    return LinesOf<T, 8, 16, 16>(plan, in, out, scratch, ends);
+  case 4096:
+    return LinesOf<T, 16, 16, 16>(plan, in, out, scratch, ends);
+  }
+}
+
+/// out = scale * transform of in; out may be in. scratch holds as many values as the transform and as
+/// (middle + 1) * columns lines.
+template <class T>
+void RunLines(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
+  if (!inverse && scale == T{1}) {
+    RunLinesEnds(plan, in, out, scratch, PlainEnds<T>{});
+  } else {
+    RunLinesEnds(plan, in, out, scratch, AnyEnds<T>{static_cast<T>(inverse ? -1 : 1), scale});
+  }
+}
+
+} // namespace
+} // namespace QORN::kernels::QORN_LEVEL
+
+#endif
