@@ -94,6 +94,10 @@ inline double WithSign(double x, double sign) { return __builtin_copysign(x, sig
 #if defined(__SSE4_1__) || defined(__aarch64__)
 inline float Integral(float x) { return __builtin_truncf(x); }
 inline double Integral(double x) { return __builtin_trunc(x); }
+inline float NotAbove(float x) { return __builtin_floorf(x); }
+inline double NotAbove(double x) { return __builtin_floor(x); }
+inline float NotBelow(float x) { return __builtin_ceilf(x); }
+inline double NotBelow(double x) { return __builtin_ceil(x); }
 #else
 // From this value on all numbers are integral. Adding and subtracting it leaves a neighbour of what is below
 // it, which a comparison mends.
@@ -106,6 +110,15 @@ template <class T> inline T Integral(T x) {
   const T near = (magnitude + FirstIntegral(T())) - FirstIntegral(T());
   const T part = near > magnitude ? near - T(1) : near;
   return magnitude < FirstIntegral(T()) ? WithSign(part, x) : x;
+}
+template <class T> inline T NotAbove(T x) {
+  const T part = Integral(x);
+  return part > x ? part - T(1) : part;
+}
+// A negative fraction gives a negative zero: what is cut off keeps its sign.
+template <class T> inline T NotBelow(T x) {
+  const T part = Integral(x);
+  return part < x ? part + T(1) : part;
 }
 #endif
 
@@ -124,18 +137,11 @@ template <class T> void Trunc(const T *src, T *dst, int len) {
 }
 template <class T> void Floor(const T *src, T *dst, int len) {
   QORN_UNROLLED
-  for (Index i = 0; i < len; ++i) {
-    const T part = Integral(src[i]);
-    dst[i] = part > src[i] ? part - T(1) : part;
-  }
+  for (Index i = 0; i < len; ++i) dst[i] = NotAbove(src[i]);
 }
-// A negative fraction gives a negative zero: what is cut off keeps its sign.
 template <class T> void Ceil(const T *src, T *dst, int len) {
   QORN_UNROLLED
-  for (Index i = 0; i < len; ++i) {
-    const T part = Integral(src[i]);
-    dst[i] = part < src[i] ? part + T(1) : part;
-  }
+  for (Index i = 0; i < len; ++i) dst[i] = NotBelow(src[i]);
 }
 
 } // namespace
