@@ -126,6 +126,15 @@ void FT::Transform(int kind, Out &out, const In &in, bool forward) {
   if (plan != nullptr) fourier::Run<T>(*plan, out, in, *m_work, forward, m_scaleFlag);
 }
 
+bool FT::ForwardWeighted(VecCplx32 &out, VecCplx32 const &in, const float *weights) {
+  fourier::ResizeAs(out, in);
+  const auto *plan =
+      static_cast<const ComplexPlan<float> *>(static_cast<Plan *>(SetupFT(kCplx32, in.GetSize())));
+  if (plan == nullptr || fourier::Scale(m_scaleFlag, plan->Length(), true) != 1.0) return false;
+  return plan->ForwardWeighted(reinterpret_cast<const float *>(in.GetPtr()), weights,
+                               reinterpret_cast<float *>(out.GetPtr()), m_work->As<float>());
+}
+
 void FT::FT_C32C32(VecCplx32 const &in, VecCplx32 &out, bool forward) {
   Transform<float, ComplexPlan<float>>(kCplx32, out, in, forward);
 }

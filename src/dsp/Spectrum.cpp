@@ -1,6 +1,5 @@
 #include "qorn/dsp/Spectrum.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "WindowTable.h"
@@ -13,7 +12,6 @@ namespace QORN {
 
 namespace {
 constexpr const char *kModule = "dsp\\Spectrum";
-constexpr int kBlock = 1024;
 } // namespace
 
 Spectrum::Spectrum(int size) : Spectrum(size, WindowBlackmanHarris, 0.0F) {}
@@ -47,8 +45,7 @@ Spectrum &Spectrum::operator=(const Spectrum &other) {
 Spectrum::~Spectrum() = default;
 
 void Spectrum::Apply(VecReal32 &out, const VecCplx32 &in) {
-  GetWindow().Apply(m_windowedCplx, in);
-  m_transform->Forward(m_transformed, m_windowedCplx);
+  Transform(in);
   Finish(out);
 }
 
@@ -59,10 +56,9 @@ void Spectrum::Apply(VecReal32 &out, const VecReal32 &in) {
 }
 
 void Spectrum::Apply(VecReal32 &out, const float *re, const float *im) {
-  const Window &window = GetWindow();
+  GetWindow();
   m_windowedCplx.Import(re, im, m_size);
-  window.Apply(m_windowedCplx);
-  m_transform->Forward(m_transformed, m_windowedCplx);
+  Transform(m_windowedCplx);
   Finish(out);
 }
 
@@ -71,21 +67,26 @@ const Window &Spectrum::GetWindow() const {
   return *m_window;
 }
 
-// Magnitude, shift and unit in one pass: a block of magnitudes goes to where the shift puts it and becomes
-// decibels there, in the nearest cache. An element's result depends on that element alone, so blocks do not
-// show.
+// Where every sample has its coefficient and the transform can take the products as it reads, it does.
+void Spectrum::Transform(const VecCplx32 &in) {
+  const Window &window = GetWindow();
+  const VecReal32 &weights = window.m_coefficients;
+  if (in.GetSize() == weights.GetSize() / 2 &&
+      m_transform->ForwardWeighted(m_transformed, in, weights.GetPtr())) {
+    return;
+  }
+  window.Apply(m_windowedCplx, in);
+  m_transform->Forward(m_transformed, m_windowedCplx);
+}
+
+// Magnitude and unit in one pass, each half straight to where the shift puts it.
 void Spectrum::Finish(VecReal32 &out) const {
   const int n = m_transformed.GetSize();
-  const int positive = n - n / 2; // bins, the zero frequency among them
+  const int negative = n / 2; // bins, the upper half of the transform
+  const auto finish = m_unit == PowerUnitDBV ? &MagTodBV : &TargetLib::Mag_32fc;
   out.Resize(n);
-  for (int from = 0; from < n;) {
-    const int end = from < positive ? positive : n;
-    const int count = std::min(kBlock, end - from);
-    float *to = out.GetPtr(from < positive ? from + n / 2 : from - positive);
-    TargetLib::Mag_32fc(m_transformed.GetPtr(from), to, count);
-    if (m_unit == PowerUnitDBV) Volt2dBV(to, to, count);
-    from += count;
-  }
+  finish(m_transformed.GetPtr(), out.GetPtr(negative), n - negative);
+  finish(m_transformed.GetPtr(n - negative), out.GetPtr(), negative);
 }
 
 } // namespace QORN

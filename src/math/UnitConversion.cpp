@@ -104,8 +104,8 @@ template <class T> auto FromDecibel(T shift, T divisor, T gain) {
 
 #include "UnitConversion.inc"
 
-void Volt2dBV(const float *src, float *dst, int len) {
-  ToDecibel<float>(1.0F, 20.0F, kNone<float>)(src, dst, len);
+void MagTodBV(const Cplx32 *src, float *dst, int len) {
+  kernels::active->MagToDecibel_32fc(src, dst, len, static_cast<float>(MathUtils::kLogZeroOffset), 20.0F);
 }
 
 } // namespace QORN

@@ -75,6 +75,23 @@ TEST(Decibel, ToDecibel_AnyElement_HasTheBitsOfTheStepsOneByOne) {
   CheckToDecibel<double>("ToDecibel_64f", &kernels::Table::ToDecibel_64f);
 }
 
+TEST(Decibel, MagToDecibel_AnyElement_HasTheBitsOfTheStepsOneByOne) {
+  constexpr float kOffset = 9.99994610111476e-41F;
+  for (const float scale : {20.0F, -3.0F}) {
+    CheckElementwise<float, Cplx32>(
+        "MagToDecibel_32fc",
+        [&](const Cplx32 *src, float *dst, int len) {
+          active->MagToDecibel_32fc(src, dst, len, kOffset, scale);
+        },
+        [&](Cplx32 x) {
+          float magnitude;
+          TargetLib::Mag_32fc(&x, &magnitude, 1);
+          return Log10(magnitude + kOffset) * scale;
+        },
+        test::Same(), {.sameAtEveryLevel = false});
+  }
+}
+
 TEST(Decibel, FromDecibel_AnyElement_HasTheBitsOfTheStepsOneByOne) {
   CheckFromDecibel<float>("FromDecibel_32f", &kernels::Table::FromDecibel_32f);
   CheckFromDecibel<double>("FromDecibel_64f", &kernels::Table::FromDecibel_64f);

@@ -78,9 +78,14 @@ public:
   std::size_t GetWorkSize() const { return m_workSize; }
 
 private:
+  friend class Spectrum;
   struct PlanRecord;
   template <class T, class P, class Out, class In>
   void Transform(int kind, Out &out, const In &in, bool forward);
+
+  /// Forward of the products of in and weights, scalar by scalar, without a pass of its own for them; false,
+  /// with nothing done but the Resize, if the plan of that length cannot do that.
+  bool ForwardWeighted(VecCplx32 &out, VecCplx32 const &in, const float *weights);
 
   void FT_C32C32(VecCplx32 const &in, VecCplx32 &out, bool forward);
   void FT_C64C64(VecCplx64 const &in, VecCplx64 &out, bool forward);

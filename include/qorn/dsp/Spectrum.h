@@ -66,6 +66,7 @@ public:
 
 private:
   const Window &GetWindow() const;
+  void Transform(const VecCplx32 &in);
   void Finish(VecReal32 &out) const;
 
   int m_size;

@@ -97,6 +97,8 @@ protected:
   float m_rbwScaling = 0.89F; ///< see GetEffectiveRBWScaling
 
 private:
+  friend class Spectrum;
+
   /// How many of that many samples there are coefficients for.
   int CountFor(int samples) const;
 };

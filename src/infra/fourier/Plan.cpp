@@ -21,6 +21,8 @@ template <> struct Passes<float> {
   static auto Grid() { return active->FourierGrid_32f; }
   static auto Lines() { return active->FourierLines_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
+  static auto WeightedGrid() { return active->FourierWeightedGrid_32f; }
+  static auto WeightedColumns() { return active->FourierWeightedColumns_32f; }
   static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
   static auto Untangle() { return active->FourierUntangle_32f; }
@@ -404,6 +406,21 @@ template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, boo
   } else {
     Passes<T>::Columns()(m_columns, in, out, scratch, inverse, scale);
   }
+}
+
+template <class T>
+bool ComplexPlan<T>::ForwardWeighted(const T *in, const T *weights, T *out, T *scratch) const {
+  if constexpr (requires { Passes<T>::WeightedGrid(); }) {
+    if (m_grid.rows != 0) {
+      Passes<T>::WeightedGrid()(m_grid, in, weights, out, scratch);
+      return true;
+    }
+    if (m_columns.length != 0) {
+      Passes<T>::WeightedColumns()(m_columns, in, weights, out, scratch);
+      return true;
+    }
+  }
+  return false;
 }
 
 template <class T> std::unique_ptr<RealPlan<T>> RealPlan<T>::Make(int length) {

@@ -71,6 +71,11 @@ public:
   void Forward(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, false, scale); }
   void Inverse(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, true, scale); }
 
+  /// The forward transform, of scale 1, of samples that are multiplied by weights first: the bits of the
+  /// products, rounded, and then Forward. Weights are as the samples are, each stored twice. False if this
+  /// plan cannot do it in one; only those in float of a grid or of passes can. out may be in.
+  bool ForwardWeighted(const T *in, const T *weights, T *out, T *scratch) const;
+
 private:
   ComplexPlan(int length, int lanes);
   void MakeGrid(const GridShape &shape);

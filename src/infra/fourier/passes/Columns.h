@@ -54,6 +54,20 @@ template <class T> struct Samples {
   }
 };
 
+// Samples of a forward transform that are multiplied by weights first, which come twice each.
+template <class T> struct WeightedSamples {
+  const T *in, *weights;
+  Index length;
+
+  template <int V> [[gnu::always_inline]] inline void Load(Index at, Vec<T, V> &re, Vec<T, V> &im) const {
+    Vec<T, V> weight, same;
+    LoadBefore<T, V>(in, at, length, re, im);
+    LoadBefore<T, V>(weights, at, length, weight, same);
+    re *= weight;
+    im *= weight;
+  }
+};
+
 // The first pass: from the samples into blocks. Source::Load<V>(n, re, im) gives V samples from n on.
 template <class T, int W, int R, bool Turned, class Source>
 [[gnu::flatten]] void FirstPass(const fourier::Columns<T> &plan, const Source &source, T *out) {
@@ -264,14 +278,13 @@ void RunJoin(const fourier::Columns<T> &plan, const T *in, T *out, T scale, T si
   }
 }
 
-template <class T, int W>
-void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, T scale, T sign) {
+template <class T, int W, class Source>
+void RunWidth(const fourier::Columns<T> &plan, const Source &samples, T *out, T *scratch, T scale, T sign) {
   // The last pass writes scratch, for the joining to read; before, every other one may write out instead, so
   // that less memory is touched.
-  T *const other = out != in && plan.lanes == W ? out : scratch + plan.blocks * 2 * W;
+  T *const other = out != samples.in && plan.lanes == W ? out : scratch + plan.blocks * 2 * W;
   const int count = plan.passCount;
   T *from = count % 2 != 0 ? scratch : other;
-  const Samples<T> samples{in, plan.length, sign};
   if (count > 1) {
     RunFirst<T, W, true>(plan, samples, from);
   } else {
@@ -289,15 +302,28 @@ void RunWidth(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, 
   RunJoin<T, W>(plan, scratch, out, scale, sign);
 }
 
+template <class T, class Source>
+void RunColumnsOf(const fourier::Columns<T> &plan, const Source &samples, T *out, T *scratch, T scale,
+                  T sign) {
+  if (plan.width == 8) {
+    RunWidth<T, 8>(plan, samples, out, scratch, scale, sign);
+  } else {
+    RunWidth<T, 16>(plan, samples, out, scratch, scale, sign);
+  }
+}
+
 /// out = scale * transform of in; out may be in. scratch holds 4 * width * blocks scalars.
 template <class T>
 void RunColumns(const fourier::Columns<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
   const T sign = static_cast<T>(inverse ? -1 : 1);
-  if (plan.width == 8) {
-    RunWidth<T, 8>(plan, in, out, scratch, scale, sign);
-  } else {
-    RunWidth<T, 16>(plan, in, out, scratch, scale, sign);
-  }
+  RunColumnsOf(plan, Samples<T>{in, plan.length, sign}, out, scratch, scale, sign);
+}
+
+/// out = forward transform of in, sample n multiplied by weights[2 n], which is weights[2 n + 1]; out may be
+/// in. scratch as above.
+template <class T>
+void RunWeightedColumns(const fourier::Columns<T> &plan, const T *in, const T *weights, T *out, T *scratch) {
+  RunColumnsOf(plan, WeightedSamples<T>{in, weights, plan.length}, out, scratch, T{1}, T{1});
 }
 
 template <class T, int N> [[gnu::flatten]] void Small(const T *in, T *out, T scale, T sign) {

@@ -18,7 +18,10 @@ template <class T, int V, int A, class Ends>
 [[gnu::always_inline]] inline void TurnedColumns(const T *in, Index at, Index columns, const T *turns,
                                                  const Ends &ends, Complex<T, V> (&z)[A]) {
   using E = Complex<T, V>;
-  Unroll<A>([&](auto a) { z[a] = ends.First(Load<E>(in + 2 * (columns * a + at))); });
+  Unroll<A>([&](auto a) {
+    const Index place = 2 * (columns * a + at);
+    z[a] = ends.First(Load<E>(in + place), place);
+  });
   Butterfly<T, A>(z);
   const T *w = turns + 2 * at;
   Unroll<A - 1>([&](auto i) {
@@ -40,12 +43,12 @@ template <class T, int V, int A, class Give>
   });
 }
 
-// What is done to the samples first and to the results last. An inverse transform is the forward one of the
-// conjugate samples, conjugated.
+// What is done to the samples first, those from scalar `place` on, and to the results last. An inverse
+// transform is the forward one of the conjugate samples, conjugated.
 template <class T> struct AnyEnds {
   T sign, scale;
 
-  template <class E> [[gnu::always_inline]] inline E First(E x) const {
+  template <class E> [[gnu::always_inline]] inline E First(E x, Index) const {
     return x * Alternating<E>(T{1}, sign);
   }
   template <class E> [[gnu::always_inline]] inline E Last(E x) const {
@@ -54,9 +57,22 @@ template <class T> struct AnyEnds {
 };
 // Nothing: a forward transform of scale 1.
 template <class T> struct PlainEnds {
-  template <class E> [[gnu::always_inline]] inline E First(E x) const { return x; }
+  template <class E> [[gnu::always_inline]] inline E First(E x, Index) const { return x; }
   template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
 };
+// The same of samples that are multiplied by weights first.
+template <class T> struct WeightedEnds {
+  const T *weights;
+
+  template <class E> [[gnu::always_inline]] inline E First(E x, Index place) const {
+    return x * Load<E>(weights + place);
+  }
+  template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
+};
+
+// The same for the last step, in as few types as can be.
+template <class Ends> [[gnu::always_inline]] inline Ends LastEnds(Ends ends) { return ends; }
+template <class T> [[gnu::always_inline]] inline PlainEnds<T> LastEnds(WeightedEnds<T>) { return {}; }
 
 // The first radix, A, for each of `count` neighbours. Count is Index, or an Int where the compiler is to
 // know.
@@ -171,8 +187,9 @@ void RunGridWith(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
       GridMiddle<T, V, B>(first, plan.rows, plan.columns, plan.middleTurns, scratch);
     });
   }
-  WithRadix(plan.columns,
-            [&]<int B>(Int<B>) { GridRows<T, V, B>(scratch, Index{plan.rows} * plan.middle, ends, out); });
+  WithRadix(plan.columns, [&]<int B>(Int<B>) {
+    GridRows<T, V, B>(scratch, Index{plan.rows} * plan.middle, LastEnds(ends), out);
+  });
 }
 
 template <class T, class Ends>
@@ -196,6 +213,13 @@ void RunGridEnds(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
   default:
     return RunGridWith<T, kComplexLanes<T>>(plan, in, out, scratch, ends);
   }
+}
+
+/// out = forward transform of the products of in and weights, scalar by scalar; out may be in. scratch holds
+/// twice as many values as the transform.
+template <class T>
+void RunWeightedGrid(const fourier::Grid<T> &plan, const T *in, const T *weights, T *out, T *scratch) {
+  RunGridEnds(plan, in, out, scratch, WeightedEnds<T>{weights});
 }
 
 /// out = scale * transform of in; out may be in. scratch holds twice as many values as the transform.

@@ -1,8 +1,10 @@
 // Levels from linear values and back: the logarithm and the power of ten of the elementary functions, with
 // the arithmetic around them in the same pass. Every step is rounded, so the bits are those of the steps one
 // by one. A step that a conversion does not need is a factor of 1 or an addition of -0, which change nothing.
+#include "CplxProduct.h"
 #include "Logarithm.h"
 #include "Power.h"
+#include "Unroll.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -24,11 +26,18 @@ private:
   }
 };
 
+/// log10(x + offset) * scale.
+struct MagSteps {
+  float offset, scale;
+  template <class X> QORN_INLINE X Before(X x) const { return x + offset; }
+  template <class X> QORN_INLINE X After(X y) const { return y * scale; }
+};
+
 /// 10 ^ ((x + shift) * scale) * gain.
 template <class T> struct FromSteps {
   T shift, scale, gain;
-  QORN_INLINE T Before(T x) const { return (x + shift) * scale; }
-  QORN_INLINE T After(T y) const { return y * gain; }
+  template <class X> QORN_INLINE X Before(X x) const { return (x + shift) * scale; }
+  template <class X> QORN_INLINE X After(X y) const { return y * gain; }
 };
 
 /// The function Op with the steps around it.
@@ -50,14 +59,34 @@ template <class Op, class Steps> struct Around {
 #if defined(QORN_FLOAT_REGISTERS)
   QORN_INLINE Floats InFloats(Floats x) const requires requires { Op::InFloats(x); }
   { return steps.After(Op::InFloats(steps.Before(x))); }
+  QORN_INLINE auto BeginFloats(Floats x) const requires requires { Op::BeginFloats(x); }
+  { return Op::BeginFloats(steps.Before(x)); }
+  template <class B> QORN_INLINE Floats EndFloats(const B &begun) const {
+    return steps.After(Op::EndFloats(begun));
+  }
   template <class T> QORN_INLINE auto Rank(T x) const { return Op::Rank(steps.Before(x)); }
-  static constexpr std::uint32_t Ranks() { return Op::Ranks(); }
+  static constexpr std::uint32_t Ranks() requires requires { Op::Ranks(); }
+  { return Op::Ranks(); }
 #endif
 };
 
 template <class Log, class T>
 void ToDecibel(const T *src, T *dst, int len, T gain, T offset, T scale, T shift) {
   Map(Around<Log, ToSteps<T>>{{gain, offset, scale, shift}}, dst, len, src);
+}
+
+// The magnitudes wait in the nearest cache. In one loop with the logarithm, the roots would lengthen a chain
+// of instructions that fills the processor's queues as it is, and the whole take half as long again.
+template <class Log> void MagToDecibel(const Cplx32 *src, float *dst, int len, float offset, float scale) {
+  constexpr Index kPiece = 1024;
+  alignas(64) float mag[kPiece];
+  for (Index start = 0; start < len; start += kPiece) {
+    const Index n = len - start < kPiece ? len - start : kPiece;
+    const Cplx32 *const z = src + start;
+    QORN_UNROLLED
+    for (Index i = 0; i < n; ++i) mag[i] = __builtin_sqrtf(SquareSum(z[i].re, z[i].im));
+    Map(Around<Log, MagSteps>{{offset, scale}}, dst + start, static_cast<int>(n), mag);
+  }
 }
 
 template <class TenTo, class T> void FromDecibel(const T *src, T *dst, int len, T shift, T scale, T gain) {
