@@ -113,18 +113,22 @@ print("// Made by scripts/make_elementary_coefficients.py; change that script, n
 # Circular functions.
 p = parts(pi / 2, [33, 31, 31, 53])
 scalars("pi / 2 in parts of 33, 31, 31 and 53 bits.", kHalfPi1=p[0], kHalfPi2=p[1], kHalfPi3=p[2], kHalfPi4=p[3])
-p = parts(pi, [32, 53])
-scalars("pi in parts of 32 and 53 bits, for float arguments.", kPi1=p[0], kPi2=p[1])
-scalars("Reciprocals.", kTwoOverPi=2 / pi, kOneOverPi=1 / pi)
+p = parts(pi / 2, [32, 53])
+scalars("pi / 2 in parts of 32 and 53 bits, for float arguments.", kHalfPiFirst=p[0], kHalfPiRest=p[1])
+scalars("The reciprocal.", kTwoOverPi=2 / pi)
+p = parts(pi / 2, [24, 53])
+scalars("pi / 2 cut to a float, and 2 / pi.", kind="float", kHalfPi32=p[0], kTwoOverPi32=2 / pi)
+scalars("What the cut took from pi / 2.", kHalfPi32Lost=p[1])
 r = pi / 4 * mpf("1.0001")
 polynomial("kSin64", "sin(r) = r + r^3 P(r^2) for |r| <= pi/4, relative.",
            near_zero(lambda u: (sin(sqrt(u)) / sqrt(u) - 1) / u, -mpf(1) / 6), lambda u: u, 0, r * r, 6)
 polynomial("kCos64", "cos(r) = 1 - r^2/2 + r^4 P(r^2) for |r| <= pi/4, absolute.",
            near_zero(lambda u: (cos(sqrt(u)) - 1 + u / 2) / u ** 2, mpf(1) / 24), lambda u: u * u, 0, r * r, 6)
-r = pi / 2 * mpf("1.0001")
-polynomial("kSin32", "sin(r) = r + r^3 P(r^2) for |r| <= pi/2, relative, for float results.",
-           near_zero(lambda u: (sin(sqrt(u)) / sqrt(u) - 1) / u, -mpf(1) / 6),
-           lambda u: u * sqrt(u) / sin(sqrt(u)) if u else mpf(0), 0, r * r, 5)
+r = pi / 4 * mpf("1.04")
+polynomial("kSin32", "sin(r) = r + r^3 P(r^2) for |r| a little above pi/4, relative, for float results.",
+           near_zero(lambda u: (sin(sqrt(u)) / sqrt(u) - 1) / u, -mpf(1) / 6), lambda u: u, 0, r * r, 4)
+polynomial("kCos32", "cos(r) = 1 + r^2 P(r^2) for the same, absolute.",
+           near_zero(lambda u: (cos(sqrt(u)) - 1) / u, -mpf(1) / 2), lambda u: u, 0, r * r, 4)
 
 mp.dps = 500
 bits = int(floor(ldexp(2 / pi, 1280)))
@@ -163,7 +167,6 @@ print()
 polynomial("kExpRest32", "e^r = 1 + r + r^2 P(r) for |r| <= ln 2 / 16, relative, in floats.",
            near_zero(lambda r: (exp(r) - 1 - r) / r ** 2, mpf(1) / 2), lambda r: r * r / exp(r),
            -step / 2 * mpf("1.001"), step / 2 * mpf("1.001"), 3, kind="float")
-
 # Logarithms.
 p = parts(log(2), [40, 53])
 scalars("ln 2, also in parts of 40 and 53 bits.", kLn2=log(2), kLogLn2High=p[0], kLogLn2Low=p[1])

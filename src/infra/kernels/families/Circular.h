@@ -144,61 +144,153 @@ struct Cos64 {
   static double Full(double x) { return Phasor64::Full(x).re; }
 };
 
-// Float arguments, in double arithmetic: one polynomial serves a whole half turn.
+// Float arguments, in double arithmetic.
 
 constexpr float kCircularLimit32 = 0x1.8p19F;
 
-QORN_INLINE double SineForFloat(double r) {
+/// x - n pi/2, n being the nearest integer or so, which the low bits of shifted hold.
+QORN_INLINE double AngleOf(double x, double &shifted) {
+  shifted = MulAdd(x, kTwoOverPi, kShifter);
+  const double n = shifted - kShifter;
+  return MulAdd(-n, kHalfPiRest, MulAdd(-n, kHalfPiFirst, x));
+}
+
+struct PhasorParts {
+  double sine, cosine;
+};
+
+QORN_INLINE PhasorParts PartsForFloat(double r) {
   const double u = r * r;
-  return r * MulAdd(u, Polynomial(u, kSin32), 1.0);
+  return {r * MulAdd(u, Polynomial(u, kSin32), 1.0), MulAdd(u, Polynomial(u, kCos32), 1.0)};
 }
 
-/// (-1)^n (x - m pi), n being the integer that the low bits of shifted hold.
-QORN_INLINE double AlternatingAngle(double x, double m, double shifted) {
-  const double r = MulAdd(-m, kPi2, MulAdd(-m, kPi1, x));
-  return FromBits(Bits(r) ^ Bits(shifted) << 63);
+/// The sine of an angle and a number of quarter turns, which the low bits of n hold.
+QORN_INLINE double SineForFloat(double r, std::uint64_t n) {
+  const PhasorParts parts = PartsForFloat(r);
+  return Turned(parts.sine, parts.cosine, n);
 }
 
-/// The angle up to pi/2 with the same sine: sin x = (-1)^n sin(x - n pi)
-QORN_INLINE double SineAngle(double x) {
-  const double shifted = MulAdd(x, kOneOverPi, kShifter);
-  return AlternatingAngle(x, shifted - kShifter, shifted);
-}
+#if defined(QORN_FLOAT_REGISTERS)
+// The same in registers.
 
-/// The angle up to pi/2 whose sine is the cosine: cos x = (-1)^(n + 1) sin(x - (n + 1/2) pi); the shifter
-/// counts the 1.
-QORN_INLINE double CosineAngle(double x) {
-  const double shifted = MulAdd(x, kOneOverPi, -0.5) + (kShifter + 1);
-  return AlternatingAngle(x, shifted - (kShifter + 1) + 0.5, shifted);
-}
-
-struct Sin32 {
-  QORN_INLINE static double Begin(float x, double &, bool &served) {
-    served = Magnitude(x) < kCircularLimit32;
-    return SineAngle(static_cast<double>(x));
-  }
-  QORN_INLINE static float End(double angle, double) { return static_cast<float>(SineForFloat(angle)); }
-  static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).im); }
+/// x = quadrant * pi/2 + angle, the quadrant modulo 4 in the low bits of n in a float above 2^23.
+struct FloatAngle {
+  Halves angle;
+  Words quadrant;
 };
 
-struct Cos32 {
-  QORN_INLINE static double Begin(float x, double &, bool &served) {
-    served = Magnitude(x) < kCircularLimit32;
-    return CosineAngle(static_cast<double>(x));
-  }
-  QORN_INLINE static float End(double angle, double) { return static_cast<float>(SineForFloat(angle)); }
-  static float Full(float x) { return static_cast<float>(Phasor64::Full(static_cast<double>(x)).re); }
-};
+QORN_INLINE FloatAngle ReduceFloats(Floats x) {
+  constexpr float shifter = 0x1.8p23F;
+  const Floats shifted = MulAdd(x, Every(kTwoOverPi32), Every(shifter));
+  const Floats n = shifted - shifter;
+  // Exact: both terms are multiples of 2^-24, or n is 0, and the difference is below 1.
+  const Halves rest = Widened(NegMulAdd(n, Every(kHalfPi32), x)), turns = Widened(n);
+  const Doubles lost = Broadcast<Doubles>(kHalfPi32Lost);
+  return {{NegMulAdd(turns.lower, lost, rest.lower), NegMulAdd(turns.upper, lost, rest.upper)},
+          Bits(shifted)};
+}
 
-struct Phasor32 {
-  QORN_INLINE static double Begin(float x, double &sine, bool &served) {
-    sine = SineAngle(static_cast<double>(x));
-    return Cos32::Begin(x, sine, served);
+// Which halves' lanes are odd, and choices by that.
+#if defined(__AVX512F__)
+using OddLanes = __mmask16;
+QORN_INLINE OddLanes OddOf(Words x) {
+  return _mm512_test_epi32_mask(__builtin_bit_cast(__m512i, x), _mm512_set1_epi32(1));
+}
+QORN_INLINE Floats OddOr(OddLanes odd, Floats a, Floats b) { return _mm512_mask_blend_ps(odd, b, a); }
+template <int Upper> QORN_INLINE Doubles OddOr(OddLanes odd, Doubles a, Doubles b) {
+  return _mm512_mask_blend_pd(static_cast<__mmask8>(odd >> 8 * Upper), b, a);
+}
+#else
+struct OddLanes {
+  __m256 floats;
+  __m256d doubles[2];
+};
+QORN_INLINE OddLanes OddOf(Words x) {
+  const __m256i signs = __builtin_bit_cast(__m256i, x << 31);
+  return {_mm256_castsi256_ps(signs),
+          {_mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_castsi256_si128(signs))),
+           _mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_extracti128_si256(signs, 1)))}};
+}
+QORN_INLINE Floats OddOr(const OddLanes &odd, Floats a, Floats b) {
+  return _mm256_blendv_ps(b, a, odd.floats);
+}
+template <int Upper> QORN_INLINE Doubles OddOr(const OddLanes &odd, Doubles a, Doubles b) {
+  return _mm256_blendv_pd(b, a, odd.doubles[Upper]);
+}
+#endif
+
+/// The cosine of the lanes that are odd, the sine of the others.
+template <int Upper> QORN_INLINE Doubles SineOrCosine(const OddLanes &odd, Doubles r) {
+  const auto choose = [&](double a, double b) {
+    return OddOr<Upper>(odd, Broadcast<Doubles>(a), Broadcast<Doubles>(b));
+  };
+  const Doubles u = r * r;
+  Doubles p = choose(kCos32[3], kSin32[3]);
+  Unroll<3>([&](auto i) { p = MulAdd(u, p, choose(kCos32[2 - i], kSin32[2 - i])); });
+  return OddOr<Upper>(odd, Broadcast<Doubles>(1.0), r) * MulAdd(u, p, Broadcast<Doubles>(1.0));
+}
+
+QORN_INLINE Floats SineOf(const Halves &angle, Words quadrant) {
+  const OddLanes odd = OddOf(quadrant);
+  const Floats y = Narrowed(SineOrCosine<0>(odd, angle.lower), SineOrCosine<1>(odd, angle.upper));
+  return FromBits(Bits(y) ^ (quadrant << 30 & 0x80000000U));
+}
+
+QORN_INLINE ComplexFloats PhasorOf(const Halves &angle, Words quadrant) {
+  const auto one = Broadcast<Doubles>(1.0);
+  const auto factor = [&](Doubles r, const double(&c)[4]) {
+    const Doubles u = r * r;
+    return MulAdd(u, Polynomial(u, c), one);
+  };
+  const Floats cosine = Narrowed(factor(angle.lower, kCos32), factor(angle.upper, kCos32));
+  const Floats sine =
+      Narrowed(angle.lower * factor(angle.lower, kSin32), angle.upper * factor(angle.upper, kSin32));
+  const OddLanes odd = OddOf(quadrant);
+  return {FromBits(Bits(OddOr(odd, sine, cosine)) ^ ((quadrant + 1) << 30 & 0x80000000U)),
+          FromBits(Bits(OddOr(odd, cosine, sine)) ^ (quadrant << 30 & 0x80000000U))};
+}
+
+struct NotHuge {
+  template <class T> QORN_INLINE static auto Rank(T x) { return Bits(x) & 0x7fffffffU; }
+  static constexpr std::uint32_t Ranks() { return __builtin_bit_cast(std::uint32_t, kCircularLimit32); }
+};
+#else
+struct NotHuge {};
+#endif
+
+/// The sine of x and a number of quarter turns.
+template <int Turns> struct Circular32 : NotHuge {
+  QORN_INLINE static double Begin(float x, double &shifted, bool &served) {
+    served = Magnitude(x) < kCircularLimit32;
+    return AngleOf(static_cast<double>(x), shifted);
   }
-  QORN_INLINE static Cplx32 End(double cosine, double sine) {
-    return {static_cast<float>(SineForFloat(cosine)), static_cast<float>(SineForFloat(sine))};
+  QORN_INLINE static float End(double angle, double shifted) {
+    return static_cast<float>(SineForFloat(angle, Bits(shifted) + Turns));
+  }
+  static float Full(float x) {
+    const Cplx64 phasor = Phasor64::Full(static_cast<double>(x));
+    return static_cast<float>(Turns == 0 ? phasor.im : phasor.re);
+  }
+#if defined(QORN_FLOAT_REGISTERS)
+  QORN_INLINE static FloatAngle BeginFloats(Floats x) { return ReduceFloats(x); }
+  QORN_INLINE static Floats EndFloats(const FloatAngle &x) { return SineOf(x.angle, x.quadrant + Turns); }
+#endif
+};
+using Sin32 = Circular32<0>;
+using Cos32 = Circular32<1>;
+
+struct Phasor32 : NotHuge {
+  QORN_INLINE static double Begin(float x, double &shifted, bool &served) {
+    return Sin32::Begin(x, shifted, served);
+  }
+  QORN_INLINE static Cplx32 End(double angle, double shifted) {
+    return {Cos32::End(angle, shifted), Sin32::End(angle, shifted)};
   }
   static Cplx32 Full(float x) { return {Cos32::Full(x), Sin32::Full(x)}; }
+#if defined(QORN_FLOAT_REGISTERS)
+  QORN_INLINE static FloatAngle BeginFloats(Floats x) { return ReduceFloats(x); }
+  QORN_INLINE static ComplexFloats EndFloats(const FloatAngle &x) { return PhasorOf(x.angle, x.quadrant); }
+#endif
 };
 
 /// A vector of given length and angle, rounded once.
@@ -209,8 +301,9 @@ struct Polar32 {
   }
   QORN_INLINE static Cplx32 Fast(float length, float angle, bool &served) {
     served = Magnitude(angle) < kCircularLimit32;
-    const double x = static_cast<double>(angle);
-    return Times(length, SineForFloat(CosineAngle(x)), SineForFloat(SineAngle(x)));
+    double shifted;
+    const double r = AngleOf(static_cast<double>(angle), shifted);
+    return Times(length, SineForFloat(r, Bits(shifted) + 1), SineForFloat(r, Bits(shifted)));
   }
   static Cplx32 Full(float length, float angle) {
     const Cplx64 phasor = Phasor64::Full(static_cast<double>(angle));

@@ -57,25 +57,35 @@ QORN_INLINE double ProductError(double a, double b, double product) {
   }
 }
 
-// Horner's scheme, c[First] + c[First + Step] x + c[First + 2 Step] x^2 and so on below c[N].
-template <int First, int Step, int N> QORN_INLINE double Horner(double x, const double (&c)[N]) {
+// Horner's scheme, c[First] + c[First + Step] x + c[First + 2 Step] x^2 and so on below c[N], of a double or
+// of a register of them.
+template <int First, int Step, class X, int N> QORN_INLINE X Horner(X x, const double (&c)[N]) {
   if constexpr (First + Step < N) {
-    return MulAdd(x, Horner<First + Step, Step>(x, c), c[First]);
+    return MulAdd(x, Horner<First + Step, Step>(x, c), Broadcast<X>(c[First]));
   } else {
-    return c[First];
+    return Broadcast<X>(c[First]);
   }
 }
 
 /// The sum of c[i] x^i. Long ones as two interleaved chains in x^2: more steps in flight for one more
 /// product.
-template <int N> QORN_INLINE double Polynomial(double x, const double (&c)[N]) {
+template <class X, int N> QORN_INLINE X Polynomial(X x, const double (&c)[N]) {
   if constexpr (N <= 6) {
     return Horner<0, 1>(x, c);
   } else {
-    const double square = x * x;
+    const X square = x * x;
     return MulAdd(x, Horner<1, 2>(square, c), Horner<0, 2>(square, c));
   }
 }
+
+template <class R> struct PartOf { using Type = R; };
+template <> struct PartOf<Cplx32> { using Type = float; };
+template <> struct PartOf<Cplx64> { using Type = double; };
+
+/// Elements of a block: one register of scalars at the widest level.
+template <class R> constexpr Index kBlock = 64 / Index(sizeof(typename PartOf<R>::Type));
+/// At most so many elements are looked at before results are final.
+template <class R> constexpr Index kChunk = 16 * kBlock<R>;
 
 // Registers of floats, with tables of eight that are looked up in registers.
 
@@ -110,14 +120,62 @@ template <int N, int First = 0> QORN_INLINE Floats Polynomial(Floats x, const fl
   }
 }
 
-/// Whether the operation serves all n arguments in this way; else some of the results are wrong.
-template <class Op> QORN_INLINE bool RunRegisters(Op op, float *dst, Index n, const float *src) {
+/// The real and the imaginary parts of as many complex values.
+struct ComplexFloats {
+  Floats re, im;
+};
+
+QORN_INLINE void StoreResults(float *dst, Floats y) { Store(dst, y); }
+QORN_INLINE void StoreResults(Cplx32 *dst, ComplexFloats y) {
+  StoreComplex<float, kFloats>(&dst->re, y.re, y.im);
+}
+
+// The same values in double, half of them each.
+using Doubles = Vec<double, kFloats / 2>;
+struct Halves {
+  Doubles lower, upper;
+};
+
+// Converted by intrinsics: GCC 12 takes apart what has vectors of two sizes.
+template <int... I> QORN_INLINE Halves Widened(Floats x, Seq<I...>) {
+  const auto lower = __builtin_shufflevector(x, x, I...);
+  const auto upper = __builtin_shufflevector(x, x, (I + kFloats / 2)...);
+#if defined(__AVX512F__)
+  return {_mm512_maskz_cvtps_pd(0xff, lower), _mm512_maskz_cvtps_pd(0xff, upper)};
+#else
+  return {_mm256_cvtps_pd(lower), _mm256_cvtps_pd(upper)};
+#endif
+}
+QORN_INLINE Halves Widened(Floats x) { return Widened(x, MakeSeq<kFloats / 2>{}); }
+
+template <int... I> QORN_INLINE Floats Narrowed(Doubles lower, Doubles upper, Seq<I...>) {
+#if defined(__AVX512F__)
+  const __m256 first = _mm512_maskz_cvtpd_ps(0xff, lower), second = _mm512_maskz_cvtpd_ps(0xff, upper);
+#else
+  const __m128 first = _mm256_cvtpd_ps(lower), second = _mm256_cvtpd_ps(upper);
+#endif
+  return __builtin_shufflevector(first, second, I...);
+}
+QORN_INLINE Floats Narrowed(Doubles lower, Doubles upper) {
+  return Narrowed(lower, upper, MakeSeq<kFloats>{});
+}
+
+/// Whether the operation serves all n arguments in this way, n being a chunk at most; else some of the
+/// results are wrong.
+template <class Op, class R> QORN_INLINE bool RunRegisters(Op op, R *dst, Index n, const float *src) {
   Words highest = {};
-  for (Index i = 0; i < n; i += kFloats) {
+  const auto load = [&](Index i) {
     const Floats x = Load<Floats>(src + i);
     const Words rank = op.Rank(x);
     highest = highest < rank ? rank : highest;
-    Store(dst + i, op.InFloats(x));
+    return x;
+  };
+  if constexpr (requires { op.BeginFloats(Floats()); }) {
+    decltype(op.BeginFloats(Floats())) begun[kChunk<R> / kFloats];
+    for (Index i = 0; i < n; i += kFloats) begun[i / kFloats] = op.BeginFloats(load(i));
+    for (Index i = 0; i < n; i += kFloats) StoreResults(dst + i, op.EndFloats(begun[i / kFloats]));
+  } else {
+    for (Index i = 0; i < n; i += kFloats) StoreResults(dst + i, op.InFloats(load(i)));
   }
   std::uint32_t all = 0;
   for (int lane = 0; lane < kFloats; ++lane) all = all < highest[lane] ? highest[lane] : all;
@@ -133,20 +191,16 @@ template <class Op> QORN_INLINE bool RunRegisters(Op op, float *dst, Index n, co
 //   Begin(arguments..., other, &served)  and then
 //   End(begun, other)             which are two loops: what waits for the end of a long chain of instructions
 //                                 fills the processor's queues, so that two short chains take less time
-// and may, beside the first, at the levels with QORN_FLOAT_REGISTERS, offer
+// and may, beside either, at the levels with QORN_FLOAT_REGISTERS, offer
 //   InFloats(register)            cheaper, for the arguments whose
 //   Rank(argument or register)    is below
 //   Ranks()
+// or, in place of the first,
+//   BeginFloats(register)  and then
+//   EndFloats(begun)
 // The cheapest always runs on whole blocks in one piece of code, a tail being padded to a block, and another
 // is chosen by the element alone. So a result cannot depend on its place or on its neighbours. Where a source
 // is the destination and may be needed again, results wait in a buffer.
-
-template <class R> struct PartOf { using Type = R; };
-template <> struct PartOf<Cplx32> { using Type = float; };
-template <> struct PartOf<Cplx64> { using Type = double; };
-
-/// Elements of a block: one register of scalars at the widest level.
-template <class R> constexpr Index kBlock = 64 / Index(sizeof(typename PartOf<R>::Type));
 
 /// 0 if served, in an integer of the element's width. By way of a floating-point choice: the base level has
 /// that in vectors, but no comparison of doubles that chooses integers.
@@ -182,62 +236,68 @@ template <class R> QORN_INLINE void CopyBlocks(R *dst, const R *src, Index n) {
 #define QORN_SAME_OR_APART _Pragma("GCC ivdep")
 #endif
 
+/// n elements, a chunk at most, without registers of floats. Where the operation does not serve all arguments
+/// in one way, `to` must be none of the sources.
+template <class Op, class R, class... A> QORN_INLINE void RunLoops(Op op, R *to, Index n, const A *...src) {
+  using T = typename PartOf<R>::Type;
+  if constexpr (requires { op.Fast(src[0]...); }) {
+    QORN_SAME_OR_APART
+    for (Index i = 0; i < n; ++i) to[i] = op.Fast(src[i]...);
+  } else {
+    auto missed = Missed(true, T());
+    if constexpr (requires { op.End(0.0, 0.0); }) {
+      alignas(64) double begun[kChunk<R>], other[kChunk<R>];
+      for (Index i = 0; i < n; ++i) {
+        bool served = true;
+        begun[i] = op.Begin(src[i]..., other[i], served);
+        missed |= Missed(served, T());
+      }
+      for (Index i = 0; i < n; ++i) to[i] = op.End(begun[i], other[i]);
+    } else {
+      QORN_SAME_OR_APART
+      for (Index i = 0; i < n; ++i) {
+        bool served = true;
+        to[i] = op.Fast(src[i]..., served);
+        missed |= Missed(served, T());
+      }
+    }
+    if (missed != 0) {
+      for (Index i = 0; i < n; ++i) {
+        bool served = true;
+        if constexpr (requires { op.End(0.0, 0.0); }) {
+          double other;
+          op.Begin(src[i]..., other, served);
+        } else {
+          op.Fast(src[i]..., served);
+        }
+        if (!served) to[i] = op.Full(src[i]...);
+      }
+    }
+  }
+}
+
 template <class Op, class R, class... A>
 QORN_ONE_COPY void RunBlocks(Op op, R *dst, Index count, const A *...src) {
-  using T = typename PartOf<R>::Type;
-  constexpr bool kServesAll = requires { op.Fast(src[0]...); };
-  constexpr Index kChunk = 16 * kBlock<R>;
-  alignas(64) R out[kChunk];
+  alignas(64) R out[kChunk<R>];
   const bool inPlace = ((static_cast<const void *>(src) == dst) || ...);
-  for (Index start = 0; start < count; start += kChunk) {
-    const Index n = (count - start < kChunk ? count - start : kChunk) / kBlock<R> * kBlock<R>;
+  for (Index start = 0; start < count; start += kChunk<R>) {
+    const Index n = (count - start < kChunk<R> ? count - start : kChunk<R>) / kBlock<R> * kBlock<R>;
 #if defined(QORN_FLOAT_REGISTERS)
-    if constexpr (requires { op.InFloats(Floats()); }) {
+    if constexpr (requires { Op::Ranks(); }) {
       R *to = inPlace ? out : dst + start;
       if (!RunRegisters(op, to, n, src + start...)) {
-        for (Index i = 0; i < n; ++i) {
-          const R other = op.Fast(src[start + i]...);
-          to[i] = op.Rank(src[start + i]...) < Op::Ranks() ? to[i] : other;
-        }
+        alignas(64) R other[kChunk<R>];
+        RunLoops(op, other, n, src + start...);
+        for (Index i = 0; i < n; ++i) to[i] = op.Rank(src[start + i]...) < Op::Ranks() ? to[i] : other[i];
       }
       if (inPlace) CopyBlocks(dst + start, out, n);
       continue;
     }
 #endif
-    if constexpr (kServesAll) {
-      QORN_SAME_OR_APART
-      for (Index i = 0; i < n; ++i) dst[start + i] = op.Fast(src[start + i]...);
+    if constexpr (requires { op.Fast(src[0]...); }) {
+      RunLoops(op, dst + start, n, src + start...);
     } else {
-      R *to = inPlace ? out : dst + start;
-      auto missed = Missed(true, T());
-      if constexpr (requires { op.End(0.0, 0.0); }) {
-        alignas(64) double begun[kChunk], other[kChunk];
-        for (Index i = 0; i < n; ++i) {
-          bool served = true;
-          begun[i] = op.Begin(src[start + i]..., other[i], served);
-          missed |= Missed(served, T());
-        }
-        for (Index i = 0; i < n; ++i) to[i] = op.End(begun[i], other[i]);
-      } else {
-        QORN_SAME_OR_APART
-        for (Index i = 0; i < n; ++i) {
-          bool served = true;
-          to[i] = op.Fast(src[start + i]..., served);
-          missed |= Missed(served, T());
-        }
-      }
-      if (missed != 0) {
-        for (Index i = 0; i < n; ++i) {
-          bool served = true;
-          if constexpr (requires { op.End(0.0, 0.0); }) {
-            double other;
-            op.Begin(src[start + i]..., other, served);
-          } else {
-            op.Fast(src[start + i]..., served);
-          }
-          if (!served) to[i] = op.Full(src[start + i]...);
-        }
-      }
+      RunLoops(op, inPlace ? out : dst + start, n, src + start...);
       if (inPlace) CopyBlocks(dst + start, out, n);
     }
   }

@@ -13,13 +13,19 @@ constexpr double kHalfPi2 = 0x1.0b4611a4p-34;
 constexpr double kHalfPi3 = 0x1.13198a2cp-65;
 constexpr double kHalfPi4 = 0x1.01b839a25204ap-96;
 
-// pi in parts of 32 and 53 bits, for float arguments.
-constexpr double kPi1 = 0x1.921fb544p+1;
-constexpr double kPi2 = 0x1.0b4611a626331p-33;
+// pi / 2 in parts of 32 and 53 bits, for float arguments.
+constexpr double kHalfPiFirst = 0x1.921fb544p+0;
+constexpr double kHalfPiRest = 0x1.0b4611a626331p-34;
 
-// Reciprocals.
+// The reciprocal.
 constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
-constexpr double kOneOverPi = 0x1.45f306dc9c883p-2;
+
+// pi / 2 cut to a float, and 2 / pi.
+constexpr float kHalfPi32 = 0x1.921fb4p+0F;
+constexpr float kTwoOverPi32 = 0x1.45f306p-1F;
+
+// What the cut took from pi / 2.
+constexpr double kHalfPi32Lost = 0x1.4442d18469899p-24;
 
 // sin(r) = r + r^3 P(r^2) for |r| <= pi/4, relative.
 // Largest error 2^-58.0.
@@ -35,11 +41,22 @@ constexpr double kCos64[6] = {
     -0x1.27e4f809ee0bdp-22, 0x1.1ee9ebe726b98p-29,  -0x1.8fae9b5049e9ep-37,
 };
 
-// sin(r) = r + r^3 P(r^2) for |r| <= pi/2, relative, for float results.
-// Largest error 2^-35.3.
-constexpr double kSin32[5] = {
-    -0x1.5555554766cd3p-3, 0x1.11110c4914043p-7,   -0x1.a017d94a956f4p-13,
-    0x1.71707493ae981p-19, -0x1.9a677a36a72b2p-26,
+// sin(r) = r + r^3 P(r^2) for |r| a little above pi/4, relative, for float results.
+// Largest error 2^-37.0.
+constexpr double kSin32[4] = {
+    -0x1.555555499202ap-3,
+    0x1.111106599e769p-7,
+    -0x1.a00ddcd35d163p-13,
+    0x1.6c7052e6a8c7fp-19,
+};
+
+// cos(r) = 1 + r^2 P(r^2) for the same, absolute.
+// Largest error 2^-33.6.
+constexpr double kCos32[4] = {
+    -0x1.ffffffbf71235p-2,
+    0x1.555537ebb16a8p-5,
+    -0x1.6c061630dacaep-10,
+    0x1.98a5547dce561p-16,
 };
 
 // 2 / pi in binary: a word of zeros before the point, then 1280 bits.

@@ -105,15 +105,16 @@ QORN_INLINE FloatLog LogOfFloats(Floats x) {
   const Words bits = Bits(x) - kLogStart32;
   const Words exponent = bits & 0xff800000U;
   const Words index = bits >> 20;
-  const Floats k = __builtin_convertvector(__builtin_bit_cast(Ints, bits) >> 23, Floats);
+  constexpr float unit = 0x1p-23F; // of the exponent where it stands
+  const Floats k = __builtin_convertvector(__builtin_bit_cast(Ints, exponent), Floats);
   const Floats r = MulSub(FromBits(Bits(x) - exponent), Choose(kLogInverse32, index), Every(1.0F));
-  const Floats whole = MulAdd(k, Every(kLogLn2High32), Choose(kLogHigh32, index));
+  const Floats whole = MulAdd(k, Every(kLogLn2High32 * unit), Choose(kLogHigh32, index));
   const Floats sum = whole + r;
   const Floats sumLost = (whole - sum) + r;
   const Floats half = r * -0.5F;
   const Floats high = MulAdd(half, r, sum);
   const Floats highLost = MulAdd(half, r, sum - high);
-  const Floats rest = MulAdd(k, Every(kLogLn2Low32), Choose(kLogLow32, index));
+  const Floats rest = MulAdd(k, Every(kLogLn2Low32 * unit), Choose(kLogLow32, index));
   const Floats cubic = MulAdd(r * r * r, Polynomial(r, kLogRest32), rest);
   return {high, cubic + (sumLost + highLost)};
 }
@@ -145,9 +146,8 @@ struct Log10_32 : PositiveNormal {
 #if defined(QORN_FLOAT_REGISTERS)
   QORN_INLINE static Floats InFloats(Floats x) {
     const FloatLog log = LogOfFloats(x);
-    const Floats high = log.high * kLog10eHigh32;
-    const Floats lost = MulSub(log.high, Every(kLog10eHigh32), high);
-    return high + MulAdd(log.high, Every(kLog10eLow32), MulAdd(log.low, Every(kLog10eHigh32), lost));
+    const Floats low = MulAdd(log.low, Every(kLog10eHigh32), log.high * kLog10eLow32);
+    return MulAdd(log.high, Every(kLog10eHigh32), low);
   }
 #endif
 };

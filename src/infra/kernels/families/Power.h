@@ -134,6 +134,33 @@ struct TenTo32 {
     return static_cast<float>(Exp2ForFloat(Exp2Parts{fraction, scale}));
   }
   static float Full(float y) { return Power32::Full(10, y); }
+
+#if defined(QORN_FLOAT_REGISTERS)
+  // The same for magnitudes up to 60, with which nothing has to be limited.
+  template <class T> QORN_INLINE static auto Rank(T x) { return Bits(x) & 0x7fffffffU; }
+  static constexpr std::uint32_t Ranks() { return 0x42700000; }
+  struct Begun {
+    Doubles fraction, scale;
+  };
+  struct BegunHalves {
+    Begun lower, upper;
+  };
+  QORN_INLINE static Begun BeginHalf(Doubles y) {
+    constexpr double shifter = kShifter + 1023;
+    const Doubles t = y * LogForFloat(10.0, kPowLog32, kLog2e, 1.0);
+    const Doubles shifted = t + shifter;
+    const auto scale = __builtin_bit_cast(Vec<std::uint64_t, kFloats / 2>, shifted) << 52;
+    return {t - (shifted - shifter), __builtin_bit_cast(Doubles, scale)};
+  }
+  QORN_INLINE static Doubles EndHalf(const Begun &x) { return Polynomial(x.fraction, kExp2_32) * x.scale; }
+  QORN_INLINE static BegunHalves BeginFloats(Floats y) {
+    const Halves wide = Widened(y);
+    return {BeginHalf(wide.lower), BeginHalf(wide.upper)};
+  }
+  QORN_INLINE static Floats EndFloats(const BegunHalves &x) {
+    return Narrowed(EndHalf(x.lower), EndHalf(x.upper));
+  }
+#endif
 };
 
 } // namespace
