@@ -200,16 +200,19 @@ QORN_INLINE Floats OddOr(OddLanes odd, Floats a, Floats b) { return _mm512_mask_
 template <int Upper> QORN_INLINE Doubles OddOr(OddLanes odd, Doubles a, Doubles b) {
   return _mm512_mask_blend_pd(static_cast<__mmask8>(odd >> 8 * Upper), b, a);
 }
+template <int Upper> QORN_INLINE Doubles OddOr(OddLanes odd, double a, double b) {
+  return OddOr<Upper>(odd, Broadcast<Doubles>(a), Broadcast<Doubles>(b));
+}
 #else
 struct OddLanes {
   __m256 floats;
   __m256d doubles[2];
 };
 QORN_INLINE OddLanes OddOf(Words x) {
-  const __m256i signs = __builtin_bit_cast(__m256i, x << 31);
-  return {_mm256_castsi256_ps(signs),
-          {_mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_castsi256_si128(signs))),
-           _mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_extracti128_si256(signs, 1)))}};
+  const __m256i odd = __builtin_bit_cast(__m256i, __builtin_bit_cast(Ints, x << 31) >> 31);
+  return {_mm256_castsi256_ps(odd),
+          {_mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_castsi256_si128(odd))),
+           _mm256_castsi256_pd(_mm256_cvtepi32_epi64(_mm256_extracti128_si256(odd, 1)))}};
 }
 QORN_INLINE Floats OddOr(const OddLanes &odd, Floats a, Floats b) {
   return _mm256_blendv_ps(b, a, odd.floats);
@@ -217,16 +220,17 @@ QORN_INLINE Floats OddOr(const OddLanes &odd, Floats a, Floats b) {
 template <int Upper> QORN_INLINE Doubles OddOr(const OddLanes &odd, Doubles a, Doubles b) {
   return _mm256_blendv_pd(b, a, odd.doubles[Upper]);
 }
+// Constants by a permutation: blends take the units that products need.
+template <int Upper> QORN_INLINE Doubles OddOr(const OddLanes &odd, double a, double b) {
+  return _mm256_permutevar_pd(_mm256_setr_pd(b, a, b, a), _mm256_castpd_si256(odd.doubles[Upper]));
+}
 #endif
 
 /// The cosine of the lanes that are odd, the sine of the others.
 template <int Upper> QORN_INLINE Doubles SineOrCosine(const OddLanes &odd, Doubles r) {
-  const auto choose = [&](double a, double b) {
-    return OddOr<Upper>(odd, Broadcast<Doubles>(a), Broadcast<Doubles>(b));
-  };
   const Doubles u = r * r;
-  Doubles p = choose(kCos32[3], kSin32[3]);
-  Unroll<3>([&](auto i) { p = MulAdd(u, p, choose(kCos32[2 - i], kSin32[2 - i])); });
+  Doubles p = OddOr<Upper>(odd, kCos32[3], kSin32[3]);
+  Unroll<3>([&](auto i) { p = MulAdd(u, p, OddOr<Upper>(odd, kCos32[2 - i], kSin32[2 - i])); });
   return OddOr<Upper>(odd, Broadcast<Doubles>(1.0), r) * MulAdd(u, p, Broadcast<Doubles>(1.0));
 }
 
