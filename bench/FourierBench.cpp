@@ -30,7 +30,10 @@ std::vector<int> AllLengths() {
   return lengths;
 }
 
-std::vector<int> SomeLengths() { return {16, 64, 256, 1000, 1023, 1024, 4096, 10000, 16384, 65536, 262144}; }
+std::vector<int> SomeLengths() {
+  return {8,   12,   16,   32,   60,   64,    100,   120,   128,   256,
+          360, 1000, 1023, 1024, 4096, 10000, 16384, 65536, 262144};
+}
 
 template <class T> void Fill(T *x, int n) {
   std::uint32_t random = 1;
