@@ -41,6 +41,9 @@ struct FT::PlanRecord {
   int kind;
   FftScaleFlag scaleFlag;
   QORNAlgorithm algorithm;
+
+  [[gnu::noinline, gnu::visibility("hidden")]] static void *SetUp(FT &ft, PlanRecord *record, int kind,
+                                                                  int length);
 };
 
 FT::FT() : FT(FftScaleInverseByN, QORNAlgorithmAccurate) {}
@@ -96,25 +99,31 @@ void *FT::SetupFT(int kind, int length) {
                                record->scaleFlag != m_scaleFlag || record->algorithm != m_algorithm)) {
     record = record->next.get();
   }
+  if (record != nullptr && m_work != nullptr && record->workSize <= m_workSize) return record->plan.get();
+  return PlanRecord::SetUp(*this, record, kind, length);
+}
+
+// What a repeated transform does not need: makes what there is not yet.
+void *FT::PlanRecord::SetUp(FT &ft, PlanRecord *record, int kind, int length) {
   try {
     if (record == nullptr) {
       auto plan = MakePlan(kind, length);
       if (plan == nullptr) return nullptr;
       const std::size_t workSize = plan->ScratchBytes();
       auto made = std::make_unique<PlanRecord>(
-          PlanRecord{nullptr, std::move(plan), workSize, length, kind, m_scaleFlag, m_algorithm});
-      made->next = std::move(m_plans);
-      m_plans = std::move(made);
-      record = m_plans.get();
+          PlanRecord{nullptr, std::move(plan), workSize, length, kind, ft.m_scaleFlag, ft.m_algorithm});
+      made->next = std::move(ft.m_plans);
+      ft.m_plans = std::move(made);
+      record = ft.m_plans.get();
     }
-    if (m_work == nullptr) m_work = std::make_unique<Workspace>();
+    if (ft.m_work == nullptr) ft.m_work = std::make_unique<Workspace>();
   } catch (const std::bad_alloc &) {
     return nullptr;
   }
-  if (record->workSize > m_workSize) {
-    m_workSize = 0;
-    if (!m_work->Grow(record->workSize)) return nullptr;
-    m_workSize = record->workSize;
+  if (record->workSize > ft.m_workSize) {
+    ft.m_workSize = 0;
+    if (!ft.m_work->Grow(record->workSize)) return nullptr;
+    ft.m_workSize = record->workSize;
   }
   return record->plan.get();
 }
@@ -123,14 +132,14 @@ template <class T, class P, class Out, class In>
 void FT::Transform(int kind, Out &out, const In &in, bool forward) {
   fourier::ResizeAs(out, in);
   const auto *plan = static_cast<const P *>(static_cast<Plan *>(SetupFT(kind, in.GetSize())));
-  if (plan != nullptr) fourier::Run<T>(*plan, out, in, *m_work, forward, m_scaleFlag);
+  if (plan != nullptr) fourier::RunAll<T>(*plan, out, in, *m_work, forward, m_scaleFlag);
 }
 
 bool FT::ForwardWeighted(VecCplx32 &out, VecCplx32 const &in, const float *weights) {
   fourier::ResizeAs(out, in);
   const auto *plan =
       static_cast<const ComplexPlan<float> *>(static_cast<Plan *>(SetupFT(kCplx32, in.GetSize())));
-  if (plan == nullptr || fourier::Scale(m_scaleFlag, plan->Length(), true) != 1.0) return false;
+  if (plan == nullptr || fourier::Scale(m_scaleFlag, *plan, true) != 1.0F) return false;
   return plan->ForwardWeighted(reinterpret_cast<const float *>(in.GetPtr()), weights,
                                reinterpret_cast<float *>(out.GetPtr()), m_work->As<float>());
 }
@@ -159,15 +168,24 @@ void FT::FT_R64C64(VecReal64 &real, VecCplx64 &cplx, bool forward) {
   }
 }
 
-void FT::Forward(VecCplx32 &out, VecCplx32 const &in) { FT_C32C32(in, out, true); }
-void FT::Inverse(VecCplx32 &out, VecCplx32 const &in) { FT_C32C32(in, out, false); }
-void FT::Forward(VecCplx64 &out, VecCplx64 const &in) { FT_C64C64(in, out, true); }
-void FT::Inverse(VecCplx64 &out, VecCplx64 const &in) { FT_C64C64(in, out, false); }
+// Flattened: a call takes as long as a good part of a short transform.
+[[gnu::flatten]] void FT::Forward(VecCplx32 &out, VecCplx32 const &in) { FT_C32C32(in, out, true); }
+[[gnu::flatten]] void FT::Inverse(VecCplx32 &out, VecCplx32 const &in) { FT_C32C32(in, out, false); }
+[[gnu::flatten]] void FT::Forward(VecCplx64 &out, VecCplx64 const &in) { FT_C64C64(in, out, true); }
+[[gnu::flatten]] void FT::Inverse(VecCplx64 &out, VecCplx64 const &in) { FT_C64C64(in, out, false); }
 
 // The source side of the private forms is only read.
-void FT::Forward(VecCplx32 &out, VecReal32 const &in) { FT_R32C32(const_cast<VecReal32 &>(in), out, true); }
-void FT::Forward(VecCplx64 &out, VecReal64 const &in) { FT_R64C64(const_cast<VecReal64 &>(in), out, true); }
-void FT::Inverse(VecReal32 &out, VecCplx32 const &in) { FT_R32C32(out, const_cast<VecCplx32 &>(in), false); }
-void FT::Inverse(VecReal64 &out, VecCplx64 const &in) { FT_R64C64(out, const_cast<VecCplx64 &>(in), false); }
+[[gnu::flatten]] void FT::Forward(VecCplx32 &out, VecReal32 const &in) {
+  FT_R32C32(const_cast<VecReal32 &>(in), out, true);
+}
+[[gnu::flatten]] void FT::Forward(VecCplx64 &out, VecReal64 const &in) {
+  FT_R64C64(const_cast<VecReal64 &>(in), out, true);
+}
+[[gnu::flatten]] void FT::Inverse(VecReal32 &out, VecCplx32 const &in) {
+  FT_R32C32(out, const_cast<VecCplx32 &>(in), false);
+}
+[[gnu::flatten]] void FT::Inverse(VecReal64 &out, VecCplx64 const &in) {
+  FT_R64C64(out, const_cast<VecCplx64 &>(in), false);
+}
 
 } // namespace QORN

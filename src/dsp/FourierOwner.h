@@ -9,19 +9,20 @@
 
 namespace QORN::fourier {
 
-/// The factor of a transform of length points.
-inline double Scale(FftScaleFlag flag, int length, bool forward) {
+/// The factor of a plan's transform.
+template <class P> auto Scale(FftScaleFlag flag, const P &plan, bool forward) -> decltype(plan.Share()) {
+  using T = decltype(plan.Share());
   switch (flag) {
   case FftScaleForwardByN:
-    return forward ? 1.0 / length : 1.0;
+    return forward ? plan.Share() : T{1};
   case FftScaleBySqrtN:
-    return 1.0 / std::sqrt(static_cast<double>(length));
+    return static_cast<T>(1.0 / std::sqrt(static_cast<double>(plan.Length())));
   case FftScaleNone:
-    return 1.0;
+    return T{1};
   case FftScaleInverseByN:
     break;
   }
-  return forward ? 1.0 : 1.0 / length;
+  return forward ? T{1} : plan.Share();
 }
 
 /// Gives out the length of in. Not where the two are one vector: Resize would widen a narrowed view.
@@ -29,12 +30,10 @@ template <class Out, class In> void ResizeAs(Out &out, const In &in) {
   if (static_cast<const void *>(&out) != static_cast<const void *>(&in)) out.Resize(in.GetSize());
 }
 
-/// Runs a plan, complex or real, from vector to vector. Vectors of another length than the plan's are left
-/// alone.
+/// Runs a plan, complex or real, from vector to vector, both of the plan's length.
 template <class T, class P, class Out, class In>
-void Run(const P &plan, Out &out, const In &in, const Workspace &work, bool forward, FftScaleFlag flag) {
-  if (in.GetSize() != plan.Length()) return;
-  const T scale = static_cast<T>(Scale(flag, plan.Length(), forward));
+void RunAll(const P &plan, Out &out, const In &in, const Workspace &work, bool forward, FftScaleFlag flag) {
+  const T scale = Scale(flag, plan, forward);
   const auto *from = reinterpret_cast<const T *>(in.GetPtr());
   auto *to = reinterpret_cast<T *>(out.GetPtr());
   if (forward) {
@@ -42,6 +41,12 @@ void Run(const P &plan, Out &out, const In &in, const Workspace &work, bool forw
   } else {
     plan.Inverse(from, to, work.As<T>(), scale);
   }
+}
+
+/// The same, but vectors of another length than the plan's are left alone.
+template <class T, class P, class Out, class In>
+void Run(const P &plan, Out &out, const In &in, const Workspace &work, bool forward, FftScaleFlag flag) {
+  if (in.GetSize() == plan.Length()) RunAll<T>(plan, out, in, work, forward, flag);
 }
 
 } // namespace QORN::fourier

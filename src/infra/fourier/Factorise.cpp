@@ -94,7 +94,6 @@ bool HasRadices(std::int64_t n) {
 } // namespace
 
 GridShape GridFor(int n, int scalar) {
-  if (n == 8 || n == 12) return {4, 1, n / 4};
   // Two steps, as near to a square as can be: both sides should hold the widest vectors.
   for (const int rows : kGridSides) {
     for (const int columns : kGridSides) {

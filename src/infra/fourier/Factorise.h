@@ -7,7 +7,8 @@
 
 namespace QORN::fourier {
 
-/// The largest length that may be one straight-line butterfly; those that are a grid are not.
+/// The largest length that may be one straight-line butterfly; those with a kernel of their own (Direct.h)
+/// are not.
 inline constexpr int kMaxSmall = 16;
 
 /// The radices of a transform of few points, as in fourier::Grid; rows is 0 if it goes another way. `scalar`

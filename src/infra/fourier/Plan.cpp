@@ -22,6 +22,7 @@ template <> struct Passes<float> {
   static auto Lines() { return active->FourierLines_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
   static auto WeightedGrid() { return active->FourierWeightedGrid_32f; }
+  static auto WeightedLines() { return active->FourierWeightedLines_32f; }
   static auto WeightedColumns() { return active->FourierWeightedColumns_32f; }
   static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
@@ -150,8 +151,13 @@ template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
   return OrNull([&]() -> std::unique_ptr<Plan> { return std::make_unique<ComplexPlan>(*this); });
 }
 
-template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length(length) {
-  if (lanes != 0) {
+template <class T>
+ComplexPlan<T>::ComplexPlan(int length, int lanes)
+    : m_length(length), m_share(static_cast<T>(1.0 / length)),
+      m_direct(lanes == 0 ? DirectComplex<T>(length) : nullptr) {
+  if (m_direct != nullptr) {
+    return;
+  } else if (lanes != 0) {
     MakeColumns(lanes);
   } else if (const GridShape lines = LinesFor(length); lines.rows != 0) {
     MakeLines(lines);
@@ -173,11 +179,11 @@ template <class T> ComplexPlan<T>::ComplexPlan(int length, int lanes) : m_length
 
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
-    : Plan(other), m_length(other.m_length), m_scratch(other.m_scratch), m_grid(other.m_grid),
-      m_lines(other.m_lines), m_columns(other.m_columns), m_turns(other.m_turns), m_joins(other.m_joins),
-      m_strides(other.m_strides), m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
-      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum),
-      m_places(other.m_places) {
+    : Plan(other), m_length(other.m_length), m_share(other.m_share), m_direct(other.m_direct),
+      m_scratch(other.m_scratch), m_grid(other.m_grid), m_lines(other.m_lines), m_columns(other.m_columns),
+      m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides), m_tiled(other.m_tiled),
+      m_down(other.m_down), m_across(other.m_across), m_convolution(Copy(other.m_convolution)),
+      m_chirp(other.m_chirp), m_spectrum(other.m_spectrum), m_places(other.m_places) {
   Link();
 }
 
@@ -383,7 +389,8 @@ void ComplexPlan<T>::RunRader(const T *in, T *out, T *scratch, bool inverse, T s
   }
 }
 
-template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, bool inverse, T scale) const {
+template <class T>
+void ComplexPlan<T>::RunLong(const T *in, T *out, T *scratch, bool inverse, T scale) const {
   if (m_lines.length != 0) {
     Passes<T>::Lines()(m_lines, in, out, scratch, inverse, scale);
   } else if (m_grid.rows != 0) {
@@ -411,6 +418,10 @@ template <class T> void ComplexPlan<T>::Run(const T *in, T *out, T *scratch, boo
 template <class T>
 bool ComplexPlan<T>::ForwardWeighted(const T *in, const T *weights, T *out, T *scratch) const {
   if constexpr (requires { Passes<T>::WeightedGrid(); }) {
+    if (m_lines.length != 0) {
+      Passes<T>::WeightedLines()(m_lines, in, weights, out, scratch);
+      return true;
+    }
     if (m_grid.rows != 0) {
       Passes<T>::WeightedGrid()(m_grid, in, weights, out, scratch);
       return true;
@@ -426,7 +437,7 @@ bool ComplexPlan<T>::ForwardWeighted(const T *in, const T *weights, T *out, T *s
 template <class T> std::unique_ptr<RealPlan<T>> RealPlan<T>::Make(int length) {
   if (length < 1) return nullptr;
   auto plan = OrNull([&] { return std::unique_ptr<RealPlan>(new RealPlan(length)); });
-  if (plan != nullptr && plan->m_complex == nullptr) plan.reset();
+  if (plan != nullptr && plan->m_direct == nullptr && plan->m_complex == nullptr) plan.reset();
   return plan;
 }
 
@@ -436,7 +447,9 @@ template <class T> std::unique_ptr<Plan> RealPlan<T>::Clone() const {
 
 template <class T>
 RealPlan<T>::RealPlan(int length)
-    : m_length(length), m_complex(ComplexPlan<T>::Make(length % 2 == 0 ? length / 2 : length)) {
+    : m_length(length), m_share(static_cast<T>(1.0 / length)), m_direct(DirectReal<T>(length)) {
+  if (m_direct != nullptr) return;
+  m_complex = ComplexPlan<T>::Make(length % 2 == 0 ? length / 2 : length);
   if (length % 2 != 0) return;
   const Roots<T> roots(length);
   m_turns = Block<T>(Size(2 * (length / 4 + 1)));
@@ -449,15 +462,17 @@ RealPlan<T>::RealPlan(int length)
 
 template <class T>
 RealPlan<T>::RealPlan(const RealPlan &other)
-    : Plan(other), m_length(other.m_length), m_complex(Copy(other.m_complex)), m_turns(other.m_turns) {}
+    : Plan(other), m_length(other.m_length), m_share(other.m_share), m_direct(other.m_direct),
+      m_complex(Copy(other.m_complex)), m_turns(other.m_turns) {}
 
 template <class T> std::size_t RealPlan<T>::ScratchBytes() const {
+  if (m_direct != nullptr) return 0;
   // The inverse of an odd length keeps its whole spectrum there.
   const std::size_t spectrum = m_length % 2 == 0 ? 0 : 2 * Size(m_length) * sizeof(T);
   return spectrum + m_complex->ScratchBytes();
 }
 
-template <class T> void RealPlan<T>::Forward(const T *in, T *out, T *scratch, T scale) const {
+template <class T> void RealPlan<T>::ForwardLong(const T *in, T *out, T *scratch, T scale) const {
   const std::ptrdiff_t n = m_length;
   if (n % 2 == 0) {
     m_complex->Forward(in, out, scratch, scale / 2);
@@ -476,7 +491,7 @@ template <class T> void RealPlan<T>::Forward(const T *in, T *out, T *scratch, T 
   }
 }
 
-template <class T> void RealPlan<T>::Inverse(const T *in, T *out, T *scratch, T scale) const {
+template <class T> void RealPlan<T>::InverseLong(const T *in, T *out, T *scratch, T scale) const {
   const std::ptrdiff_t n = m_length;
   if (n % 2 == 0) {
     Passes<T>::Tangle()(in, out, m_turns.Data(), n / 2);

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "Block.h"
+#include "Direct.h"
 #include "Factorise.h"
 #include "Grid.h"
 #include "Passes.h"
@@ -43,6 +44,7 @@ private:
 };
 
 /// Complex transform of any length. Which way, by this rule:
+/// - a few short lengths: kernels of their own (Direct.h);
 /// - some lengths to 4096: lines of a grid (Grid.h; LinesFor says which);
 /// - a short product of two or three radices: a grid (Grid.h; GridFor says which);
 /// - else up to 16 points: one butterfly;
@@ -62,6 +64,7 @@ public:
   std::unique_ptr<Plan> Clone() const override;
 
   int Length() const { return m_length; }
+  T Share() const { return m_share; }
   std::size_t ScratchBytes() const override { return m_scratch * sizeof(T); }
 
   /// Of a length that goes through passes.
@@ -86,9 +89,21 @@ private:
   void MakeBluestein();
   void MakeRader(int generator);
   void RunRader(const T *in, T *out, T *scratch, bool inverse, T scale) const;
-  void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const;
+  void RunLong(const T *in, T *out, T *scratch, bool inverse, T scale) const;
+
+  // A call of a direct kernel takes about as long as the kernel itself: nothing but the choice stands
+  // between.
+  void Run(const T *in, T *out, T *scratch, bool inverse, T scale) const {
+    if (m_direct != nullptr) {
+      RunDirect(m_direct, in, out, inverse, scale);
+    } else {
+      RunLong(in, out, scratch, inverse, scale);
+    }
+  }
 
   int m_length;
+  T m_share;                 // 1 / m_length: a division takes longer than a short transform
+  DirectKernel<T> m_direct;  // or null: another way
   std::size_t m_scratch = 0; // in scalars
   Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
   Lines<T> m_lines{};        // its tables are the first two below; length is 0 of another way
@@ -101,7 +116,8 @@ private:
   Block<std::int32_t> m_places; // Rader's: the powers of the generator
 };
 
-/// Real transform of any length: where it is even, a complex one of half the length and a step between them.
+/// Real transform of any length: a few short ones by kernels of their own (Direct.h); else, where it is even,
+/// a complex one of half the length and a step between them.
 template <class T> class RealPlan final : public Plan {
 public:
   /// Null if length is below 1 or there is no memory for the plan.
@@ -111,19 +127,36 @@ public:
   std::unique_ptr<Plan> Clone() const override;
 
   int Length() const { return m_length; }
+  T Share() const { return m_share; }
   std::size_t ScratchBytes() const override;
 
   /// All N bins of N samples; bins k and N - k are exact conjugates. in and out must not overlap.
-  void Forward(const T *in, T *out, T *scratch, T scale) const;
+  void Forward(const T *in, T *out, T *scratch, T scale) const {
+    if (m_direct != nullptr) {
+      RunDirect(m_direct, in, out, false, scale);
+    } else {
+      ForwardLong(in, out, scratch, scale);
+    }
+  }
 
   /// N samples from bins 0 to N / 2; the imaginary parts of bin 0 and, for even N, of bin N / 2 are taken as
   /// zero. in and out must not overlap.
-  void Inverse(const T *in, T *out, T *scratch, T scale) const;
+  void Inverse(const T *in, T *out, T *scratch, T scale) const {
+    if (m_direct != nullptr) {
+      RunDirect(m_direct, in, out, true, scale);
+    } else {
+      InverseLong(in, out, scratch, scale);
+    }
+  }
 
 private:
   explicit RealPlan(int length);
+  void ForwardLong(const T *in, T *out, T *scratch, T scale) const;
+  void InverseLong(const T *in, T *out, T *scratch, T scale) const;
 
   int m_length;
+  T m_share;                // as above
+  DirectKernel<T> m_direct; // or null, and then there are:
   std::unique_ptr<ComplexPlan<T>> m_complex;
   Block<T> m_turns; // exp(-j 2 pi k / N), 0 <= k <= N / 4, of an even length
 };

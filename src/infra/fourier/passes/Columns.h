@@ -339,7 +339,7 @@ template <class T, int N> [[gnu::flatten]] void Small(const T *in, T *out, T sca
   });
 }
 
-/// A length of at most 16 that is no grid, in scalars; out may be in.
+/// A length of at most 16 without a kernel of its own, in scalars; out may be in.
 template <class T> void RunSmall(int length, const T *in, T *out, bool inverse, T scale) {
   const T sign = static_cast<T>(inverse ? -1 : 1);
   switch (length) {

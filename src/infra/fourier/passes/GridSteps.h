@@ -22,11 +22,12 @@ template <class T, int V, int A, class Ends>
     const Index place = 2 * (columns * a + at);
     z[a] = ends.First(Load<E>(in + place), place);
   });
-  Butterfly<T, A>(z);
+  Butterfly<T, A, Ends::kInverse>(z);
   const T *w = turns + 2 * at;
   Unroll<A - 1>([&](auto i) {
     constexpr int k = i + 1;
-    z[k] = Turned(z[k], Load<E>(w + i * 4 * columns), Load<E>(w + i * 4 * columns + 2 * columns));
+    z[k] = Turned<Ends::kInverse>(z[k], Load<E>(w + i * 4 * columns),
+                                  Load<E>(w + i * 4 * columns + 2 * columns));
   });
 }
 
@@ -43,36 +44,41 @@ template <class T, int V, int A, class Give>
   });
 }
 
-// What is done to the samples first, those from scalar `place` on, and to the results last. An inverse
-// transform is the forward one of the conjugate samples, conjugated.
-template <class T> struct AnyEnds {
-  T sign, scale;
+// The direction, and what is done to the samples first, those from scalar `place` on. They are scaled as they
+// are loaded, which takes no instruction of its own.
+template <class T, bool Inverse> struct ScaledEnds {
+  static constexpr bool kInverse = Inverse;
+  T scale;
 
-  template <class E> [[gnu::always_inline]] inline E First(E x, Index) const {
-    return x * Alternating<E>(T{1}, sign);
-  }
-  template <class E> [[gnu::always_inline]] inline E Last(E x) const {
-    return x * Alternating<E>(scale, sign * scale);
-  }
+  template <class E> [[gnu::always_inline]] inline E First(E x, Index) const { return x * scale; }
 };
 // Nothing: a forward transform of scale 1.
-template <class T> struct PlainEnds {
+struct PlainEnds {
+  static constexpr bool kInverse = false;
+
   template <class E> [[gnu::always_inline]] inline E First(E x, Index) const { return x; }
-  template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
 };
 // The same of samples that are multiplied by weights first.
 template <class T> struct WeightedEnds {
+  static constexpr bool kInverse = false;
   const T *weights;
 
   template <class E> [[gnu::always_inline]] inline E First(E x, Index place) const {
     return x * Load<E>(weights + place);
   }
-  template <class E> [[gnu::always_inline]] inline E Last(E x) const { return x; }
 };
 
-// The same for the last step, in as few types as can be.
-template <class Ends> [[gnu::always_inline]] inline Ends LastEnds(Ends ends) { return ends; }
-template <class T> [[gnu::always_inline]] inline PlainEnds<T> LastEnds(WeightedEnds<T>) { return {}; }
+// Calls body(ends) with what a transform needs.
+template <class T, class F>
+[[gnu::always_inline]] inline void WithEnds(bool inverse, T scale, const F &body) {
+  if (inverse) {
+    body(ScaledEnds<T, true>{scale});
+  } else if (scale == 1) {
+    body(PlainEnds{});
+  } else {
+    body(ScaledEnds<T, false>{scale});
+  }
+}
 
 // The first radix, A, for each of `count` neighbours. Count is Index, or an Int where the compiler is to
 // know.
@@ -89,7 +95,7 @@ template <class T, int V, int A, class Count, class Ends>
 }
 
 // Radix B, for each of `rows` neighbours of each of `columns`.
-template <class T, int V, int B>
+template <class T, int V, int B, bool Inverse>
 [[gnu::flatten]] void GridMiddle(const T *in, Index rows, Index columns, const T *turns, T *out) {
   using E = Complex<T, V>;
   constexpr int kRepeat = fourier::kGridRepeat<T>;
@@ -98,49 +104,29 @@ template <class T, int V, int B>
       const Index at = GroupStart<V>(g, rows);
       E z[B];
       Unroll<B>([&](auto b) { z[b] = Load<E>(in + 2 * (rows * (columns * b + c) + at)); });
-      Butterfly<T, B>(z);
+      Butterfly<T, B, Inverse>(z);
       T *const to = out + 2 * (rows * B * c + at);
       Store(to, z[0]);
       Unroll<B - 1>([&](auto i) {
         const T *const w = turns + i * 2 * kRepeat;
-        Store(to + (i + 1) * 2 * rows, Turned(z[i + 1], Load<E>(w), Load<E>(w + kRepeat)));
+        Store(to + (i + 1) * 2 * rows, Turned<Inverse>(z[i + 1], Load<E>(w), Load<E>(w + kRepeat)));
       });
     }
   }
 }
 
 // The last radix, B, for each of `count` neighbours.
-template <class T, int V, int B, class Count, class Ends>
-[[gnu::flatten]] void GridRows(const T *scratch, Count count, Ends ends, T *out) {
+template <class T, int V, int B, bool Inverse, class Count>
+[[gnu::flatten]] void GridRows(const T *scratch, Count count, T *out) {
   const Index rows = count;
   using E = Complex<T, V>;
   for (Index g = 0; g < GroupCount<V>(rows); ++g) {
     const Index at = GroupStart<V>(g, rows);
     E z[B];
     Unroll<B>([&](auto b) { z[b] = Load<E>(scratch + 2 * (rows * b + at)); });
-    Butterfly<T, B>(z);
-    Unroll<B>([&](auto b) { Store(out + 2 * (rows * b + at), ends.Last(z[b])); });
+    Butterfly<T, B, Inverse>(z);
+    Unroll<B>([&](auto b) { Store(out + 2 * (rows * b + at), z[b]); });
   }
-}
-
-// Both steps of A * B points without memory between them.
-template <class T, int A, int B, class Ends>
-[[gnu::flatten]] void SmallGrid(const T *in, T *out, const T *turns, Ends ends) {
-  constexpr int kLeast = A < B ? A : B;
-  constexpr int V = kLeast >= kComplexLanes<T> ? kComplexLanes<T> : kLeast >= 4 ? 4 : 2;
-  using E = Complex<T, V>;
-  E rows[GroupCount<V>(A)][B];
-  Unroll<GroupCount<V>(B)>([&](auto g) {
-    constexpr int kAt = GroupStart<V>(g, B);
-    E z[A];
-    TurnedColumns<T, V, A>(in, kAt, B, turns, ends, z);
-    GiveColumns<T, V, A>(z, [&](auto group, auto, auto i, E t) { rows[group][kAt + i] = t; });
-  });
-  Unroll<GroupCount<V>(A)>([&](auto g) {
-    constexpr int kAt = GroupStart<V>(g, A);
-    Butterfly<T, B>(rows[g]);
-    Unroll<B>([&](auto b) { Store(out + 2 * (A * b + kAt), ends.Last(rows[g][b])); });
-  });
 }
 
 // Calls body(Int<radix>).
@@ -184,52 +170,36 @@ void RunGridWith(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, 
   });
   if (plan.middle != 1) {
     WithRadix(plan.middle, [&]<int B>(Int<B>) {
-      GridMiddle<T, V, B>(first, plan.rows, plan.columns, plan.middleTurns, scratch);
+      GridMiddle<T, V, B, Ends::kInverse>(first, plan.rows, plan.columns, plan.middleTurns, scratch);
     });
   }
   WithRadix(plan.columns, [&]<int B>(Int<B>) {
-    GridRows<T, V, B>(scratch, Index{plan.rows} * plan.middle, LastEnds(ends), out);
+    GridRows<T, V, B, Ends::kInverse>(scratch, Index{plan.rows} * plan.middle, out);
   });
 }
 
 template <class T, class Ends>
 void RunGridEnds(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
-  switch (plan.rows * plan.middle * plan.columns) {
-  case 8:
-    return SmallGrid<T, 4, 2>(in, out, plan.turns, ends);
-  case 12:
-    return SmallGrid<T, 4, 3>(in, out, plan.turns, ends);
-  case 16:
-    return SmallGrid<T, 4, 4>(in, out, plan.turns, ends);
-  case 32:
-    return SmallGrid<T, 8, 4>(in, out, plan.turns, ends);
-  case 64:
-    return SmallGrid<T, 8, 8>(in, out, plan.turns, ends);
-  case 128:
-    return SmallGrid<T, 16, 8>(in, out, plan.turns, ends);
-  case 256:
-    GridColumns<T, kComplexLanes<T>, 16>(in, Int<16>{}, plan.turns, ends, scratch);
-    return GridRows<T, kComplexLanes<T>, 16>(scratch, Int<16>{}, ends, out);
-  default:
-    return RunGridWith<T, kComplexLanes<T>>(plan, in, out, scratch, ends);
+  constexpr int V = kComplexLanes<T>;
+  if (plan.middle == 1 && plan.rows == 16 && plan.columns == 16) {
+    GridColumns<T, V, 16>(in, Int<16>{}, plan.turns, ends, scratch);
+    GridRows<T, V, 16, Ends::kInverse>(scratch, Int<16>{}, out);
+  } else {
+    RunGridWith<T, V>(plan, in, out, scratch, ends);
   }
-}
-
-/// out = forward transform of the products of in and weights, scalar by scalar; out may be in. scratch holds
-/// twice as many values as the transform.
-template <class T>
-void RunWeightedGrid(const fourier::Grid<T> &plan, const T *in, const T *weights, T *out, T *scratch) {
-  RunGridEnds(plan, in, out, scratch, WeightedEnds<T>{weights});
 }
 
 /// out = scale * transform of in; out may be in. scratch holds twice as many values as the transform.
 template <class T>
 void RunGrid(const fourier::Grid<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
-  if (!inverse && scale == T{1}) {
-    RunGridEnds(plan, in, out, scratch, PlainEnds<T>{});
-  } else {
-    RunGridEnds(plan, in, out, scratch, AnyEnds<T>{static_cast<T>(inverse ? -1 : 1), scale});
-  }
+  WithEnds<T>(inverse, scale, [&](auto ends) { RunGridEnds(plan, in, out, scratch, ends); });
+}
+
+/// out = forward transform of the products of in and weights, scalar by scalar; out may be in. scratch as
+/// above.
+template <class T>
+void RunWeightedGrid(const fourier::Grid<T> &plan, const T *in, const T *weights, T *out, T *scratch) {
+  RunGridEnds(plan, in, out, scratch, WeightedEnds<T>{weights});
 }
 
 } // namespace

@@ -48,15 +48,16 @@ template <class T, int A, int Count, class Ends>
     const auto column = [&](Index v, const auto &get) {
       const T *const w = turns + 2 * v;
       E z[A];
-      Points<T, A, E>([&](auto a) { return ends.First(get(a)); },
-                      [&](auto k, E x) {
-                        if constexpr (k == 0) {
-                          z[0] = x;
-                        } else {
-                          constexpr int kAt = (k - 1) * 4 * G;
-                          z[k] = Turned(x, Load<E>(w + kAt), Load<E>(w + kAt + 2 * G));
-                        }
-                      });
+      Points<T, A, Ends::kInverse, E>([&](auto a) { return ends.First(get(a), 2 * (Count * a + at + v)); },
+                                      [&](auto k, E x) {
+                                        if constexpr (k == 0) {
+                                          z[0] = x;
+                                        } else {
+                                          constexpr int kAt = (k - 1) * 4 * G;
+                                          z[k] = Turned<Ends::kInverse>(x, Load<E>(w + kAt),
+                                                                        Load<E>(w + kAt + 2 * G));
+                                        }
+                                      });
       GiveColumns<T, V, A>(z, [&](auto, auto row, auto i, E t) {
         Store(lines + 2 * (Count * (row / G * G) + G * (v + i) + row % G), t);
       });
@@ -73,34 +74,35 @@ template <class T, int A, int Count, class Ends>
 
 // Radix M, for each of D lines. M + 1 lines apart, the results of one meet those of others in no set of the
 // cache.
-template <class T, int M, int D> [[gnu::flatten]] void LineMiddle(const T *lines, const T *turns, T *to) {
+template <class T, int M, int D, bool Inverse>
+[[gnu::flatten]] void LineMiddle(const T *lines, const T *turns, T *to) {
   constexpr int V = kComplexLanes<T>, G = kLine<T>;
   using E = Complex<T, V>;
   for (Index c = 0; c < D; ++c, turns += (M - 1) * 4, lines += 2 * G, to += (M + 1) * 2 * G) {
     for (int v = 0; v < 2 * G; v += 2 * V) {
-      Points<T, M, E>([&](auto m) { return Load<E>(lines + m * D * 2 * G + v); },
-                      [&](auto k, E z) {
-                        if constexpr (k > 0) {
-                          const T *const w = turns + (k - 1) * 4;
-                          z = Turned(z, Pairs<E>(w), Pairs<E>(w + 2));
-                        }
-                        Store(to + k * 2 * G + v, z);
-                      });
+      Points<T, M, Inverse, E>([&](auto m) { return Load<E>(lines + m * D * 2 * G + v); },
+                               [&](auto k, E z) {
+                                 if constexpr (k > 0) {
+                                   const T *const w = turns + (k - 1) * 4;
+                                   z = Turned<Inverse>(z, Pairs<E>(w), Pairs<E>(w + 2));
+                                 }
+                                 Store(to + k * 2 * G + v, z);
+                               });
     }
   }
 }
 
 // The last radix, D, for each of M lines, to lines that lie Step values apart.
-template <class T, int M, int D, int Step, class Ends>
-[[gnu::flatten]] void LineLast(const T *from, Ends ends, T *out) {
+template <class T, int M, int D, int Step, bool Inverse>
+[[gnu::flatten]] void LineLast(const T *from, T *out) {
   constexpr int V = kComplexLanes<T>, G = kLine<T>;
   using E = Complex<T, V>;
   for (Index k = 0; k < M; ++k, from += 2 * G, out += 2 * Step) {
     using Waiting = Aside<T, D>;
     Waiting aside;
     const auto run = [&](int v, const auto &put) {
-      Points<T, D, E>([&](auto c) { return Load<E>(from + c * (M + 1) * 2 * G + 2 * v); },
-                      [&](auto d, E z) { put(d, ends.Last(z)); });
+      Points<T, D, Inverse, E>([&](auto c) { return Load<E>(from + c * (M + 1) * 2 * G + 2 * v); },
+                               [&](auto d, E z) { put(d, z); });
     };
     Unroll<Waiting::kMore>([&](auto i) { run(i * V, [&](auto d, E z) { Store(aside.At(i, d), z); }); });
     run(G - V, [&](auto d, E z) {
@@ -125,17 +127,18 @@ template <class T, int A, int M, int D, class Ends>
 void LinesOf(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch, Ends ends) {
   constexpr int G = kLine<T>;
   constexpr Index kPage = 4096;
+  constexpr bool kInverse = Ends::kInverse;
   T *const part = scratch + 2 * A * M * D;
   LineColumns<T, A, M * D>(in, plan.turns, ends, scratch);
   for (Index row = 0; row < A; row += G) {
     T *const lines = scratch + 2 * row * M * D;
-    LineMiddle<T, M, D>(lines, plan.middleTurns, part);
+    LineMiddle<T, M, D, kInverse>(lines, plan.middleTurns, part);
     if constexpr (A * M * 2 * sizeof(T) % kPage == 0) {
       // The lines that a butterfly writes would meet in one set of the cache.
-      LineLast<T, M, D, G>(part, ends, lines);
+      LineLast<T, M, D, G, kInverse>(part, lines);
       SpreadLines<T, M * D, A>(lines, out + 2 * row);
     } else {
-      LineLast<T, M, D, A>(part, ends, out + 2 * row);
+      LineLast<T, M, D, A, kInverse>(part, out + 2 * row);
     }
   }
 }
@@ -160,11 +163,14 @@ void RunLinesEnds(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch
 /// (middle + 1) * columns lines.
 template <class T>
 void RunLines(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
-  if (!inverse && scale == T{1}) {
-    RunLinesEnds(plan, in, out, scratch, PlainEnds<T>{});
-  } else {
-    RunLinesEnds(plan, in, out, scratch, AnyEnds<T>{static_cast<T>(inverse ? -1 : 1), scale});
-  }
+  WithEnds<T>(inverse, scale, [&](auto ends) { RunLinesEnds(plan, in, out, scratch, ends); });
+}
+
+/// out = forward transform of the products of in and weights, scalar by scalar; out may be in. scratch as
+/// above.
+template <class T>
+void RunWeightedLines(const fourier::Lines<T> &plan, const T *in, const T *weights, T *out, T *scratch) {
+  RunLinesEnds(plan, in, out, scratch, WeightedEnds<T>{weights});
 }
 
 } // namespace

@@ -1,0 +1,8 @@
+#include "Direct.h"
+
+namespace QORN::kernels::QORN_LEVEL {
+
+#define QORN_FAMILY "infra/kernels/families/FourierDirect64.inc"
+#include "infra/kernels/families/Define.h"
+
+} // namespace QORN::kernels::QORN_LEVEL
