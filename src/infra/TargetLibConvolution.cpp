@@ -41,11 +41,8 @@ template <class T> Method Choose(int taps, int len, Index outputs, double terms)
   return method;
 }
 
-// Where the outputs of transforms of the whole operands are not good enough, blocks know to tell more.
+// Where outputs of transforms of the whole operands are not good enough, blocks know to tell more.
 template <class T> void Run(const fourier::Correlation<T> &job, const Method &method) {
-  if constexpr (!std::is_same_v<T, double>) {
-    if (method.whole != 0 && fourier::CorrelateWhole(job, method.whole)) return;
-  }
   constexpr double kAny = std::numeric_limits<double>::infinity();
   const int length =
       method.block != 0 ? method.block : fourier::BlockLength<T>(job.tapCount, job.count, kAny);
@@ -63,6 +60,9 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
   const Index outputs = static_cast<Index>(len1) + len2 - 1;
   const Method method = Choose<T>(len1, len2, outputs, static_cast<double>(len1) * len2);
   if (method.IsDirect()) return direct(src1, len1, src2, len2, dst);
+  if constexpr (std::is_same_v<T, float>) {
+    if (method.whole != 0 && fourier::ConvolveWhole(src1, len1, src2, len2, dst, method.whole)) return;
+  }
   const fourier::WorkArray<T> taps(len1);
   Reverse(src1, len1, taps.Data());
   Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, method);
@@ -84,17 +84,16 @@ void Correlate(void (*direct)(const T *, int, const T *, int, T *, int, int), co
   std::fill_n(dst, first - place, T{});
   std::fill(dst + (end - place), dst + dstLen, T{});
   T *const results = dst + (first - place);
+  const fourier::Correlation<T> job{src1, len1, src2, len2, first, end - first, results};
+  if (method.whole != 0 && fourier::CorrelateWhole(job, method.whole)) return;
+  if (len1 <= len2) return Run<T>(job, method);
   constexpr Index kScalars = sizeof(T) / sizeof(float);
-  if (len1 <= len2) {
-    Run<T>({src1, len1, src2, len2, first, end - first, results}, method);
-  } else {
-    const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
-    Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
-    Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
-    Run<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()), len1, first,
-            end - first, results},
-           method);
-  }
+  const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
+  Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
+  Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
+  Run<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()), len1, first,
+          end - first, results},
+         method);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "infra/kernels/Levels.h"
@@ -91,10 +92,10 @@ template <class T> void Check(const Case &of, int length, std::vector<T> taps, s
 
 template <class T> void CheckCases() {
   constexpr Case kCases[] = {
-      {32, 32, 0, 63},    {1, 100, 0, 100},      {40, 89, 0, 128},     {65, 128, 0, 192},
-      {64, 65, 0, 128},   {100, 300, 17, 250},   {100, 300, 99, 200},  {100, 300, 300, 99},
-      {200, 200, 199, 1}, {500, 700, 300, 7},    {313, 400, 0, 712},   {700, 1300, 690, 20},
-      {3000, 4000, 0, 9}, {3000, 4000, 6990, 9}, {64, 2100, 60, 2000},
+      {32, 32, 0, 63},      {1, 100, 0, 100},    {40, 89, 0, 128},      {65, 128, 0, 192},
+      {64, 65, 0, 128},     {100, 300, 17, 250}, {100, 300, 99, 200},   {100, 300, 300, 99},
+      {200, 200, 199, 1},   {500, 700, 300, 7},  {313, 400, 0, 712},    {400, 313, 0, 712},
+      {700, 1300, 690, 20}, {3000, 4000, 0, 9},  {3000, 4000, 6990, 9}, {64, 2100, 60, 2000},
   };
   for (const Case &of : kCases) {
     double limit = kUnlimited;
@@ -114,6 +115,26 @@ TEST(WholeCorrelation, CorrelateWhole_Noise_KeepsTheBound) {
   CheckCases<Cplx32>();
 }
 
+TEST(WholeCorrelation, ConvolveWhole_Noise_KeepsTheBound) {
+  const double eps = double{std::numeric_limits<float>::epsilon()};
+  for (const auto &[count, len] : {std::pair{40, 90}, {90, 40}, {500, 525}, {1, 128}}) {
+    std::vector<float> taps = Noise<float>(count, 12), x = Noise<float>(len, 13), reversed = taps;
+    std::fill(x.begin() + len / 3, x.begin() + len / 3 + 2, 0.0F);
+    std::reverse(reversed.begin(), reversed.end());
+    for (const kernels::Level &level : kernels::AvailableLevels()) {
+      const kernels::ScopedLevel scope(level);
+      Guarded<float> dst(count + len - 1, 1);
+      ASSERT_TRUE(QORN::fourier::ConvolveWhole(taps.data(), count, x.data(), len, dst.data(), 1024));
+      ASSERT_TRUE(dst.Intact());
+      for (int n = 0; n < count + len - 1; ++n) {
+        const Sum sum = Expected(reversed, x, n);
+        ASSERT_NEAR(double{dst.data()[n]}, sum.re, 4 * eps * sum.sizes)
+            << level.name << ' ' << count << ' ' << n;
+      }
+    }
+  }
+}
+
 // Integers whose sums a float holds come out exactly.
 TEST(WholeCorrelation, CorrelateWhole_Integers_IsExact) {
   std::mt19937 random(5);
@@ -123,6 +144,17 @@ TEST(WholeCorrelation, CorrelateWhole_Integers_IsExact) {
   }
   ASSERT_TRUE(CorrelateWhole<float>({taps.data(), 300, x.data(), 700, 0, 999, dst.data()}, 1024));
   for (int n = 0; n < 999; ++n) ASSERT_EQ(double{dst[static_cast<std::size_t>(n)]}, Expected(taps, x, n).re);
+}
+
+// Values that begin late and end early: the outputs that see none of them are exactly 0.
+TEST(WholeCorrelation, CorrelateWhole_SilenceAtTheEnds_IsExactlyZeroThere) {
+  const Case of{100, 600, 0, 699};
+  std::vector<float> taps = Noise<float>(of.taps, 14), x(600), dst(699, 1.0F);
+  const std::vector<float> burst = Noise<float>(50, 15);
+  std::copy(burst.begin(), burst.end(), x.begin() + 200);
+  Check<float>(of, 1024, taps, x);
+  ASSERT_TRUE(CorrelateWhole<float>({taps.data(), of.taps, x.data(), of.len, 0, of.count, dst.data()}, 1024));
+  for (std::size_t n = 0; n < 699; ++n) EXPECT_EQ(dst[n] == 0.0F, n < 200 || n >= 349) << n;
 }
 
 // A pause that a few outputs lie in: these are exactly 0, those around it keep their own bounds.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
@@ -104,11 +105,28 @@ template <class T> int WholeLength(Index taps, Index len, double &limit) {
   return best;
 }
 
-template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
+namespace {
+
+// Output n by its definition. Products of floats are exact in double.
+template <class T> T Exactly(const Correlation<T> &job, Index n, bool convolve) {
+  const Index count = job.tapCount, first = std::max(Index{0}, n - (job.len - 1));
+  double re = 0, im = 0;
+  // k is the distance from the output's last value, that of the last tap or, in a convolution, of the first.
+  for (Index k = first; k < count && k <= n; ++k) {
+    const T x = job.x[n - k], tap = convolve ? job.taps[k] : Conjugate(job.taps[count - 1 - k]);
+    re += Re(tap) * Re(x) - Im(tap) * Im(x);
+    im += Re(tap) * Im(x) + Im(tap) * Re(x);
+  }
+  if constexpr (kReal<T>)
+    return static_cast<T>(re);
+  else
+    return {static_cast<float>(re), static_cast<float>(im)};
+}
+
+template <class T> bool RunWhole(const Correlation<T> &job, int length, bool convolve) {
   constexpr int kParts = Element<T>::kParts;
   const Transform<T> &plan = SharedTransform<Transform<T>>(length);
-  const Index n = length, last = job.tapCount - 1;
-  const Index scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
+  const Index n = length, scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
   const double energy = Energy(Parts(job.x), kParts * static_cast<Index>(job.len));
   const double tapEnergy = Energy(Parts(job.taps), kParts * static_cast<Index>(job.tapCount));
   if (!std::isfinite(energy) || !std::isfinite(tapEnergy)) return false;
@@ -128,13 +146,13 @@ template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
   };
   transform(job.taps, job.tapCount, tapBins);
   transform(job.x, job.len, bins);
-  // The product with the conjugate.
-  active->FourierProduct_64f(bins, tapBins, bins, kReal<T> ? n / 2 + 1 : n, true, true);
+  // A correlation is the product with the conjugate.
+  active->FourierProduct_64f(bins, tapBins, bins, kReal<T> ? n / 2 + 1 : n, !convolve, !convolve);
   double *const results = kReal<T> ? signal : bins;
   plan.Inverse(bins, results, scratch, 1.0 / length);
 
-  // Output i is value i - last, those below 0 lying at the end.
-  const Index end = job.first + job.count;
+  // Output i is value i - lag, those below 0 lying at the end.
+  const Index end = job.first + job.count, lag = convolve ? 0 : job.tapCount - 1;
   double smallest = std::numeric_limits<double>::infinity();
   const auto round = [&](Index from, Index to, const double *values) {
     if (from >= to) return;
@@ -142,23 +160,45 @@ template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
                                                 kParts * (to - from));
     smallest = std::min(smallest, own);
   };
-  round(job.first, std::min(end, last), results + kParts * (n - last));
-  round(std::max(job.first, last), end, results - kParts * last);
+  round(job.first, std::min(end, lag), results + kParts * (n - lag));
+  round(std::max(job.first, lag), end, results - kParts * lag);
 
   const double error = 8 * std::ceil(std::log2(length)) * kUnit;
   const double least =
       CyclicBound(error, std::sqrt(energy), std::sqrt(tapEnergy), std::sqrt(Energy(results, kParts * n))) *
       (1 + 1e-6) / kShare<T>;
   if (smallest >= least) return true;
-  // The few outputs that do not speak for themselves are summed directly.
-  constexpr Index kFew = 64;
-  Index few = std::max(job.count / kFew, Index{1});
+  // Outputs that do not speak for themselves are zero before the first nonzero value and behind the last one;
+  // the others are summed directly, as long as that takes about as long as the transforms.
+  const auto isZero = [](const T &x) { return Size(x) == 0; };
+  const T *const values = job.x, *const behind = values + job.len;
+  const Index begin = std::find_if_not(values, behind, isZero) - values;
+  const Index rest = std::find_if_not(std::reverse_iterator(behind), std::reverse_iterator(values), isZero) -
+                     std::reverse_iterator(behind);
+  Index few = std::max(8 * n / job.tapCount, Index{1});
   for (Index i = 0; i < job.count; ++i) {
     if (Size(job.dst[i]) >= least) continue;
-    if (few-- == 0) return false;
-    Direct(job.taps, job.tapCount, job.x, job.len, job.dst + i, 1, static_cast<int>(job.first + i - last));
+    const Index at = job.first + i;
+    if (at < begin || at >= job.len - rest + job.tapCount - 1) {
+      job.dst[i] = T{};
+    } else if (few-- > 0) {
+      job.dst[i] = Exactly(job, at, convolve);
+    } else {
+      return false;
+    }
   }
   return true;
+}
+
+} // namespace
+
+template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
+  return RunWhole(job, length, false);
+}
+
+bool ConvolveWhole(const float *taps, int tapCount, const float *x, int len, float *dst, int length) {
+  return RunWhole<float>({taps, tapCount, x, len, 0, static_cast<Index>(tapCount) + len - 1, dst}, length,
+                         true);
 }
 
 template int WholeLength<float>(Index, Index, double &);

@@ -14,10 +14,13 @@ namespace QORN::fourier {
 template <class T> int WholeLength(std::ptrdiff_t taps, std::ptrdiff_t len, double &limit);
 
 /// Computes the outputs by transforms in double, both operands being filled up with zeros to `length`, one of
-/// WholeLength or longer. False if not every output has been shown to be as exact as it must be, as when an
-/// operand is zero in long stretches, or not finite: then the outputs are undefined. Throws QORNException
-/// 11001 if there is no memory.
+/// WholeLength or longer. Taps may be more than values. False if not every output has been shown to be as
+/// exact as it must be, as when an operand is zero in long stretches, or not finite: then the outputs are
+/// undefined. Throws QORNException 11001 if there is no memory.
 template <class T> bool CorrelateWhole(const Correlation<T> &job, int length);
+
+/// The same of the convolution y[n] = sum over k of taps[k] x[n - k], whose outputs are all wanted.
+bool ConvolveWhole(const float *taps, int tapCount, const float *x, int len, float *dst, int length);
 
 } // namespace QORN::fourier
 
