@@ -587,7 +587,7 @@ public:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
   /// - one transform of each source as a whole, of float sources alone, where that is estimated as the least
-  ///   work: of equal lengths from some 100 by 100 elements on (50 for 32fc).
+  ///   work: of equal lengths from some 100 by 100 elements on (40 for 32fc).
   /// - transforms of overlapping blocks (overlap-save), where these are: from about 100 (45 for 32fc)
   ///   elements on if the other source is long, and for 64f from some 800 by 800 on.
   /// Results that the rounding errors of transforms could have spoiled, quiet ones beside loud ones, are
