@@ -167,6 +167,7 @@ print()
 polynomial("kExpRest32", "e^r = 1 + r + r^2 P(r) for |r| <= ln 2 / 16, relative, in floats.",
            near_zero(lambda r: (exp(r) - 1 - r) / r ** 2, mpf(1) / 2), lambda r: r * r / exp(r),
            -step / 2 * mpf("1.001"), step / 2 * mpf("1.001"), 3, kind="float")
+
 # Logarithms.
 p = parts(log(2), [40, 53])
 scalars("ln 2, also in parts of 40 and 53 bits.", kLn2=log(2), kLogLn2High=p[0], kLogLn2Low=p[1])

@@ -2,84 +2,44 @@
 
 namespace QORN::fourier {
 
-using kernels::Table;
+namespace {
 
-template <> DirectKernel<float> DirectComplex(int length) {
-  switch (length) {
-  case 8:
-    return &Table::Fourier8_32f;
-  case 12:
-    return &Table::Fourier12_32f;
-  case 16:
-    return &Table::Fourier16_32f;
-  case 32:
-    return &Table::Fourier32_32f;
-  case 60:
-    return &Table::Fourier60_32f;
-  case 64:
-    return &Table::Fourier64_32f;
-  case 128:
-    return &Table::Fourier128_32f;
-  default:
-    return nullptr;
+template <class T> struct Row {
+  int length;
+  DirectKernel<T> kernel;
+};
+
+template <class T, int N> DirectKernel<T> Find(const Row<T> (&rows)[N], int length) {
+  for (const Row<T> &row : rows) {
+    if (row.length == length) return row.kernel;
   }
+  return nullptr;
 }
 
-template <> DirectKernel<double> DirectComplex(int length) {
-  switch (length) {
-  case 8:
-    return &Table::Fourier8_64f;
-  case 12:
-    return &Table::Fourier12_64f;
-  case 16:
-    return &Table::Fourier16_64f;
-  case 32:
-    return &Table::Fourier32_64f;
-  case 60:
-    return &Table::Fourier60_64f;
-  case 64:
-    return &Table::Fourier64_64f;
-  case 128:
-    return &Table::Fourier128_64f;
-  default:
-    return nullptr;
+// The rows of a type, whose kernels end in its suffix.
+#define QORN_COMPLEX_ROWS(suffix)                                                                            \
+  {8, &kernels::Table::Fourier8_##suffix}, {12, &kernels::Table::Fourier12_##suffix},                        \
+      {16, &kernels::Table::Fourier16_##suffix}, {32, &kernels::Table::Fourier32_##suffix},                  \
+      {60, &kernels::Table::Fourier60_##suffix}, {64, &kernels::Table::Fourier64_##suffix}, {                \
+    128, &kernels::Table::Fourier128_##suffix                                                                \
   }
-}
+#define QORN_REAL_ROWS(suffix)                                                                               \
+  {8, &kernels::Table::FourierReal8_##suffix}, {12, &kernels::Table::FourierReal12_##suffix},                \
+      {16, &kernels::Table::FourierReal16_##suffix}, {32, &kernels::Table::FourierReal32_##suffix}, {        \
+    60, &kernels::Table::FourierReal60_##suffix                                                              \
+  }
+constexpr Row<float> kComplex32[] = {QORN_COMPLEX_ROWS(32f)};
+constexpr Row<double> kComplex64[] = {QORN_COMPLEX_ROWS(64f)};
+constexpr Row<float> kReal32[] = {QORN_REAL_ROWS(32f)};
+constexpr Row<double> kReal64[] = {QORN_REAL_ROWS(64f), {100, &kernels::Table::FourierReal100_64f}};
+#undef QORN_COMPLEX_ROWS
+#undef QORN_REAL_ROWS
 
-template <> DirectKernel<float> DirectReal(int length) {
-  switch (length) {
-  case 8:
-    return &Table::FourierReal8_32f;
-  case 12:
-    return &Table::FourierReal12_32f;
-  case 16:
-    return &Table::FourierReal16_32f;
-  case 32:
-    return &Table::FourierReal32_32f;
-  case 60:
-    return &Table::FourierReal60_32f;
-  default:
-    return nullptr;
-  }
-}
+} // namespace
 
-template <> DirectKernel<double> DirectReal(int length) {
-  switch (length) {
-  case 8:
-    return &Table::FourierReal8_64f;
-  case 12:
-    return &Table::FourierReal12_64f;
-  case 16:
-    return &Table::FourierReal16_64f;
-  case 32:
-    return &Table::FourierReal32_64f;
-  case 60:
-    return &Table::FourierReal60_64f;
-  case 100:
-    return &Table::FourierReal100_64f;
-  default:
-    return nullptr;
-  }
-}
+template <> DirectKernel<float> DirectComplex(int length) { return Find(kComplex32, length); }
+template <> DirectKernel<double> DirectComplex(int length) { return Find(kComplex64, length); }
+template <> DirectKernel<float> DirectReal(int length) { return Find(kReal32, length); }
+template <> DirectKernel<double> DirectReal(int length) { return Find(kReal64, length); }
 
 } // namespace QORN::fourier

@@ -1,4 +1,4 @@
-#include "infra/fourier/passes/Vec.h"
+#include "Registers.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -11,18 +11,9 @@ using Doubles = Register<double>;
 template <int kFirst, class E, int... I> [[gnu::always_inline]] inline auto Lanes(E a, E b, Seq<I...>) {
   return __builtin_shufflevector(a, b, (kFirst + I)...);
 }
-// The lower or the upper half of a register in double, and back. GCC splits the conversion of a generic
-// vector into narrower ones; and it warns of what the form without a mask leaves undefined.
+// The lower or the upper half of a register in double, and back.
 template <int kUpper> [[gnu::always_inline]] inline Doubles Widened(Register<float> x) {
-  constexpr int kHalf = kPerRegister<double>;
-  const auto half = Lanes<kUpper * kHalf>(x, x, MakeSeq<kHalf>{});
-#if defined(__AVX512F__)
-  return _mm512_maskz_cvtps_pd(0xff, half);
-#elif defined(__AVX2__)
-  return _mm256_cvtps_pd(half);
-#else
-  return __builtin_convertvector(half, Doubles);
-#endif
+  return Widened(HalfOf<kUpper, kPerRegister<float>>(x));
 }
 [[gnu::always_inline]] inline Register<float> Narrowed(Doubles low, Doubles high) {
   using Half = Vec<float, kPerRegister<double>>;

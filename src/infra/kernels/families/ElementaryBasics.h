@@ -3,7 +3,7 @@
 #ifndef QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
 #define QORN_SRC_INFRA_KERNELS_ELEMENTARYBASICS_H
 
-#include "infra/fourier/passes/Vec.h"
+#include "Registers.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -136,18 +136,11 @@ struct Halves {
   Doubles lower, upper;
 };
 
-// Converted by intrinsics: GCC 12 takes apart what has vectors of two sizes.
-template <int... I> QORN_INLINE Halves Widened(Floats x, Seq<I...>) {
-  const auto lower = __builtin_shufflevector(x, x, I...);
-  const auto upper = __builtin_shufflevector(x, x, (I + kFloats / 2)...);
-#if defined(__AVX512F__)
-  return {_mm512_maskz_cvtps_pd(0xff, lower), _mm512_maskz_cvtps_pd(0xff, upper)};
-#else
-  return {_mm256_cvtps_pd(lower), _mm256_cvtps_pd(upper)};
-#endif
+QORN_INLINE Halves Widened(Floats x) {
+  return {Widened(HalfOf<0, kFloats>(x)), Widened(HalfOf<1, kFloats>(x))};
 }
-QORN_INLINE Halves Widened(Floats x) { return Widened(x, MakeSeq<kFloats / 2>{}); }
 
+// By intrinsics: GCC 12 takes apart what has vectors of two sizes.
 template <int... I> QORN_INLINE Floats Narrowed(Doubles lower, Doubles upper, Seq<I...>) {
 #if defined(__AVX512F__)
   const __m256 first = _mm512_maskz_cvtpd_ps(0xff, lower), second = _mm512_maskz_cvtpd_ps(0xff, upper);
