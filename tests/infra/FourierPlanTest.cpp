@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <set>
+#include <tuple>
 #include <vector>
 
 #include "infra/fourier/Factorise.h"
@@ -19,6 +21,8 @@ namespace {
 
 using QORN::fourier::Block;
 using QORN::fourier::ComplexPlan;
+using QORN::fourier::FourStepFor;
+using QORN::fourier::FourStepShape;
 using QORN::fourier::GridFor;
 using QORN::fourier::IsSmooth;
 using QORN::fourier::LinesFor;
@@ -89,19 +93,43 @@ template <class T> class FourierPlan : public testing::Test {};
 using Scalars = testing::Types<float, double>;
 TYPED_TEST_SUITE(FourierPlan, Scalars);
 
-// All lengths to 300; then primes, their multiples, powers and mixed lengths, and all that go through a grid.
-std::vector<int> Lengths() {
+// What makes two transforms in two sweeps take different ways through their code.
+auto WaysOf(const FourStepShape &shape, int scalar) {
+  int columns = 1;
+  for (const int radix : shape.across) columns *= radix;
+  return std::make_tuple(shape.first, shape.down.size(), shape.across.size(), columns % (32 / scalar) == 0,
+                         shape.across.empty() || shape.across.back() > 8);
+}
+
+// All lengths to 300; then primes, their multiples, powers and mixed lengths, all that go through a grid, and
+// the least of each way through two sweeps.
+std::vector<int> MakeLengths() {
   std::vector<int> lengths;
   for (int n = 1; n <= 300; ++n) lengths.push_back(n);
-  for (const int n :
-       {343,  360,  512,  625,  729,  1000, 1001, 1009, 1016,  1023,  1024,  1200,  1331,  1536,  2011, 2032,
-        2048, 2187, 2197, 3125, 4095, 4096, 6859, 8192, 10000, 10007, 16384, 16807, 28561, 32768, 65536}) {
+  for (const int n : {343,  360,   512,   625,   729,   1000,  1001,  1009,  1016,  1023, 1024, 1200,
+                      1331, 1536,  2011,  2032,  2048,  2187,  2197,  3125,  4095,  4096, 6859, 8192,
+                      9900, 10000, 10007, 16384, 16807, 24576, 25600, 28561, 32768, 65536}) {
     lengths.push_back(n);
   }
+  const auto add = [&lengths](int n) {
+    if (std::find(lengths.begin(), lengths.end(), n) == lengths.end()) lengths.push_back(n);
+  };
   for (int n = 301; n <= 2048; ++n) {
-    if (GridFor(n, sizeof(float)).rows != 0 && std::find(lengths.begin(), lengths.end(), n) == lengths.end())
-      lengths.push_back(n);
+    if (GridFor(n, sizeof(float)).rows != 0) add(n);
   }
+  for (const int scalar : {4, 8}) {
+    std::set<decltype(WaysOf({}, 4))> ways;
+    for (int n = 304; n <= 40000; n += 8) {
+      const FourStepShape shape = FourStepFor(n, scalar);
+      if (shape.first != 0 && LinesFor(n, scalar).rows == 0 && GridFor(n, scalar).rows == 0 &&
+          ways.insert(WaysOf(shape, scalar)).second)
+        add(n);
+    }
+  }
+  return lengths;
+}
+const std::vector<int> &Lengths() {
+  static const std::vector<int> lengths = MakeLengths();
   return lengths;
 }
 
@@ -124,19 +152,75 @@ TYPED_TEST(FourierPlan, GridFor_AnyLength_IsItsProductOfRadices) {
 }
 
 // A line is 8 values of float and 4 of double; a plan that had a shape without code would give nothing.
-TEST(FourierShape, LinesFor_AnyLength_IsItsProductOfRadices) {
-  int count = 0;
+TYPED_TEST(FourierPlan, LinesFor_AnyLength_IsItsProductOfRadices) {
+  std::vector<int> found;
   for (int n = 1; n <= 100000; ++n) {
-    const QORN::fourier::GridShape shape = LinesFor(n);
+    const QORN::fourier::GridShape shape = LinesFor(n, sizeof(TypeParam));
     if (shape.rows == 0) continue;
-    ++count;
+    found.push_back(n);
     EXPECT_EQ(shape.rows * shape.middle * shape.columns, n);
     EXPECT_EQ(shape.rows % 8, 0) << n;
     EXPECT_EQ(shape.middle * shape.columns % 8, 0) << n;
-    const std::vector<int> lengths = Lengths();
-    EXPECT_NE(std::find(lengths.begin(), lengths.end(), n), lengths.end()) << n;
+    EXPECT_NE(std::find(Lengths().begin(), Lengths().end(), n), Lengths().end()) << n;
   }
-  EXPECT_EQ(count, 5);
+  std::vector<int> expected = {512, 1024, 1536, 2048};
+  if (sizeof(TypeParam) == sizeof(float)) expected.push_back(4096);
+  EXPECT_EQ(found, expected);
+}
+
+// The steps have code for a first radix of 8 or 16, and for the radices that grids have. Columns must fill a
+// line, and take two steps.
+TYPED_TEST(FourierPlan, FourStepFor_AnyLength_IsItsProductOfRadices) {
+  constexpr int kScalar = sizeof(TypeParam), kWidth = 32 / kScalar, kLongest = (4 << 20) / (2 * kScalar);
+  int count = 0;
+  const auto check = [&](int n) {
+    const FourStepShape shape = FourStepFor(n, kScalar);
+    if (shape.first == 0) {
+      EXPECT_TRUE(shape.down.empty() && shape.across.empty());
+      return;
+    }
+    ++count;
+    EXPECT_TRUE(shape.first == 8 || shape.first == 16) << n;
+    int product = shape.first, columns = 1;
+    for (const std::vector<int> *radices : {&shape.down, &shape.across}) {
+      EXPECT_LE(radices->size(), 4U) << n;
+      for (const int radix : *radices) {
+        EXPECT_TRUE(radix >= 4 && radix <= 16 && radix != 11 && radix != 13) << n;
+        product *= radix;
+        if (radices == &shape.across) columns *= radix;
+      }
+    }
+    EXPECT_EQ(product, n);
+    EXPECT_GE(columns, kWidth) << n;
+    EXPECT_GE(shape.across.size(), 2U) << n;
+    EXPECT_LE(n, kLongest);
+  };
+  for (int n = 1; n <= 20000; ++n) check(n);
+  for (int n = 24000; n <= 2 * kLongest; n += 2000) check(n);
+  for (int n = 8192; n <= kLongest; n *= 2) {
+    EXPECT_NE(FourStepFor(n, kScalar).first, 0) << n;
+    check(n);
+  }
+  EXPECT_GT(count, 200);
+}
+
+// Long ones that go through two sweeps both with and without a copy at the end, and with three steps down.
+TYPED_TEST(FourierPlan, ComplexTransform_LongTwoSweeps_IsTheDefinitionWithinTheBound) {
+  using T = TypeParam;
+  for (const int n : {48000, 49152, 50000, 81920, 98304, 100000, 131072, 196608, 250000, 262144}) {
+    ASSERT_NE(FourStepFor(n, sizeof(T)).first, 0) << n;
+    const auto plan = ComplexPlan<T>::Make(n);
+    ASSERT_NE(plan, nullptr) << n;
+    const auto scratch = Scratch<T>(*plan);
+    std::vector<T> y(static_cast<std::size_t>(2 * n));
+    CheckRmsError<T>(
+        n, [&](unsigned seed) { return Noise<T>(2 * n, seed); },
+        [&](const std::vector<T> &x) { return ReferenceTransform(Complex(x), -1); },
+        [&](const std::vector<T> &x) {
+          plan->Forward(x.data(), y.data(), scratch.Data(), T{1});
+          return Complex(y);
+        });
+  }
 }
 
 TYPED_TEST(FourierPlan, ComplexTransform_AnyLength_IsTheDefinitionWithinTheBound) {
@@ -356,7 +440,7 @@ TYPED_TEST(FourierPlan, Make_NoMemory_IsNull) {
 
 TYPED_TEST(FourierPlan, Clone_SourceGone_StillTransforms) {
   using T = TypeParam;
-  for (const int n : {16, 1000, 1024, 1009, 1023, 1031}) {
+  for (const int n : {16, 1000, 1024, 1009, 1023, 1031, 3000, 40000}) {
     auto source = ComplexPlan<T>::Make(n);
     auto real = RealPlan<T>::Make(n);
     const std::vector<T> x = Noise<T>(2 * n, 5);
@@ -377,7 +461,7 @@ TYPED_TEST(FourierPlan, Clone_SourceGone_StillTransforms) {
 
 TYPED_TEST(FourierPlan, Transform_AnyLength_AllocatesNothing) {
   using T = TypeParam;
-  for (const int n : {7, 1000, 1024, 1009, 1023, 1031}) {
+  for (const int n : {7, 1000, 1024, 1009, 1023, 1031, 3000, 40000}) {
     const auto plan = ComplexPlan<T>::Make(n);
     const auto real = RealPlan<T>::Make(n);
     const auto scratch = Scratch<T>(*plan), realScratch = Scratch<T>(*real);

@@ -1,8 +1,10 @@
 #include "Factorise.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
+#include "FourStep.h"
 #include "Passes.h"
 
 namespace QORN::fourier {
@@ -123,7 +125,8 @@ GridShape GridFor(int n, int scalar) {
   return best;
 }
 
-GridShape LinesFor(int n) {
+GridShape LinesFor(int n, int scalar) {
+  if (n == 4096 && scalar == sizeof(double)) return {}; // two sweeps are faster
   for (const GridShape &shape : {GridShape{8, 8, 8}, GridShape{8, 8, 16}, GridShape{8, 12, 16},
                                  GridShape{8, 16, 16}, GridShape{16, 16, 16}}) {
     if (shape.rows * shape.middle * shape.columns == n) return shape;
@@ -142,11 +145,87 @@ double GridPart(std::int64_t n, int scalar) {
   const int points = static_cast<int>(n);
   const bool isPower = (points & (points - 1)) == 0;
   if (isPower && points <= 128) return inRegisters;
-  if ((isPower && points == 256) || LinesFor(points).rows != 0) return kKnown;
-  return GridFor(points, scalar).rows != 0 ? kAny : 1;
+  if ((isPower && points == 256) || LinesFor(points, scalar).rows != 0) return kKnown;
+  return GridFor(points, scalar).rows != 0 || FourStepFor(n, scalar).first != 0 ? kAny : 1;
 }
 
 } // namespace
+
+namespace {
+
+// Of a step of a strip, beside its butterfly: little, as its lines are near. As measured, radices of 4, 8 and
+// 16 take the less for each bit the larger they are, but hardly.
+constexpr double kStep = 2.25;
+
+// The radices of a strip of n lines, at least `least` of them at the least cost, in
+// ascending order; none and an infinite cost if it has none.
+struct StripShape {
+  std::vector<int> radices;
+  double cost = std::numeric_limits<double>::infinity();
+};
+StripShape StripFor(std::int64_t n, std::size_t least) {
+  StripShape best;
+  std::vector<int> radices;
+  const auto extend = [&](const auto &self, std::int64_t rest, double cost) -> void {
+    if (rest == 1 && radices.size() >= least && cost < best.cost) best = {radices, cost};
+    if (radices.size() == kMaxStripSteps) return;
+    for (const int radix : kGridSides) {
+      if (rest % radix != 0 || (!radices.empty() && radix < radices.back())) continue;
+      radices.push_back(radix);
+      self(self, rest / radix, cost + Arithmetic(radix) + kStep);
+      radices.pop_back();
+    }
+  };
+  extend(extend, n, 0);
+  return best;
+}
+
+} // namespace
+
+FourStepShape FourStepFor(std::int64_t n, int scalar) {
+  // Longer ones leave the caches. From the second length on the factors of the first step, as many as there
+  // are samples, cost more than two steps of factors between the sweeps.
+  constexpr std::int64_t kLongest = std::int64_t{4} << 20, kTwoSweeps = std::int64_t{1} << 18;
+  constexpr double kManyFactors = 4, kBetweenSweeps = 3.5;
+  // A strip of more lines leaves the near caches; one of three steps between two sweeps is read once more;
+  // and twice 8 lines that meet in one set of the cache are too many.
+  constexpr std::int64_t kFewLines = 1024, kPage = 4096;
+  constexpr double kManyLines = 1, kThirdStep = 1, kMeeting = 2, kUneven = 0.05;
+  const std::int64_t width = 64 / (2 * scalar), bytes = 2 * n * scalar;
+  FourStepShape best{};
+  if (bytes > kLongest) return best;
+  double least = std::numeric_limits<double>::infinity();
+  for (const int first : {8, 16}) {
+    if (n % first != 0) continue;
+    for (std::int64_t down = 1; down * first * width <= n; ++down) {
+      if (n % (first * down) != 0 || (down > 1 && bytes < kTwoSweeps)) continue;
+      const std::int64_t rows = first * down, columns = n / rows;
+      const StripShape across = StripFor(columns, 2);
+      const StripShape strip = down == 1 ? StripShape{{}, 0} : StripFor(down, 1);
+      // The last columns fill their lines by some of the ones before.
+      const double filled =
+          static_cast<double>((columns + width - 1) / width * width) / static_cast<double>(columns);
+      double cost = filled * (Arithmetic(first) + kStep + strip.cost) + across.cost;
+      if (down == 1) {
+        if (bytes >= kTwoSweeps) cost += kManyFactors;
+        if (scalar == sizeof(double) && first == 16 && bytes / first % kPage == 0) cost += kMeeting;
+      } else {
+        cost += kBetweenSweeps + (across.radices.size() > 2 ? kThirdStep : 0) +
+                kUneven * std::abs(std::log2(static_cast<double>(rows) / static_cast<double>(columns)));
+      }
+      if (columns > kFewLines) cost += kManyLines;
+      if (cost < least) {
+        least = cost;
+        best = {first, strip.radices, across.radices};
+      }
+    }
+  }
+  // The largest radix last but one: the last one's lines meet in one set of the cache.
+  for (std::vector<int> *radices : {&best.down, &best.across}) {
+    if (radices->size() > 1) std::swap(radices->back(), radices->end()[-2]);
+  }
+  return best;
+}
 
 bool IsSmooth(std::int64_t n) {
   for (const int p : {2, 3, 5, 7, 11, 13}) {

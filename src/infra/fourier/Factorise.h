@@ -19,7 +19,15 @@ struct GridShape {
 GridShape GridFor(int n, int scalar);
 
 /// The same of a transform as in fourier::Lines. The passes have code for these shapes alone.
-GridShape LinesFor(int n);
+GridShape LinesFor(int n, int scalar);
+
+/// The shape of a transform in two sweeps, as in fourier::FourStep: the radices of its first step and of the
+/// strips down and across; first is 0 if n goes another way.
+struct FourStepShape {
+  int first;
+  std::vector<int> down, across;
+};
+FourStepShape FourStepFor(std::int64_t n, int scalar);
 
 /// Whether n has no prime factor above 13, so that there is a butterfly for each.
 bool IsSmooth(std::int64_t n);

@@ -20,9 +20,11 @@ template <> struct Passes<float> {
   static auto Small() { return active->FourierSmall_32f; }
   static auto Grid() { return active->FourierGrid_32f; }
   static auto Lines() { return active->FourierLines_32f; }
+  static auto FourStep() { return active->FourierFourStep_32f; }
   static auto Columns() { return active->FourierColumns_32f; }
   static auto WeightedGrid() { return active->FourierWeightedGrid_32f; }
   static auto WeightedLines() { return active->FourierWeightedLines_32f; }
+  static auto WeightedFourStep() { return active->FourierWeightedFourStep_32f; }
   static auto WeightedColumns() { return active->FourierWeightedColumns_32f; }
   static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
@@ -33,6 +35,7 @@ template <> struct Passes<double> {
   static auto Small() { return active->FourierSmall_64f; }
   static auto Grid() { return active->FourierGrid_64f; }
   static auto Lines() { return active->FourierLines_64f; }
+  static auto FourStep() { return active->FourierFourStep_64f; }
   static auto Columns() { return active->FourierColumns_64f; }
   static auto Tiled() { return active->FourierTiled_64f; }
   static auto Product() { return active->FourierProduct_64f; }
@@ -101,6 +104,34 @@ T *WriteTurns(const Roots<T> &roots, std::int64_t first, std::int64_t step, std:
   return to + 2 * count;
 }
 
+// A strip of a transform of n points, and its factors.
+template <class T>
+void MakeStrip(const Roots<T> &roots, std::int64_t n, const std::vector<int> &radices, Strip<T> &strip,
+               Block<T> &turns) {
+  strip.length = 1;
+  for (const int radix : radices) {
+    strip.radices[strip.steps++] = radix;
+    strip.length *= radix;
+  }
+  // Calls body(length, radix) for each step but the last one.
+  const auto eachStep = [&](const auto &body) {
+    std::int64_t length = strip.length;
+    for (int step = 0; step < strip.steps - 1; ++step) {
+      body(length, strip.radices[step]);
+      length /= strip.radices[step];
+    }
+  };
+  std::int64_t size = 0;
+  eachStep([&](std::int64_t length, int radix) { size += length - length / radix; });
+  turns = Block<T>(Size(4 * size));
+  T *turn = turns.Data();
+  eachStep([&](std::int64_t length, int radix) {
+    for (std::int64_t p = 0; p < length / radix; ++p) {
+      for (int k = 1; k < radix; ++k) turn = WriteTurns(roots, p * k * (n / length), 0, 1, turn);
+    }
+  });
+}
+
 // The factors of the passes. n, that of the roots, is a multiple of the number of blocks.
 template <class T>
 T *WritePassFactors(const Columns<T> &columns, const Roots<T> &roots, std::int64_t n, T *to) {
@@ -159,12 +190,14 @@ ComplexPlan<T>::ComplexPlan(int length, int lanes)
     return;
   } else if (lanes != 0) {
     MakeColumns(lanes);
-  } else if (const GridShape lines = LinesFor(length); lines.rows != 0) {
+  } else if (const GridShape lines = LinesFor(length, sizeof(T)); lines.rows != 0) {
     MakeLines(lines);
   } else if (const GridShape shape = GridFor(length, sizeof(T)); shape.rows != 0) {
     MakeGrid(shape);
   } else if (length <= kMaxSmall) {
     return;
+  } else if (const FourStepShape sweeps = FourStepFor(length, sizeof(T)); sweeps.first != 0) {
+    MakeFourStep(sweeps);
   } else if (const std::int64_t rows = TileRows(length, sizeof(T)); rows != 0) {
     MakeTiled(rows);
   } else if (IsSmooth(length)) {
@@ -181,9 +214,10 @@ template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_share(other.m_share), m_direct(other.m_direct),
       m_scratch(other.m_scratch), m_grid(other.m_grid), m_lines(other.m_lines), m_columns(other.m_columns),
-      m_turns(other.m_turns), m_joins(other.m_joins), m_strides(other.m_strides), m_tiled(other.m_tiled),
-      m_down(other.m_down), m_across(other.m_across), m_convolution(Copy(other.m_convolution)),
-      m_chirp(other.m_chirp), m_spectrum(other.m_spectrum), m_places(other.m_places) {
+      m_fourStep(other.m_fourStep), m_turns(other.m_turns), m_joins(other.m_joins),
+      m_strides(other.m_strides), m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
+      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum),
+      m_places(other.m_places) {
   Link();
 }
 
@@ -192,6 +226,11 @@ template <class T> void ComplexPlan<T>::Link() {
   m_lines.turns = m_grid.turns = m_columns.turns = m_turns.Data();
   m_lines.middleTurns = m_grid.middleTurns = m_columns.joins = m_joins.Data();
   m_columns.strides = m_strides.Data();
+  m_fourStep.columnTurns = m_turns.Data();
+  m_fourStep.downTurns = m_joins.Data();
+  m_fourStep.acrossTurns = m_strides.Data();
+  m_fourStep.down.turns = m_down.Data();
+  m_fourStep.across.turns = m_across.Data();
   m_tiled.down.part.turns = m_down.Data();
   m_tiled.across.part.turns = m_across.Data();
   m_tiled.steps = m_joins.Data();
@@ -234,6 +273,55 @@ template <class T> void ComplexPlan<T>::MakeLines(const GridShape &shape) {
   turn = m_joins.Data();
   for (int c = 0; c < columns; ++c) {
     for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, 1, turn);
+  }
+}
+
+template <class T> void ComplexPlan<T>::MakeFourStep(const FourStepShape &shape) {
+  constexpr std::int64_t kWidth = FourStep<T>::kWidth;
+  // From so many bytes of samples on whole runs of lines are written; before, strips stay in the first cache.
+  constexpr std::size_t kFarBytes = 1 << 19;
+  constexpr std::int64_t kNearLines = 512, kRun = 8, kSet = 1024, kFewBins = 32768;
+  FourStep<T> &plan = m_fourStep;
+  const Roots<T> roots(m_length);
+  MakeStrip(roots, m_length, shape.down, plan.down, m_down);
+  MakeStrip(roots, m_length, shape.across, plan.across, m_across);
+  const std::int64_t first = shape.first, down = plan.down.length, columns = plan.across.length;
+  const std::int64_t groups = first / kWidth, rows = first * down;
+  plan.first = shape.first;
+  plan.columns = columns;
+  // Where W lines that are written together divide a part, a free one behind it divides none of them.
+  const std::int64_t part = columns / shape.across.front(), lastRadix = shape.across.back();
+  plan.across.pitch = part % kWidth == 0 ? part + 1 : part;
+  plan.down.pitch = (plan.down.steps < 2 ? down : down / shape.down.front()) + 1;
+  // The W lines that go to one row, and those that go to the others, fill sets of the cache evenly.
+  plan.pitch = shape.across.front() * plan.across.pitch;
+  while (groups * plan.pitch % (2 * kWidth) != kWidth) ++plan.pitch;
+  plan.together = 2 * Size(m_length) * sizeof(T) >= kFarBytes
+                      ? kRun
+                      : std::clamp(kNearLines / columns, std::int64_t{2}, kRun);
+  const std::int64_t jump = 2 * rows * (columns / lastRadix) * static_cast<std::int64_t>(sizeof(T));
+  plan.isSpread = jump % kSet == 0 && (lastRadix > kRun || (jump >= kFewBins && plan.together < kRun));
+  const std::int64_t tile = std::max<std::int64_t>(
+      plan.together * plan.pitch, first * (plan.down.steps < 2 ? 1 : shape.down.front()) * plan.down.pitch);
+  m_scratch = Size(2 * kWidth) * Size(rows / kWidth * plan.pitch + (down == 1 ? 0 : tile));
+
+  const std::int64_t lines = (columns + kWidth - 1) / kWidth;
+  m_turns = Block<T>(Size(lines * (first - 1) * 4 * kWidth));
+  T *turn = m_turns.Data();
+  for (std::int64_t line = 0; line < lines; ++line) {
+    const std::int64_t b = std::min(line * kWidth, columns - kWidth);
+    for (std::int64_t k = 1; k < first; ++k) turn = WriteTurns(roots, k * b, k, kWidth, turn);
+  }
+  if (down == 1) return;
+  m_joins = Block<T>(Size(4 * rows));
+  turn = m_joins.Data();
+  for (std::int64_t j = 0; j < down; ++j) turn = WriteTurns(roots, 0, j * columns, first, turn);
+  m_strides = Block<T>(Size(4 * down * columns));
+  turn = m_strides.Data();
+  for (std::int64_t q = 0; q < down; ++q) {
+    for (std::int64_t p = 0; p < part; ++p) {
+      for (std::int64_t b = p; b < columns; b += part) turn = WriteTurns(roots, first * q * b, 0, 1, turn);
+    }
   }
 }
 
@@ -395,6 +483,8 @@ void ComplexPlan<T>::RunLong(const T *in, T *out, T *scratch, bool inverse, T sc
     Passes<T>::Lines()(m_lines, in, out, scratch, inverse, scale);
   } else if (m_grid.rows != 0) {
     Passes<T>::Grid()(m_grid, in, out, scratch, inverse, scale);
+  } else if (m_fourStep.first != 0) {
+    Passes<T>::FourStep()(m_fourStep, in, out, scratch, inverse, scale);
   } else if (m_places.Data() != nullptr) {
     RunRader(in, out, scratch, inverse, scale);
   } else if (m_convolution != nullptr) {
@@ -424,6 +514,10 @@ bool ComplexPlan<T>::ForwardWeighted(const T *in, const T *weights, T *out, T *s
     }
     if (m_grid.rows != 0) {
       Passes<T>::WeightedGrid()(m_grid, in, weights, out, scratch);
+      return true;
+    }
+    if (m_fourStep.first != 0) {
+      Passes<T>::WeightedFourStep()(m_fourStep, in, weights, out, scratch);
       return true;
     }
     if (m_columns.length != 0) {

@@ -13,6 +13,7 @@
 #include "Block.h"
 #include "Direct.h"
 #include "Factorise.h"
+#include "FourStep.h"
 #include "Grid.h"
 #include "Passes.h"
 
@@ -48,6 +49,8 @@ private:
 /// - some lengths to 4096: lines of a grid (Grid.h; LinesFor says which);
 /// - a short product of two or three radices: a grid (Grid.h; GridFor says which);
 /// - else up to 16 points: one butterfly;
+/// - a product of a few radices, 8 or 16 of them first, in the caches: two sweeps of lines (FourStep.h;
+///   FourStepFor says which);
 /// - no prime factor above 13, and the samples in the caches: passes over blocks and a joining of lanes
 ///   (Passes.h);
 /// - no prime factor above kMaxRadix: two steps of tiles, if both can be made long enough;
@@ -83,6 +86,7 @@ private:
   ComplexPlan(int length, int lanes);
   void MakeGrid(const GridShape &shape);
   void MakeLines(const GridShape &shape);
+  void MakeFourStep(const FourStepShape &shape);
   void MakeColumns(int lanes);
   void MakeTiled(std::int64_t rows);
   void Link();
@@ -108,6 +112,7 @@ private:
   Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
   Lines<T> m_lines{};        // its tables are the first two below; length is 0 of another way
   Columns<T> m_columns{};    // its tables are the three below
+  FourStep<T> m_fourStep{};  // its tables are the five below; first is 0 of another way
   Block<T> m_turns, m_joins, m_strides;
   Tiled<T> m_tiled{}; // its tables are the next two, and strides as above
   Block<T> m_down, m_across;

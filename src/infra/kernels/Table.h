@@ -14,6 +14,7 @@
 #ifndef QORN_SRC_INFRA_KERNELS_TABLE_H
 #define QORN_SRC_INFRA_KERNELS_TABLE_H
 
+#include "../fourier/FourStep.h"
 #include "../fourier/Grid.h"
 #include "../fourier/Passes.h"
 #include "Resample.h"

@@ -37,38 +37,48 @@ template <class T, int R> struct Aside {
   T *At(int part, int i) { return values + (part * R + i) * 2 * V; }
 };
 
-// The first radix, A, for each of `Count` neighbours.
+// The first radix, A, of a line of neighbours: of the lines that lie `apart` scalars behind each other from
+// x, scalar `place` of the samples, on. `turns` are those of these neighbours, and give gets the results as
+// of GiveColumns, row by row.
+template <class T, int A, class Ends, class Give>
+[[gnu::always_inline]] inline void LineColumn(const T *x, Index apart, Index place, const T *turns,
+                                              const Ends &ends, const Give &give) {
+  constexpr int V = kComplexLanes<T>, G = kLine<T>;
+  using E = Complex<T, V>;
+  using Waiting = Aside<T, A>;
+  Waiting aside;
+  const auto column = [&](Index v, const auto &get) {
+    const T *const w = turns + 2 * v;
+    E z[A];
+    Points<T, A, Ends::kInverse, E>([&](auto a) { return ends.First(get(a), place + a * apart + 2 * v); },
+                                    [&](auto k, E result) {
+                                      if constexpr (k == 0) {
+                                        z[0] = result;
+                                      } else {
+                                        constexpr int kAt = (k - 1) * 4 * G;
+                                        z[k] = Turned<Ends::kInverse>(result, Load<E>(w + kAt),
+                                                                      Load<E>(w + kAt + 2 * G));
+                                      }
+                                    });
+    GiveColumns<T, V, A>(z, [&](auto, auto row, auto i, E t) { give(row, v + i, t); });
+  };
+  column(0, [&](auto a) {
+    const T *const line = x + a * apart;
+    Unroll<Waiting::kMore>([&](auto i) { Store(aside.At(i, a), Load<E>(line + (i + 1) * 2 * V)); });
+    return Load<E>(line);
+  });
+  for (int i = 0; i < Waiting::kMore; ++i)
+    column((i + 1) * V, [&](auto a) { return Load<E>(aside.At(i, a)); });
+}
+
+// The same for each of `Count` neighbours.
 template <class T, int A, int Count, class Ends>
 [[gnu::flatten]] void LineColumns(const T *in, const T *turns, Ends ends, T *lines) {
   constexpr int V = kComplexLanes<T>, G = kLine<T>;
-  using E = Complex<T, V>;
   for (Index at = 0; at < Count; at += G, in += 2 * G, turns += (A - 1) * 4 * G, lines += 2 * G * G) {
-    using Waiting = Aside<T, A>;
-    Waiting aside;
-    const auto column = [&](Index v, const auto &get) {
-      const T *const w = turns + 2 * v;
-      E z[A];
-      Points<T, A, Ends::kInverse, E>([&](auto a) { return ends.First(get(a), 2 * (Count * a + at + v)); },
-                                      [&](auto k, E x) {
-                                        if constexpr (k == 0) {
-                                          z[0] = x;
-                                        } else {
-                                          constexpr int kAt = (k - 1) * 4 * G;
-                                          z[k] = Turned<Ends::kInverse>(x, Load<E>(w + kAt),
-                                                                        Load<E>(w + kAt + 2 * G));
-                                        }
-                                      });
-      GiveColumns<T, V, A>(z, [&](auto, auto row, auto i, E t) {
-        Store(lines + 2 * (Count * (row / G * G) + G * (v + i) + row % G), t);
-      });
-    };
-    column(0, [&](auto a) {
-      const T *const x = in + 2 * Count * a;
-      Unroll<Waiting::kMore>([&](auto i) { Store(aside.At(i, a), Load<E>(x + (i + 1) * 2 * V)); });
-      return Load<E>(x);
+    LineColumn<T, A>(in, 2 * Count, 2 * at, turns, ends, [&](auto row, Index column, Complex<T, V> z) {
+      Store(lines + 2 * (Count * (row / G * G) + G * column + row % G), z);
     });
-    for (int i = 0; i < Waiting::kMore; ++i)
-      column((i + 1) * V, [&](auto a) { return Load<E>(aside.At(i, a)); });
   }
 }
 
@@ -155,7 +165,7 @@ void RunLinesEnds(const fourier::Lines<T> &plan, const T *in, T *out, T *scratch
   case 2048:
     return LinesOf<T, 8, 16, 16>(plan, in, out, scratch, ends);
   case 4096:
-    return LinesOf<T, 16, 16, 16>(plan, in, out, scratch, ends);
+    if constexpr (sizeof(T) == sizeof(float)) return LinesOf<T, 16, 16, 16>(plan, in, out, scratch, ends);
   }
 }
 

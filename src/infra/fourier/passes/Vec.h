@@ -105,6 +105,9 @@ template <class E> [[gnu::always_inline]] inline E MulSub(E a, E b, E c) { retur
 template <class E> [[gnu::always_inline]] inline E NegMulAdd(E a, E b, E c) { return c - a * b; }
 #endif
 
+/// The compiler takes x for a value that it does not know.
+template <class I> [[gnu::always_inline]] inline void Hide(I &x) { asm("" : "+r"(x)); }
+
 /// Lane i of the result is lane P::At(i) of a followed by b.
 template <class P, class E, int... I> [[gnu::always_inline]] inline E ShuffleAs(E a, E b, Seq<I...>) {
   return __builtin_shufflevector(a, b, P::At(I)...);
