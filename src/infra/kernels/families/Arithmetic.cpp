@@ -57,6 +57,18 @@ template <class T> void MulC(T val, T *srcDst, int len) {
   QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Product(srcDst[i], val);
 }
+
+// By one number, whose negated imaginary part turns the difference of products into a sum: both parts of a
+// result are then one pattern, which no instruction has to choose between.
+template <class C> inline void MulCplxC(C val, C *srcDst, int len) {
+  const auto re = val.re, im = val.im, minusIm = -val.im;
+  QORN_UNROLLED
+  for (Index i = 0; i < len; ++i) {
+    const C x = srcDst[i];
+    srcDst[i] = {Rounded(x.re * re) + Rounded(x.im * minusIm), Rounded(x.im * re) + Rounded(x.re * im)};
+  }
+}
+
 template <class T> void Add(const T *src, T *srcDst, int len) {
   QORN_UNROLLED
   for (Index i = 0; i < len; ++i) srcDst[i] = Sum(srcDst[i], src[i]);

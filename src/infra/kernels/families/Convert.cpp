@@ -19,9 +19,10 @@ public:
 
   // Not-a-number comes out as the lower limit.
   T operator()(T x) const {
-    const T raised = x > m_low ? x : m_low;
+    const T raised = Raised(x);
     return raised < m_high ? raised : m_high;
   }
+  T Raised(T x) const { return x > m_low ? x : m_low; }
 
 private:
   T m_low;
@@ -44,14 +45,14 @@ void Truncate(const double *src, int *dst, int len) {
     dst[i] = src[i] == src[i] ? inside : 0;
   }
 }
-// No float lies between the largest int and 2^31, so the upper limit is a case of its own.
+// No float lies between the largest int and 2^31, from which on the upper limit is a case of its own.
 void Truncate(const float *src, int *dst, int len) {
-  const Clamp<float> clamp(-2147483648.0F, 2147483520.0F);
+  const Clamp<float> clamp(-2147483648.0F, __builtin_inff());
   QORN_UNROLLED
   for (Index i = 0; i < len; ++i) {
-    const int inside = static_cast<int>(clamp(src[i]));
-    const int number = src[i] == src[i] ? inside : 0;
-    dst[i] = src[i] >= 2147483648.0F ? 2147483647 : number;
+    const float x = src[i], raised = clamp.Raised(x);
+    const int number = x >= 2147483648.0F ? 2147483647 : static_cast<int>(raised);
+    dst[i] = x == x ? number : 0;
   }
 }
 

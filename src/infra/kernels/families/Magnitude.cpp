@@ -6,11 +6,10 @@ namespace {
 
 inline float Absolute(float x) { return __builtin_fabsf(x); }
 inline double Absolute(double x) { return __builtin_fabs(x); }
-// The lowest int has no negative; wrapped round it stays below 0, and one less is the highest.
+// The lowest int has no negative, and its neighbour's is the highest int.
 inline int Absolute(int x) {
-  const unsigned sign = static_cast<unsigned>(x >> 31);
-  const unsigned magnitude = (static_cast<unsigned>(x) ^ sign) - sign;
-  return static_cast<int>(magnitude - (magnitude >> 31));
+  const int above = x > -2147483647 ? x : -2147483647;
+  return above < 0 ? -above : above;
 }
 template <class T> void Abs(const T *src, T *dst, int len) {
   QORN_UNROLLED

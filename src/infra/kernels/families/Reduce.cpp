@@ -237,6 +237,15 @@ template <int kHalf, class D> [[gnu::always_inline]] inline void FoldRegisters(D
   }
 }
 
+template <int kRegisters> [[gnu::always_inline]] inline Vec<double, 2> FoldedToTwo(Doubles *lane) {
+  FoldRegisters<kRegisters / 2>(lane);
+  return Folded<2, kPer>(lane[0], [](auto a, auto b) { return a + b; });
+}
+template <int kRegisters> [[gnu::always_inline]] inline double FoldedToOne(Doubles *lane) {
+  const Vec<double, 2> pair = FoldedToTwo<kRegisters>(lane);
+  return pair[0] + pair[1];
+}
+
 // Adds whole blocks of kSumLanes elements to the lanes of some registers, kAtOnce from kFirst on.
 template <int kFirst, int kAtOnce, class T, class F>
 [[gnu::always_inline]] inline void AddBlocks(const T *src, Index len, F term, Doubles *lane) {
@@ -278,8 +287,7 @@ template <class T, class F>
     Unroll<kRegisters>(
         [&](auto r) { lane[r] += number < rest - r * kPer ? term(LoadWide(block + r * kPer)) : Doubles{}; });
   }
-  FoldRegisters<kRegisters / 2>(lane);
-  return Folded<2, kPer>(lane[0], [](auto a, auto b) { return a + b; });
+  return FoldedToTwo<kRegisters>(lane);
 }
 
 template <class T, class F> inline double Total(const T *src, Index len, F term) {
@@ -338,7 +346,7 @@ template <class T>
 [[gnu::noinline]] void AddMoments(const T *src, Index len, double centre, Moments *moments) {
   Doubles firsts[kMomentRegisters] = {}, seconds[kMomentRegisters] = {};
   const Doubles centres = Broadcast<Doubles>(centre);
-  const Index whole = len - len % kMomentLanes;
+  const Index whole = len - len % kMomentLanes, rest = len - whole;
   for (Index i = 0; i < whole; i += kMomentLanes) {
     Unroll<kMomentRegisters>([&](auto r) {
       const Doubles x = LoadWide(src + i + r * kPer) - centres;
@@ -346,21 +354,19 @@ template <class T>
       seconds[r] += x * x;
     });
   }
-  double first[kMomentLanes], second[kMomentLanes];
-  Unroll<kMomentRegisters>([&](auto r) {
-    Store(first + r * kPer, firsts[r]);
-    Store(second + r * kPer, seconds[r]);
-  });
-  for (Index j = 0; j < len - whole; ++j) {
-    const double x = static_cast<double>(src[whole + j]) - centre;
-    first[j] += x;
-    second[j] += Rounded(x * x);
+  // As in a sum, zeros change no lane, and what is in registers is folded there.
+  if (rest > 0) {
+    T block[kMomentLanes] = {};
+    __builtin_memcpy(block, src + whole, sizeof(T) * static_cast<std::size_t>(rest));
+    const Vec<std::int64_t, kPer> number = NumberedLanes();
+    Unroll<kMomentRegisters>([&](auto r) {
+      const Doubles x = number < rest - r * kPer ? LoadWide(block + r * kPer) - centres : Doubles{};
+      firsts[r] += x;
+      seconds[r] += x * x;
+    });
   }
-  for (Index half = kMomentLanes / 2; half >= 1; half /= 2) {
-    for (Index j = 0; j < half; ++j) first[j] += first[j + half], second[j] += second[j + half];
-  }
-  moments->first += first[0];
-  moments->second += second[0];
+  moments->first += FoldedToOne<kMomentRegisters>(firsts);
+  moments->second += FoldedToOne<kMomentRegisters>(seconds);
 }
 
 // What overflowed or vanished stays as it is.
