@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "Errors.h"
+#include "Streamed.h"
 #include "kernels/Levels.h"
 
 namespace QORN {
@@ -28,12 +29,20 @@ template <class... A> bool Runs(A... arguments) {
 
 #define QORN_KERNEL(cls, name, params, args, ...)                                                            \
   void TargetLib::name params {                                                                              \
-    if (Runs args) kernels::active->name args;                                                               \
+    if (Runs args) [[likely]]                                                                                \
+      kernels::active->name args;                                                                            \
   }
+#define QORN_KERNEL_STREAMED(cls, way, name, params, args, ...)                                              \
+  void TargetLib::name params {                                                                              \
+    if (Runs args) [[likely]]                                                                                \
+      kernels::Stream<kernels::Way::way>(kernels::active->name, QORN_ARGUMENTS args);                        \
+  }
+#define QORN_ARGUMENTS(...) __VA_ARGS__
 #define QORN_KERNEL_OWN_FORWARDER(cls, result, name, params, args, ...)
 #include "kernels/families/All.inc"
 #undef QORN_KERNEL
 #undef QORN_KERNEL_OWN_FORWARDER
+#undef QORN_ARGUMENTS
 
 // Conversion and arithmetic with a scale: the length is not the last int.
 

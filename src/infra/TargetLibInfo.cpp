@@ -2,14 +2,11 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "Processor.h"
 #include "TimeStampCounter.h"
 #include "kernels/Levels.h"
 #include "qorn/Version.h"
 #include "qorn/infra/TargetLib.h"
-
-#if defined(__x86_64__)
-#include <cpuid.h>
-#endif
 
 namespace QORN {
 
@@ -17,41 +14,12 @@ namespace {
 
 #if defined(__x86_64__)
 
-struct Registers {
-  unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-};
-
-// All zero for a leaf that the processor does not have.
-Registers CpuId(unsigned leaf, unsigned subleaf = 0) {
-  Registers r;
-  if (__get_cpuid_count(leaf, subleaf, &r.eax, &r.ebx, &r.ecx, &r.edx) == 0) return {};
-  return r;
-}
-
 // The base clock if the processor tells it, else the rate of its time-stamp counter, which is that of the
 // base clock on every processor of the last years.
 int ClockMHz() {
   const int told = static_cast<int>(CpuId(0x16).eax & 0xFFFFU);
   if (told != 0) return told;
   return static_cast<int>(TimeStampCounterMHz() + 0.5);
-}
-
-// The largest of the caches that a leaf enumerates. Both makers' leaves have one form.
-std::int64_t LargestCacheOf(unsigned leaf) {
-  std::int64_t largest = 0;
-  for (unsigned index = 0; index < 16; ++index) {
-    const Registers r = CpuId(leaf, index);
-    if ((r.eax & 0x1FU) == 0) break;
-    const std::int64_t ways = (r.ebx >> 22) + 1, partitions = ((r.ebx >> 12) & 0x3FFU) + 1;
-    const std::int64_t line = (r.ebx & 0xFFFU) + 1, sets = static_cast<std::int64_t>(r.ecx) + 1;
-    if (ways * partitions * line * sets > largest) largest = ways * partitions * line * sets;
-  }
-  return largest;
-}
-
-std::int64_t LargestCacheBytes() {
-  const std::int64_t size = LargestCacheOf(4);
-  return size != 0 ? size : LargestCacheOf(0x8000001D);
 }
 
 // Features by the numbers of their bits in the mask.
@@ -90,7 +58,6 @@ unsigned long long Features() {
 #else
 
 int ClockMHz() { return 0; }
-std::int64_t LargestCacheBytes() { return 0; }
 
 // Bit 24: 128-bit vectors and fused multiply-add of 64-bit Arm.
 unsigned long long Features() {
