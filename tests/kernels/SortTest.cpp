@@ -59,6 +59,12 @@ std::mt19937_64 &Random() {
   return random;
 }
 
+// A number, where there is none such.
+template <class T> T NegativeNan() {
+  if constexpr (std::is_floating_point_v<T>) return std::copysign(std::numeric_limits<T>::quiet_NaN(), T(-1));
+  return T(-5);
+}
+
 template <class T> std::vector<Pattern<T>> Patterns() {
   const std::vector<T> samples = Samples<T>();
   return {
@@ -68,6 +74,14 @@ template <class T> std::vector<Pattern<T>> Patterns() {
       {"ascending", [](int i, int) { return static_cast<T>(i / 2); }},
       {"descending", [](int i, int) { return static_cast<T>(-i / 3); }},
       {"all equal", [](int, int) { return static_cast<T>(7); }},
+      {"one value but for a few", [](int i, int) { return static_cast<T>(Random()() % 200 == 0 ? i : 7); }},
+      {"one value behind a lower one", [](int i, int) { return static_cast<T>(i == 0 ? 6 : 7); }},
+      {"ascending from a negative not-a-number",
+       [](int i, int) { return i == 0 ? NegativeNan<T>() : static_cast<T>(i); }},
+      {"descending to a negative not-a-number",
+       [](int i, int len) { return i == len - 1 ? NegativeNan<T>() : static_cast<T>(-i); }},
+      {"ascending to not-a-numbers",
+       [](int i, int len) { return i > len - 4 ? -NegativeNan<T>() : static_cast<T>(i); }},
       {"organ pipe", [](int i, int len) { return static_cast<T>(std::min(i, len - 1 - i)); }},
       {"saw tooth", [](int i, int) { return static_cast<T>(i % 17); }},
       {"two ramps",

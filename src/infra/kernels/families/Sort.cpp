@@ -67,6 +67,41 @@ template <class F> constexpr typename F::Bits BitsOf(typename F::Value key) {
   return bits;
 }
 
+// Whether something holds from a place on to the end, looked at in stretches that have no branch.
+template <class Holds> [[gnu::always_inline]] inline bool AllOf(Index n, Index first, Holds holds) {
+  constexpr Index kAtOnce = 64;
+  Index i = first;
+  for (; i + kAtOnce <= n; i += kAtOnce) {
+    int failures = 0;
+    for (Index j = i; j < i + kAtOnce; ++j) failures |= holds(j) ? 0 : 1;
+    if (failures != 0) return false;
+  }
+  for (; i < n; ++i) {
+    if (!holds(i)) return false;
+  }
+  return true;
+}
+
+// Whether the elements stand in their order as they are, which nothing is written to find out. The bits of
+// floating elements below 0 fall as the elements rise; turned round, all rise, but that negative
+// not-a-numbers begin where they should end.
+template <class F> constexpr typename F::Value Rising(typename F::Value bits) {
+  constexpr auto kAllButSign = static_cast<typename F::Value>(kSign<F> - 1);
+  return F::kFloating ? bits ^ ((bits >> (8 * sizeof bits - 1)) & kAllButSign) : bits;
+}
+template <class F, bool kDown> bool AreInOrder(const typename F::Key *bits, Index len) {
+  const bool rise = AllOf(
+      len, 1, [=](Index i) __attribute__((always_inline)) {
+        const typename F::Value here = Rising<F>(bits[i]), before = Rising<F>(bits[i - 1]);
+        return kDown ? here <= before : here >= before;
+      });
+  if constexpr (F::kFloating) {
+    const typename F::Value lowest = Rising<F>(bits[kDown ? len - 1 : 0]);
+    return rise && lowest >= Rising<F>(static_cast<typename F::Value>(kSign<F> | F::kInfinity));
+  }
+  return rise;
+}
+
 template <class F, bool kDown> void ToKeys(typename F::Key *keys, Index len) {
   if constexpr (!F::kFloating && !kDown) return;
   for (Index i = 0; i < len; ++i) {
@@ -83,10 +118,12 @@ template <class F, bool kDown> void FromKeys(typename F::Key *keys, Index len) {
   }
 }
 
-// What is sorted: keys; keys with their places, by both; keys with their places, by place.
+// What is sorted: keys; keys with their places, by both; keys with their places, by place. Only keys alone
+// may be equal.
 
 template <class F> struct Keys {
   using Item = typename F::Value;
+  static constexpr bool kRepeats = true;
   typename F::Key *keys;
 
   Item Get(Index i) const { return keys[i]; }
@@ -108,6 +145,7 @@ template <class F> struct Placed {
 
 template <class F> struct Pairs {
   using Item = Placed<F>;
+  static constexpr bool kRepeats = false;
   typename F::Key *keys;
   int *places;
 
@@ -126,6 +164,7 @@ template <class F> struct Pairs {
 
 template <class F> struct PairsByPlace {
   using Item = Placed<F>;
+  static constexpr bool kRepeats = false;
   typename F::Key *keys;
   int *places;
 
@@ -202,6 +241,11 @@ template <class A, class Before> Index Partition(A a, Index n, Before before) {
   return front;
 }
 
+template <class A> bool AreAll(A a, Index n, typename A::Item item) {
+  return AllOf(
+      n, 0, [=](Index i) __attribute__((always_inline)) { return a.Get(i) == item; });
+}
+
 // What Introsort needs of a way of sorting: here, item by item.
 template <class A> struct ByItems {
   using Item = typename A::Item;
@@ -221,6 +265,10 @@ template <class Way, class A> void Introsort(A a, Index n, int partitions) {
   while (n > Way::kShort) {
     if (partitions-- == 0) return HeapSort(a, n);
     const auto pivot = Way::Pivot(a, n);
+    // One value alone would be partitioned twice. From others its ends tell it at once.
+    if constexpr (A::kRepeats) {
+      if (a.Get(0) == pivot && a.Get(n - 1) == pivot && AreAll(a, n, pivot)) return;
+    }
     Index front = Way::PartitionBelow(a, n, pivot);
     if (front == 0) {
       // The pivot is the smallest item: it and its equals go to the front and are done.
@@ -247,17 +295,8 @@ template <class A> struct BestWay { using Type = ByItems<A>; };
 #endif
 
 template <class A> bool IsSorted(A a, Index n) {
-  constexpr Index kAtOnce = 64;
-  Index i = 1;
-  for (; i + kAtOnce <= n; i += kAtOnce) {
-    int falls = 0;
-    for (Index j = i; j < i + kAtOnce; ++j) falls |= A::Less(a.Get(j), a.Get(j - 1)) ? 1 : 0;
-    if (falls != 0) return false;
-  }
-  for (; i < n; ++i) {
-    if (A::Less(a.Get(i), a.Get(i - 1))) return false;
-  }
-  return true;
+  return AllOf(
+      n, 1, [=](Index i) __attribute__((always_inline)) { return !A::Less(a.Get(i), a.Get(i - 1)); });
 }
 
 template <class A> void SortItems(A a, Index n) {
@@ -294,6 +333,7 @@ void OrderByPlace(typename F::Key *keys, int *places, Index len, typename F::Val
 
 template <class F, bool kDown> void Sort(typename F::Element *srcDst, int len) {
   auto *keys = reinterpret_cast<typename F::Key *>(srcDst);
+  if (AreInOrder<F, kDown>(keys, len)) return;
   ToKeys<F, kDown>(keys, len);
   SortItems(Keys<F>{keys}, len);
   FromKeys<F, kDown>(keys, len);
@@ -301,8 +341,9 @@ template <class F, bool kDown> void Sort(typename F::Element *srcDst, int len) {
 
 template <class F, bool kDown> void SortIndex(typename F::Element *srcDst, int *indices, int len) {
   auto *keys = reinterpret_cast<typename F::Key *>(srcDst);
-  ToKeys<F, kDown>(keys, len);
   for (int i = 0; i < len; ++i) indices[i] = i;
+  if (AreInOrder<F, kDown>(keys, len)) return;
+  ToKeys<F, kDown>(keys, len);
   SortItems(Pairs<F>{keys, indices}, len);
   if constexpr (F::kFloating) {
     using Value = typename F::Value;
