@@ -47,7 +47,7 @@ TEST(Streamed, Limit_IsTwiceTheLargestCache) {
 }
 
 TEST(Streamed, WritePastCaches_AnyPlaceAndLength_CopiesThoseBytesOnly) {
-  for (std::size_t length = 0; length <= 260; ++length) {
+  for (std::size_t length = 1; length <= 260; ++length) {
     for (std::size_t place = 0; place < 64; ++place) {
       std::vector<unsigned char> src(length), dst(length + 128, 0xA5);
       std::iota(src.begin(), src.end(), static_cast<unsigned char>(length + place));
@@ -115,16 +115,17 @@ TEST(Streamed, Convert_ResultAtTheRealLimit_GivesEveryElement) {
   const std::size_t limit = kernels::streamedBytes;
   if (limit > (std::size_t{1} << 28))
     GTEST_SKIP() << "a result of " << limit << " bytes is too much for a test";
+  const auto element = [](int i) { return static_cast<short>(i % 65521 - 32760); };
   for (const std::size_t bytes : {limit - 8, limit, limit + 8}) {
     const auto len = static_cast<int>(bytes / 8);
     std::vector<short> src(static_cast<std::size_t>(len) + 1);
-    for (int i = 0; i < len; ++i) src[static_cast<std::size_t>(i)] = static_cast<short>(i * 7919);
+    for (int i = 0; i < len; ++i) src[static_cast<std::size_t>(i)] = element(i);
     std::vector<int> narrow(static_cast<std::size_t>(len));
     std::vector<double> dst(static_cast<std::size_t>(len) + 1, -1.0);
     TargetLib::Convert_16s32s(src.data(), narrow.data(), len);
     TargetLib::Convert_32s64f(narrow.data(), dst.data(), len);
     for (int i = 0; i < len; ++i) {
-      ASSERT_EQ(dst[static_cast<std::size_t>(i)], static_cast<double>(static_cast<short>(i * 7919))) << i;
+      ASSERT_EQ(dst[static_cast<std::size_t>(i)], static_cast<double>(element(i))) << i;
     }
     EXPECT_EQ(dst.back(), -1.0);
   }
