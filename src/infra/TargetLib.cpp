@@ -32,10 +32,10 @@ template <class... A> bool Runs(A... arguments) {
     if (Runs args) [[likely]]                                                                                \
       kernels::active->name args;                                                                            \
   }
-#define QORN_KERNEL_STREAMED(cls, way, name, params, args, ...)                                              \
+#define QORN_KERNEL_STREAMED(cls, name, params, args, ...)                                                   \
   void TargetLib::name params {                                                                              \
     if (Runs args) [[likely]]                                                                                \
-      kernels::Stream<kernels::Way::way>(kernels::active->name, QORN_ARGUMENTS args);                        \
+      kernels::Stream(kernels::active->name, QORN_ARGUMENTS args);                                           \
   }
 #define QORN_ARGUMENTS(...) __VA_ARGS__
 #define QORN_KERNEL_OWN_FORWARDER(cls, result, name, params, args, ...)

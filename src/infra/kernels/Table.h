@@ -6,10 +6,10 @@
 // with the common guard (a null pointer or a length below 1: do nothing). A kernel whose forwarder does
 // something else, or that returns a value, is a row of
 //   QORN_KERNEL_OWN_FORWARDER(class, result, name, (parameters), (arguments), implementation)
-// which yields all but the forwarder. One whose results are written past the caches where they are too long
-// for them (Streamed.h) is a row of
-//   QORN_KERNEL_STREAMED(class, way, name, (parameters), (arguments), implementation)
-// whose way is Copied or Computed. The class tells what is promised of the bits:
+// which yields all but the forwarder. A copy that is written past the caches where it is too long for them
+// (Streamed.h) is a row of
+//   QORN_KERNEL_STREAMED(class, name, (parameters), (arguments), implementation)
+// The class tells what is promised of the bits:
 //   E  exact: one rounding per written step; the same bits at every level
 //   R  reduction: fixed lanes, folded in a written order; the same bits at every level
 //   F  elementary function: a stated bound in units of the last place at every level

@@ -4,8 +4,7 @@
   void name params { __VA_ARGS__ args; }
 #define QORN_KERNEL_OWN_FORWARDER(cls, result, name, params, args, ...)                                      \
   result name params { return __VA_ARGS__ args; }
-#define QORN_KERNEL_STREAMED(cls, way, name, params, args, ...)                                              \
-  QORN_KERNEL(cls, name, params, args, __VA_ARGS__)
+#define QORN_KERNEL_STREAMED(cls, name, params, args, ...) QORN_KERNEL(cls, name, params, args, __VA_ARGS__)
 #include QORN_FAMILY
 #undef QORN_KERNEL
 #undef QORN_KERNEL_STREAMED
