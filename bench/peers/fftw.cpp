@@ -13,6 +13,8 @@ namespace peers {
 template <class T> struct Fftw<T>::Data {
   using Api = FftwApi<T>;
   using Complex = typename Api::Complex;
+  static constexpr const char *kWisdom =
+      sizeof(T) == sizeof(float) ? QORN_PEER_FFTW_WISDOM "32" : QORN_PEER_FFTW_WISDOM "64";
 
   int length;
   bool real;
@@ -31,21 +33,13 @@ template <class T> struct Fftw<T>::Data {
                                : Api::PlanForward(length, Reals(in), out, flags);
   }
 
-  // A search that is cut short falls back to what is known so far, which is thus made to be the measured
-  // plan.
   typename Api::Plan Planned() const {
     static std::map<std::tuple<int, bool, Way>, typename Api::Plan> plans;
-    if (plans.empty()) Api::ReadWisdom(Api::kWisdom);
+    if (plans.empty()) Api::ReadWisdom(kWisdom);
     auto &known = plans[{length, real, way}];
     if (known == nullptr) {
-      known = Make(FFTW_MEASURE);
-      if (length <= 1 << 17) {
-        Api::Destroy(known);
-        Api::LimitPlanning(1.0);
-        known = Make(FFTW_PATIENT);
-        Api::LimitPlanning(FFTW_NO_TIMELIMIT);
-      }
-      Api::WriteWisdom(Api::kWisdom);
+      known = Make(length <= 1 << 17 ? FFTW_PATIENT : FFTW_MEASURE);
+      Api::WriteWisdom(kWisdom);
     }
     return known;
   }

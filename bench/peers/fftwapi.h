@@ -12,10 +12,8 @@ template <> struct FftwApi<float> {
   using Complex = fftwf_complex;
   static constexpr auto Malloc = fftwf_malloc;
   static constexpr auto Free = fftwf_free;
-  static constexpr auto LimitPlanning = fftwf_set_timelimit;
   static constexpr auto ReadWisdom = fftwf_import_wisdom_from_filename;
   static constexpr auto WriteWisdom = fftwf_export_wisdom_to_filename;
-  static constexpr auto kWisdom = QORN_PEER_FFTW_WISDOM "32";
   static constexpr auto PlanComplex = fftwf_plan_dft_1d;
   static constexpr auto PlanForward = fftwf_plan_dft_r2c_1d;
   static constexpr auto PlanInverse = fftwf_plan_dft_c2r_1d;
@@ -30,10 +28,8 @@ template <> struct FftwApi<double> {
   using Complex = fftw_complex;
   static constexpr auto Malloc = fftw_malloc;
   static constexpr auto Free = fftw_free;
-  static constexpr auto LimitPlanning = fftw_set_timelimit;
   static constexpr auto ReadWisdom = fftw_import_wisdom_from_filename;
   static constexpr auto WriteWisdom = fftw_export_wisdom_to_filename;
-  static constexpr auto kWisdom = QORN_PEER_FFTW_WISDOM "64";
   static constexpr auto PlanComplex = fftw_plan_dft_1d;
   static constexpr auto PlanForward = fftw_plan_dft_r2c_1d;
   static constexpr auto PlanInverse = fftw_plan_dft_c2r_1d;
