@@ -293,7 +293,7 @@ TEST(Spectrum, Apply_AnyLength_HasTheBitsOfTheStepsOneByOne) {
     SCOPED_TRACE(level.name);
     for (const int n :
          {1,    2,    3,    8,    12,   16,   17,   45,   64,   77,   100,  128,  255,  256,  360,
-          1000, 1001, 1023, 1024, 1025, 1536, 2047, 2048, 2049, 2050, 3125, 4096, 5001, 6561, 10000}) {
+          1000, 1001, 1023, 1024, 1025, 1536, 2047, 2048, 2049, 2050, 3125, 4096, 5001, 6561, 10000, 40000}) {
       const VecCplx32 in = Noise(n);
       VecReal32 real;
       in.GetReal(real);

@@ -278,7 +278,9 @@ template <class T> void ComplexPlan<T>::MakeLines(const GridShape &shape) {
 
 template <class T> void ComplexPlan<T>::MakeFourStep(const FourStepShape &shape) {
   constexpr std::int64_t kWidth = FourStep<T>::kWidth;
-  // From so many bytes of samples on whole runs of lines are written; before, strips stay in the first cache.
+  // From kFarBytes of samples on whole runs of lines are written; before, strips stay in the first cache.
+  // Bins of a butterfly that lie a multiple of kSet bytes apart share a few sets of it: too few for more than
+  // kRun of them, and for others if they lie kFewBins bytes apart or more and are not written in runs.
   constexpr std::size_t kFarBytes = 1 << 19;
   constexpr std::int64_t kNearLines = 512, kRun = 8, kSet = 1024, kFewBins = 32768;
   FourStep<T> &plan = m_fourStep;
@@ -289,7 +291,8 @@ template <class T> void ComplexPlan<T>::MakeFourStep(const FourStepShape &shape)
   const std::int64_t groups = first / kWidth, rows = first * down;
   plan.first = shape.first;
   plan.columns = columns;
-  // Where W lines that are written together divide a part, a free one behind it divides none of them.
+  // A line stays free behind each part, but not where the lines of W columns, written as neighbours, may lie
+  // across two parts.
   const std::int64_t part = columns / shape.across.front(), lastRadix = shape.across.back();
   plan.across.pitch = part % kWidth == 0 ? part + 1 : part;
   plan.down.pitch = (plan.down.steps < 2 ? down : down / shape.down.front()) + 1;
