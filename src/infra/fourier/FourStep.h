@@ -11,8 +11,9 @@ namespace QORN::fourier {
 inline constexpr int kMaxStripSteps = 4;
 
 /// A transform of `length` lines, each value of a line by itself, in one to four steps, whose radices'
-/// product the length is. The first step makes radices[0] parts of lines that lay that many parts' length
-/// apart, the next one goes through each part in the same way, and the last one's results are in the order of
+/// product the length is. A butterfly of the first step combines lines that lie length / radices[0] apart,
+/// and its result number k takes the place of its input number k, so that all results of one number make a
+/// part; the next step goes through each part in the same way. The last one's results stand in the order of
 /// their digits reversed.
 template <class T> struct Strip {
   std::ptrdiff_t length;
@@ -22,8 +23,8 @@ template <class T> struct Strip {
   /// the cache.
   std::ptrdiff_t pitch;
   /// The factors between the steps: of the first one, for each place p of a part, for each k >= 1, exp(-j 2
-  /// pi p k / length): the real part twice, the imaginary part negated and as it is. Then those of the second
-  /// one, for the length of a part.
+  /// pi p k / length): the real part twice, the imaginary part negated and as it is. Then those of the next
+  /// ones, for the lengths of their parts.
   const T *turns;
 };
 

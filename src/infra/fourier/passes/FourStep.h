@@ -52,7 +52,7 @@ template <class T, int R, bool Inverse, bool Before, bool After>
   }
 }
 
-// Strips that stand `between` scalars apart.
+// `count` strips of one plan that stand `between` scalars apart.
 template <class T> struct Strips {
   const fourier::Strip<T> &plan;
   T *lines;
@@ -136,7 +136,7 @@ template <class T> void Spread(const Strips<T> &strips, T *to, Index apart) {
 // The first step of the first sweep, for W columns and for `count` neighbouring rows, which lie `pitch`
 // scalars apart; what a butterfly combines lies `apart` scalars apart. The results of column b and of the
 // g-th W of k'' go to lines `between` * b + `groups` * g scalars behind `to`, and those of neighbouring rows
-// one behind the other; Turned by `down`, if that is wanted. `place` is that of the first sample.
+// one behind the other. Turn: they are turned by `down` first. `place` is that of the first sample.
 template <class T, int P, bool Turn, class Ends>
 [[gnu::flatten]] void FirstDown(const T *in, Index place, Index pitch, Index apart, Index count,
                                 const T *turns, const T *down, Ends ends, T *to, Index between,
@@ -224,8 +224,7 @@ void RunFourStepEnds(const fourier::FourStep<T> &plan, const T *in, T *out, T *s
 }
 
 /// out = scale * transform of in; out may be in. scratch holds the matrix, and behind it, if there are strips
-/// down, the larger one of all strips down that start in one line of the matrix's columns and of the strips
-/// across that are transformed together.
+/// down, either those of W columns or the strips across that are transformed together, whichever take more.
 template <class T>
 void RunFourStep(const fourier::FourStep<T> &plan, const T *in, T *out, T *scratch, bool inverse, T scale) {
   WithEnds<T>(inverse, scale, [&](auto ends) { RunFourStepEnds(plan, in, out, scratch, ends); });
