@@ -40,7 +40,7 @@ StreamingFir<Tap>::StreamingFir(const Tap *taps, int count)
   for (Index k = 0; k < count; ++k) *(last - k) = Conjugate(taps[k]);
   const int length = fourier::StreamLength<Tap>(count);
   if (length > 0) {
-    m_transforms.emplace(Taps(), count, length, true);
+    m_transforms.emplace(Taps(), count, length, fourier::Life::kLasting);
     m_leastTerms = fourier::LeastTerms<Tap>(length);
   }
   m_room = std::max<Index>(4 * m_last, length);

@@ -8,8 +8,8 @@
 
 #include "fourier/LongConvolution.h"
 #include "fourier/Operands.h"
-#include "fourier/OverlapSave.h"
 #include "fourier/WholeCorrelation.h"
+#include "fourier/WorkArray.h"
 #include "kernels/Levels.h"
 #include "qorn/infra/TargetLib.h"
 
@@ -46,7 +46,7 @@ template <class T> void Run(const fourier::Correlation<T> &job, const Method &me
   constexpr double kAny = std::numeric_limits<double>::infinity();
   const int length =
       method.block != 0 ? method.block : fourier::BlockLength<T>(job.tapCount, job.count, kAny);
-  fourier::Correlator<T>(job.taps, job.tapCount, length, false).Run(job);
+  fourier::Correlator<T>(job.taps, job.tapCount, length, fourier::Life::kCall).Run(job);
 }
 
 template <class T>
@@ -63,7 +63,7 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
   if constexpr (std::is_same_v<T, float>) {
     if (method.whole != 0 && fourier::ConvolveWhole(src1, len1, src2, len2, dst, method.whole)) return;
   }
-  const fourier::WorkArray<T> taps(len1);
+  const fourier::WorkArray<T> taps(len1, fourier::Life::kCall);
   Reverse(src1, len1, taps.Data());
   Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, method);
 }
@@ -88,7 +88,8 @@ void Correlate(void (*direct)(const T *, int, const T *, int, T *, int, int), co
   if (method.whole != 0 && fourier::CorrelateWhole(job, method.whole)) return;
   if (len1 <= len2) return Run<T>(job, method);
   constexpr Index kScalars = sizeof(T) / sizeof(float);
-  const fourier::WorkArray<float> signal(kScalars * len1), taps(kScalars * len2);
+  const fourier::WorkArray<float> signal(kScalars * len1, fourier::Life::kCall),
+      taps(kScalars * len2, fourier::Life::kCall);
   Reverse(src1, len1, reinterpret_cast<T *>(signal.Data()));
   Reverse(src2, len2, reinterpret_cast<T *>(taps.Data()));
   Run<T>({reinterpret_cast<T *>(taps.Data()), len2, reinterpret_cast<T *>(signal.Data()), len1, first,

@@ -394,7 +394,7 @@ TEST(BasebandSigGen, GenerateSignal_KeptDestination_AllocatesNothing) {
       for (const int n : {1000, 999, 1, 500}) {
         const long allowed = FilterAllocations(generator, n), before = AllocationCount();
         generator.GenerateSignal(signal, n, true);
-        EXPECT_EQ(AllocationCount() - before, allowed) << type << ", " << samplesPerSymbol;
+        EXPECT_LE(AllocationCount() - before, allowed) << type << ", " << samplesPerSymbol;
       }
     }
   }

@@ -95,7 +95,7 @@ template <class T> void CheckLong(int tapCount, int length, int every) {
 
   for (const kernels::Level &level : kernels::AvailableLevels()) {
     const kernels::ScopedLevel scope(level);
-    fourier::Correlator<T> correlator(taps.data(), tapCount, length, true);
+    fourier::Correlator<T> correlator(taps.data(), tapCount, length, fourier::Life::kLasting);
     std::fill(out.begin(), out.end(), T{});
     correlator.Run({taps.data(), tapCount, x.data(), len, 0, count, out.data()});
     std::size_t i = 0;

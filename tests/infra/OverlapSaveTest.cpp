@@ -316,23 +316,6 @@ TEST(FloatOverlapSave, Copy_OfAFilter_IsAClone) {
   }
 }
 
-// A copy has memory of its own for all, and takes over what is to be kept.
-TEST(WorkArray, Copy_OfSomeKept_CopiesThese) {
-  using QORN::fourier::WorkArray;
-  WorkArray<double> source(1000, 3);
-  std::fill_n(source.Data(), 1000, 5.0);
-  WorkArray<double> copy(source), assigned;
-  assigned = source;
-  std::fill_n(source.Data(), 1000, 6.0);
-  for (const WorkArray<double> *array : {&copy, &assigned}) {
-    EXPECT_EQ(std::vector<double>(array->Data(), array->Data() + 3), std::vector<double>(3, 5.0));
-    std::fill_n(array->Data(), 1000, 7.0);
-  }
-  const WorkArray<double> moved(std::move(copy)), empty(copy);
-  EXPECT_EQ(moved.Data()[999], 7.0);
-  EXPECT_EQ(empty.Data(), nullptr);
-}
-
 TEST(SharedPlan, ManyThreads_GetOnePlan) {
   std::vector<const ComplexPlan<float> *> plans(8);
   std::vector<std::thread> threads;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "Cyclic.h"
 #include "FourStep.h"
 #include "Passes.h"
 
@@ -157,18 +158,18 @@ namespace {
 // 16 take the less for each bit the larger they are, but hardly.
 constexpr double kStep = 2.25;
 
-// The radices of a strip of n lines, at least `least` of them at the least cost, in
-// ascending order; none and an infinite cost if it has none.
+// The radices of a strip of n lines, `least` to `most` of them at the least cost, in ascending order; none
+// and an infinite cost if it has none.
 struct StripShape {
   std::vector<int> radices;
   double cost = std::numeric_limits<double>::infinity();
 };
-StripShape StripFor(std::int64_t n, std::size_t least) {
+StripShape StripFor(std::int64_t n, std::size_t least, std::size_t most) {
   StripShape best;
   std::vector<int> radices;
   const auto extend = [&](const auto &self, std::int64_t rest, double cost) -> void {
     if (rest == 1 && radices.size() >= least && cost < best.cost) best = {radices, cost};
-    if (radices.size() == kMaxStripSteps) return;
+    if (radices.size() == most) return;
     for (const int radix : kGridSides) {
       if (rest % radix != 0 || (!radices.empty() && radix < radices.back())) continue;
       radices.push_back(radix);
@@ -200,8 +201,8 @@ FourStepShape FourStepFor(std::int64_t n, int scalar) {
     for (std::int64_t down = 1; down * first * width <= n; ++down) {
       if (n % (first * down) != 0 || (down > 1 && bytes < kTwoSweeps)) continue;
       const std::int64_t rows = first * down, columns = n / rows;
-      const StripShape across = StripFor(columns, 2);
-      const StripShape strip = down == 1 ? StripShape{{}, 0} : StripFor(down, 1);
+      const StripShape across = StripFor(columns, 2, kMaxStripSteps);
+      const StripShape strip = down == 1 ? StripShape{{}, 0} : StripFor(down, 1, kMaxStripSteps);
       // The last columns fill their lines by some of the ones before.
       const double filled =
           static_cast<double>((columns + width - 1) / width * width) / static_cast<double>(columns);
@@ -223,6 +224,21 @@ FourStepShape FourStepFor(std::int64_t n, int scalar) {
   // The largest radix last but one: the last one's lines meet in one set of the cache.
   for (std::vector<int> *radices : {&best.down, &best.across}) {
     if (radices->size() > 1) std::swap(radices->back(), radices->end()[-2]);
+  }
+  return best;
+}
+
+CyclicShape CyclicFor(std::int64_t n) {
+  CyclicShape best{};
+  double least = std::numeric_limits<double>::infinity();
+  for (const int first : {8, 16}) {
+    // The largest radix last: between it and its inverse no factors are applied, and nothing is stored.
+    const StripShape strip = StripFor(n / first, 1, CyclicSteps::kMaxSteps);
+    const double cost = Arithmetic(first) + strip.cost;
+    if (cost < least) {
+      least = cost;
+      best = {first, strip.radices};
+    }
   }
   return best;
 }

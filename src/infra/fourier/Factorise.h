@@ -29,6 +29,14 @@ struct FourStepShape {
 };
 FourStepShape FourStepFor(std::int64_t n, int scalar);
 
+/// The radices of a cyclic convolution of n points, n = 2^k times 1, 3, 5 or 9, k >= 6, as in
+/// fourier::CyclicSteps.
+struct CyclicShape {
+  int first;
+  std::vector<int> strip;
+};
+CyclicShape CyclicFor(std::int64_t n);
+
 /// Whether n has no prime factor above 13, so that there is a butterfly for each.
 bool IsSmooth(std::int64_t n);
 

@@ -23,30 +23,36 @@
 // therefore add up, but for terms in u^2, which what the sums below leave of c covers a thousand times.
 // - A factor w, |w| = 1, with its parts rounded from a wider type, is off by less than u / sqrt(2), and the
 //   product by it has two roundings of products and one of a sum: (1 + sqrt(2)) u. Together 3.13 u.
-// - A sum of two values has u. So a butterfly of radix 4, two layers of sums, has 2 u. One of radix 8 is one
-//   of radix 4, at worst a sum times sqrt(1/2), 2.71 u, and a layer of sums: 5.71 u.
+// - A sum of two values has u. So a butterfly of radix 4, two layers of sums, has 2 u. One of radix 8 has a
+//   product by sqrt(1/2), 1.71 u, among three layers, or four: 5.71 u. One of radix 16 is one of radix 4; the
+//   sums 1 - j tan, 1.61 u; sums of which some have such a product, 2.71 u; and sums with the products by the
+//   cosines that were left out, 3 u: 9.4 u.
 // - A butterfly of an odd prime R forms a = x[j] + x[R-j] and b = x[j] - x[R-j] and outputs as x[0] + sums of
 //   cos a and j sin b. If no operand meets more than r roundings on its way, the error of an output is at
 //   most r u (|x[0]| + sum of |cos a| + |sin b|), and, since |a|^2 + |b|^2 = 2 |x[j]|^2 + 2 |x[R-j]|^2, at
 //   most r u sqrt(R) |x|; that of all R outputs is r sqrt(R) u times their norm, sqrt(R) |x|. For R = 3, a
 //   meets the roundings of three sums, its cosine being -1/2; b those of three as well, and two in the part
 //   of it, 0.16, that makes up for sin(pi / 3) not being 1: r < 3.4, 5.9 u. For R = 5, four sums, a constant
-//   and a product: r = 6, 13.5 u. Radix 9 is two of radix 3 with a factor between: 15 u.
-// So a pass has, with the factor behind it, 5.2 u, 8.9 u, 9.1 u, 16.7 u or 18.2 u for radix 4, 8, 3, 5 or 9,
-// which is below c log2(radix) u. Others do not occur: M is a multiple of 8 (Passes.h), and its twos go into
-// radices 4 and 8. The factors behind the last pass join the lanes, by a butterfly of radix 8 that has 5.71 u
-// of c 3 u, at least 12 u. Of the rest, 3.13 u are for these factors of N >= 2^18, which are products of two
+//   and a product: r = 6, 13.5 u. Radix 9 is two of radix 3 with a factor between: 15 u. Radix 6, 10 and 12
+//   are two without one: 6.9 u, 14.5 u and 7.9 u.
+// So a pass has, with the factor behind it, 5.2 u, 8.9 u, 12.6 u, 9.1 u, 16.7 u, 10.1 u, 18.2 u, 17.7 u or
+// 11.1 u for radix 4, 8, 16, 3, 5, 6, 9, 10 or 12, which is below c log2(radix) u. Others do not occur. That
+// is all for floats (Cyclic.h). For doubles (Passes.h), M is a multiple of 8, whose twos go into radices 4
+// and 8, and the factors behind the last pass join the lanes, by a butterfly of radix 8 that has 5.71 u of c
+// 3 u, at least 12 u. Of the rest, 3.13 u are for these factors of N >= 2^18, which are products of two
 // rounded ones, and, with c = 8, u for the scale 1 / N.
 #include "LongConvolution.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <optional>
 #include <type_traits>
 
 #include "Operands.h"
 #include "OverlapSave.h"
+#include "infra/Errors.h"
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/Cplx.h"
 
@@ -64,7 +70,7 @@ template <class T> constexpr Index kPairsOf = Element<T>::kParts == 1 ? 2 : 1;
 // same at the others.
 
 // A product of a direct sum.
-template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.011 : 0.0205;
+template <class T> constexpr double kPerTerm = sizeof(T) == sizeof(float) ? 0.0128 : 0.0205;
 template <> constexpr double kPerTerm<Cplx32> = 0.046;
 
 // How much of such a product one with what is beside an array takes: most of these are left out.
@@ -75,16 +81,25 @@ template <class T> constexpr double kPerEdge = Element<T>::kParts == 1 ? 1.5 : 4
 
 // A pair of real blocks, or a complex one, there and back. The taps take half of it.
 template <class T> double RunCost(double length) {
-  // Of the nearer caches, and of all.
-  const double outside = length <= 8192     ? 1
-                         : length <= 16384  ? 1.2
-                         : length <= 32768  ? 1.7
-                         : length <= 262144 ? 2
-                                            : 3.5;
-  const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
   const double log2 = std::log2(length);
-  const double perPoint = std::is_same_v<T, double> ? 0.87 * log2 - 1.8 : 0.1 + 0.15 * log2;
-  return perPoint * outside * nine * length;
+  if constexpr (std::is_same_v<T, double>) {
+    // Of the nearer caches, and of all.
+    const double outside = length <= 8192     ? 1
+                           : length <= 16384  ? 1.2
+                           : length <= 32768  ? 1.7
+                           : length <= 262144 ? 2
+                                              : 3.5;
+    const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
+    return (0.87 * log2 - 1.8) * outside * nine * length;
+  } else {
+    constexpr double kPerRun = 80;
+    const double outside = length <= 8192     ? 1
+                           : length <= 131072 ? 1.2
+                           : length <= 262144 ? 1.4
+                           : length <= 524288 ? 2.2
+                                              : 3.2;
+    return kPerRun + (0.42 + 0.1 * log2) * outside * length;
+  }
 }
 
 // To get and to free the memory.
@@ -112,15 +127,15 @@ template <class T> class Correlator<T>::Job {
   static constexpr Index kFew = 64; // and so many leave few in doubt
 
 public:
-  Job(const T *taps, int tapCount, int length, bool lasting)
-      : m_job{taps, tapCount, nullptr, 0, 0, 0, nullptr}, m_last(tapCount - 1), m_engine(length, tapCount),
-        m_error(PerTwo(length) * std::ceil(std::log2(length)) * kUnit) {
+  Job(const T *taps, int tapCount, int length, Life life)
+      : m_life(life), m_job{taps, tapCount, nullptr, 0, 0, 0, nullptr}, m_last(tapCount - 1),
+        m_engine(length, tapCount, life), m_error(PerTwo(length) * std::ceil(std::log2(length)) * kUnit) {
     // Doubles have two spectra more and a second block; then come the windows, which take two blocks of
     // reals.
     const Index n = m_engine.Length(), extra = kSplit ? 6 * n : 0;
-    m_work = WorkArray<double>(extra + 2 * n);
+    m_work = WorkArray<double>(extra + 2 * n, life);
     m_usable = SetTaps();
-    if (!lasting) return;
+    if (life == Life::kCall) return;
     SetSizes();
     if constexpr (std::is_same_v<T, float>) m_apart = WorkArray<float>(4 * n);
   }
@@ -457,7 +472,7 @@ private:
     if (!m_usable) return;
     if (m_largeCount == 0) FindLargeTaps();
     if (m_large[0].size == 0) return;
-    m_sizes.emplace(m_engine.Length(), m_job.tapCount);
+    m_sizes.emplace(m_engine.Length(), m_job.tapCount, m_life);
     float *const h = m_sizes->Block();
     for (Index i = 0; i <= m_last; ++i) {
       const double size = Size(TapAt(i)) / m_large[0].size;
@@ -510,6 +525,19 @@ private:
     }
   };
 
+  // How many of the outputs, a number of whole groups, are at least so large before one that is not; what is
+  // left of `count` is not looked at.
+  static Index CountLarge(const T *outputs, Index count, double least) {
+    constexpr Index kGroup = 16;
+    Index at = 0;
+    for (; at + kGroup <= count; at += kGroup) {
+      bool large = true;
+      for (Index i = 0; i < kGroup; ++i) large &= Size(outputs[at + i]) >= least;
+      if (!large) break;
+    }
+    return at;
+  }
+
   // Goes through the outputs that are not above `least` and finds those that are to be computed again. Where
   // the block was dirty, the results of infinities and not-a-numbers are not in yet.
   void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) {
@@ -518,7 +546,10 @@ private:
     const Index never = -1 - m_last;
     Index seen = std::max(outputs.first - m_last, Index{0}); // inputs below have been looked at
     Index lastNonzero = never, lastInfinite = never, lastNaN = never;
-    for (Index n = outputs.first; n < outputs.first + outputs.count; ++n) {
+    const Index end = outputs.first + outputs.count;
+    for (Index n = outputs.first; n < end; ++n) {
+      if (!dirty) n += CountLarge(Target(n), end - n, least);
+      if (n == end) break;
       T &result = *Target(n);
       const bool large = Size(result) >= least;
       if (large && !dirty) continue;
@@ -566,6 +597,7 @@ private:
       return {};
   }
 
+  Life m_life;
   Correlation<T> m_job;
   Index m_last; // the place of the last tap
   // With the taps, or their coarse part.
@@ -585,10 +617,16 @@ private:
 };
 
 template <class T>
-Correlator<T>::Correlator(const T *taps, int tapCount, int length, bool lasting)
-    : m_job(std::make_unique<Job>(taps, tapCount, length, lasting)) {}
+Correlator<T>::Correlator(const T *taps, int tapCount, int length, Life life) try
+    : m_job(std::make_unique<Job>(taps, tapCount, length, life)) {
+} catch (const std::bad_alloc &) {
+  Throw(errors::kMemoryAllocation, modules::kTargetLib);
+}
 template <class T>
-Correlator<T>::Correlator(const Correlator &other) : m_job(std::make_unique<Job>(*other.m_job)) {}
+Correlator<T>::Correlator(const Correlator &other) try : m_job(std::make_unique<Job>(*other.m_job)) {
+} catch (const std::bad_alloc &) {
+  Throw(errors::kMemoryAllocation, modules::kTargetLib);
+}
 template <class T> Correlator<T>::~Correlator() = default;
 
 template <class T> int Correlator<T>::Length() const { return m_job->Length(); }

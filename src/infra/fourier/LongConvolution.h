@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "WorkArray.h"
 #include "qorn/infra/Cplx.h"
 
 namespace QORN::fourier {
@@ -26,9 +27,9 @@ template <class T> struct Correlation {
 /// 11001 if there is no memory.
 template <class T> class Correlator {
 public:
-  /// `length` is 2^k times 1, 3, 5 or 9, k >= 6, and at least tapCount. With `lasting`, all memory is taken
-  /// at once; else what few signals need is left until then, and RunParts is not to be called.
-  Correlator(const T *taps, int tapCount, int length, bool lasting);
+  /// `length` is 2^k times 1, 3, 5 or 9, k >= 6, and at least tapCount. For kLasting, all memory is taken at
+  /// once; else what few signals need is left until then, and RunParts is not to be called.
+  Correlator(const T *taps, int tapCount, int length, Life life);
   Correlator(const Correlator &other);
   Correlator &operator=(const Correlator &) = delete;
   ~Correlator();

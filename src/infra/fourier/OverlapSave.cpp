@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
-#include <climits>
 #include <cmath>
 #include <memory>
 
@@ -33,8 +32,10 @@ template <class P> struct Slots {
     return *present;
   }
 };
+constexpr int kLanes = 8;
 template <class T> Slots<ComplexPlan<T>> byColumns;
 template <class P> Slots<P> transforms;
+Slots<CyclicPlan> cyclic;
 
 template <class T> auto Product();
 template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }
@@ -42,31 +43,21 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 } // namespace
 
-template <class T> WorkArray<T>::WorkArray(std::ptrdiff_t count, std::ptrdiff_t kept) {
-  constexpr int kSize = sizeof(T);
-  if (count > INT_MAX / kSize) Throw(errors::kMemoryAllocation, modules::kTargetLib);
-  m_bytes = Bytes(static_cast<int>(count) * kSize, static_cast<int>(kept) * kSize);
-}
-
-template <class T> WorkArray<T>::Bytes::Bytes(const Bytes &other) : Bytes(other.GetSize(), other.kept) {
-  std::copy_n(other.GetPtr(), std::min(kept, GetSize()), GetPtr()); // a moved one has none
-}
-template <class T> auto WorkArray<T>::Bytes::operator=(const Bytes &other) -> Bytes & {
-  return *this = Bytes(other);
-}
-
 template <class T> const ComplexPlan<T> &SharedPlan(int length) {
-  return byColumns<T>.Get(length, [=] { return ComplexPlan<T>::Make(length, Cyclic::kLanes); });
+  return byColumns<T>.Get(length, [=] { return ComplexPlan<T>::Make(length, kLanes); });
+}
+const CyclicPlan &SharedCyclic(int length) {
+  return cyclic.Get(length, [=] { return CyclicPlan::Make(length); });
 }
 template <class P> const P &SharedTransform(int length) {
   return transforms<P>.Get(length, [=] { return P::Make(length); });
 }
 
 template <class T>
-OverlapSave<T>::OverlapSave(int length, int taps)
+OverlapSave<T>::OverlapSave(int length, int taps, Life life)
     : m_plan(&SharedPlan<T>(length)), m_taps(taps),
       m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T)),
-             std::ptrdiff_t{2} * length) {}
+             std::ptrdiff_t{2} * length, life) {}
 
 template <class T> void OverlapSave<T>::SetTaps(const T *h) {
   T *const spectrum = m_work.Data();
@@ -81,21 +72,17 @@ template <class T> void OverlapSave<T>::Run() {
   Inverse(Block(), Block());
 }
 
-FloatOverlapSave::FloatOverlapSave(int length, int taps)
-    : m_plan(&SharedPlan<double>(length)), m_taps(taps),
-      m_work(std::ptrdiff_t{6} * length, std::ptrdiff_t{2} * length) {}
+FloatOverlapSave::FloatOverlapSave(int length, int taps, Life life)
+    : m_plan(&SharedCyclic(length)), m_taps(taps),
+      m_work(std::ptrdiff_t{4} * length, std::ptrdiff_t{2} * length, life) {}
 
 Cyclic FloatOverlapSave::Job() const {
-  return {&m_plan->GetColumns(), m_work.Data(), m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length())};
+  return {&m_plan->Steps(), m_work.Data(), m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length())};
 }
 
 void FloatOverlapSave::SetTaps() {
   std::fill(NewTaps() + 2 * m_taps, NewTaps() + 2 * static_cast<std::ptrdiff_t>(Length()), 0.0F);
-  kernels::active->FourierSpectrum_32fc(Job(), NewTaps(), m_work.Data());
-}
-
-double FloatOverlapSave::Gain() const {
-  return std::sqrt(kernels::active->ConvGain_64f(m_work.Data(), Length())) * Length();
+  m_gain = std::sqrt(kernels::active->FourierSpectrum_32fc(Job(), NewTaps(), m_work.Data()));
 }
 
 CyclicFigures FloatOverlapSave::Run(const float *x, float *dst, std::ptrdiff_t count) {
@@ -107,9 +94,6 @@ CyclicFigures FloatOverlapSave::Run(const float *x0, const float *x1, float *dst
   return kernels::active->FourierCyclic_32f(Job(), x0, x1, dst0, dst1, m_taps - 1, count0, count1);
 }
 
-template class WorkArray<float>;
-template class WorkArray<double>;
-template class WorkArray<std::ptrdiff_t>;
 template class OverlapSave<float>;
 template class OverlapSave<double>;
 template const ComplexPlan<float> &SharedPlan<float>(int);

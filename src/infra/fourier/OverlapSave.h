@@ -5,39 +5,19 @@
 
 #include <cstddef>
 
+#include "CyclicPlan.h"
 #include "Plan.h"
-#include "qorn/infra/VecUInt8.h"
+#include "WorkArray.h"
 
 namespace QORN::fourier {
-
-/// Work memory of `count` values, not cleared; copies as a value, of which the first `kept` values are copied
-/// and the others are as in a new one. Throws QORNException 11001 if there is no memory.
-template <class T> class WorkArray {
-public:
-  WorkArray() = default;
-  explicit WorkArray(std::ptrdiff_t count) : WorkArray(count, count) {}
-  WorkArray(std::ptrdiff_t count, std::ptrdiff_t kept);
-  T *Data() const { return reinterpret_cast<T *>(m_bytes.GetPtr()); }
-
-private:
-  struct Bytes : VecUInt8 {
-    Bytes() = default;
-    Bytes(int count, int toKeep) : kept(toKeep) { CreateUncleared(count); }
-    Bytes(const Bytes &other);
-    Bytes(Bytes &&) noexcept = default;
-    Bytes &operator=(const Bytes &other);
-    Bytes &operator=(Bytes &&) noexcept = default;
-    ~Bytes() override = default;
-
-    int kept = 0;
-  };
-  Bytes m_bytes;
-};
 
 /// The complex plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, by columns of 8 lanes. It is made at
 /// the first call, belongs to the process and is never freed; any thread may call. Throws QORNException 11001
 /// if there is no memory for it.
 template <class T> const ComplexPlan<T> &SharedPlan(int length);
+
+/// The same of a cyclic convolution.
+const CyclicPlan &SharedCyclic(int length);
 
 /// The same of a plan as Make chooses it, P being ComplexPlan or RealPlan of double, for half as many points
 /// or more in a real one.
@@ -52,7 +32,7 @@ template <class P> const P &SharedTransform(int length);
 template <class T> class OverlapSave {
 public:
   /// Throws QORNException 11001 if there is no memory.
-  OverlapSave(int length, int taps);
+  OverlapSave(int length, int taps, Life life = Life::kLasting);
 
   int Length() const { return m_plan->Length(); }
   int Taps() const { return m_taps; }
@@ -87,7 +67,7 @@ private:
 class FloatOverlapSave {
 public:
   /// Throws QORNException 11001 if there is no memory.
-  FloatOverlapSave(int length, int taps);
+  FloatOverlapSave(int length, int taps, Life life = Life::kLasting);
 
   int Length() const { return m_plan->Length(); }
   int Taps() const { return m_taps; }
@@ -98,7 +78,7 @@ public:
   void SetTaps();
 
   /// The largest magnitude of the taps' spectrum.
-  double Gain() const;
+  double Gain() const { return m_gain; }
 
   /// Convolves Length() complex values and writes `count` results from number Taps() - 1 on. count is 1 to
   /// Step(); the arrays do not overlap.
@@ -111,14 +91,12 @@ public:
 private:
   Cyclic Job() const;
 
-  const ComplexPlan<double> *m_plan; // belongs to the process
+  const CyclicPlan *m_plan; // belongs to the process
   int m_taps;
+  double m_gain = 0;
   WorkArray<double> m_work; // spectrum and scratch, as above
 };
 
-extern template class WorkArray<float>;
-extern template class WorkArray<double>;
-extern template class WorkArray<std::ptrdiff_t>;
 extern template class OverlapSave<float>;
 extern template class OverlapSave<double>;
 

@@ -84,24 +84,6 @@ template <class T> struct Tiled {
   std::ptrdiff_t tile; ///< the scalars of scratch that a tile takes
 };
 
-/// A cyclic convolution of N values with taps, by the columns of N points with 8 lanes, M = N / 8 being a
-/// multiple of 8 and 2^k times 1, 3, 5 or 9.
-struct Cyclic {
-  static constexpr int kLanes = 8;
-
-  const Columns<double> *plan;
-  /// Of the taps, divided by N: for each group of 8 values of k, for each l, the real parts of bins k + M l,
-  /// then the imaginary ones.
-  const double *spectrum;
-  double *scratch; ///< 4 N scalars
-};
-
-/// What a cyclic convolution tells of its values and results.
-struct CyclicFigures {
-  double energy;   ///< the sum of all values' squares, but for the transform's errors
-  double smallest; ///< the smallest magnitude of the results' parts that were wanted
-};
-
 } // namespace QORN::fourier
 
 #endif

@@ -70,9 +70,6 @@ public:
   T Share() const { return m_share; }
   std::size_t ScratchBytes() const override { return m_scratch * sizeof(T); }
 
-  /// Of a length that goes through passes.
-  const Columns<T> &GetColumns() const { return m_columns; }
-
   /// out may be in; otherwise the two must not overlap.
   void Forward(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, false, scale); }
   void Inverse(const T *in, T *out, T *scratch, T scale) const { Run(in, out, scratch, true, scale); }

@@ -7,17 +7,14 @@
 #include "WholeCorrelation.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <memory>
-#include <new>
 #include <type_traits>
 
 #include "Operands.h"
 #include "OverlapSave.h"
-#include "infra/Errors.h"
+#include "WorkArray.h"
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/Cplx.h"
 
@@ -47,37 +44,6 @@ template <class T> double WholeCost(double length) {
   const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * length : TransformCost(length);
   return 3 * once + (kReal<T> ? 0.6 : 1.2) * length + 100;
 }
-
-// The work memory of the last call, unless it is large, waits for the next one: to get it anew from the
-// system would take as long as the transforms. Never freed at the end of the process, like the plans.
-class WorkMemory {
-public:
-  explicit WorkMemory(Index count) : m_array(kept.exchange(nullptr)) {
-    if (m_array != nullptr && m_array->count >= count) return;
-    m_array.reset(); // first, so that the two are never there together
-    m_array.reset(new (std::nothrow) Sized(count));
-    if (m_array == nullptr) Throw(errors::kMemoryAllocation, modules::kTargetLib);
-  }
-  ~WorkMemory() {
-    if (m_array->count <= kMost) m_array.reset(kept.exchange(m_array.release()));
-  }
-  WorkMemory(const WorkMemory &) = delete;
-  WorkMemory &operator=(const WorkMemory &) = delete;
-
-  double *Data() const { return m_array->values.Data(); }
-
-private:
-  struct Sized {
-    explicit Sized(Index size) : count(size), values(size) {}
-    Index count;
-    WorkArray<double> values;
-  };
-  static constexpr Index kMost = (Index{16} << 20) / static_cast<Index>(sizeof(double));
-  static std::atomic<Sized *> kept;
-
-  std::unique_ptr<Sized> m_array;
-};
-std::atomic<WorkMemory::Sized *> WorkMemory::kept{nullptr};
 
 const float *Parts(const float *x) { return x; }
 const float *Parts(const Cplx32 *x) { return &x->re; }
@@ -135,7 +101,7 @@ template <class T> bool RunWhole(const Correlation<T> &job, int length, bool con
     return true;
   }
 
-  const WorkMemory work(5 * n + scratchSize);
+  const WorkArray<double> work(5 * n + scratchSize, Life::kCall);
   double *const signal = work.Data(), *const bins = signal + n, *const tapBins = bins + 2 * n;
   double *const scratch = tapBins + 2 * n;
   const auto transform = [&](const T *x, int count, double *spectrum) {

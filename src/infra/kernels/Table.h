@@ -17,6 +17,7 @@
 #ifndef QORN_SRC_INFRA_KERNELS_TABLE_H
 #define QORN_SRC_INFRA_KERNELS_TABLE_H
 
+#include "../fourier/Cyclic.h"
 #include "../fourier/FourStep.h"
 #include "../fourier/Grid.h"
 #include "../fourier/Passes.h"

@@ -48,6 +48,26 @@ template <bool Inverse = false, class E> [[gnu::always_inline]] inline E Turned(
   return Inverse ? NegMulAdd(Swapped(x), wim, x * wre) : MulAdd(Swapped(x), wim, x * wre);
 }
 
+#if !defined(__FMA__)
+template <class E> [[gnu::always_inline]] inline E MulSubAdd(E a, E b, E c) {
+  return MulAdd(a, b, c * Alternating<E>(-1.0, 1.0));
+}
+template <class E> [[gnu::always_inline]] inline E MulAddSub(E a, E b, E c) {
+  return MulAdd(a, b, c * Alternating<E>(1.0, -1.0));
+}
+#endif
+
+template <int Odd> struct NeighbourTwice {
+  static constexpr int At(int i) { return i / 2 * 2 + Odd; }
+};
+
+/// x * w, or x * conj(w) in an inverse transform, w being interleaved as x is.
+template <bool Inverse = false, class E> [[gnu::always_inline]] inline E Multiplied(E x, E w) {
+  const E re = Shuffle<NeighbourTwice<0>, kScalars<E>>(w, w);
+  const E im = Swapped(x) * Shuffle<NeighbourTwice<1>, kScalars<E>>(w, w);
+  return Inverse ? MulAddSub(x, re, im) : MulSubAdd(x, re, im);
+}
+
 /// x * exp(-j 2 pi K / N), the constant known to the compiler.
 template <class T, int K, int N, bool Inverse, class E> [[gnu::always_inline]] inline E TurnedBy(E x) {
   constexpr T c = static_cast<T>(Cosine(1, 8));

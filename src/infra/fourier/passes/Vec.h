@@ -62,7 +62,8 @@ template <class E, class T> [[gnu::always_inline]] inline void Store(T *p, E v) 
 template <class E, class T> [[gnu::always_inline]] inline E Broadcast(T x) { return x - E{}; }
 
 // MulAdd: a * b + c, MulSub: a * b - c, NegMulAdd: c - a * b; rounded once where the level has the
-// instruction. MulAdd of scalars is every kernel's.
+// instruction. MulAdd of scalars is every kernel's. MulSubAdd takes the difference in lanes 0, 2, 4, ... and
+// the sum in the others, MulAddSub vice versa; where they are no instructions, Interleaved.h has them.
 #if defined(__FMA__)
 #define QORN_FUSED(T, V, width, suffix)                                                                      \
   [[gnu::always_inline]] inline Vec<T, V> MulAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                    \
@@ -73,6 +74,12 @@ template <class E, class T> [[gnu::always_inline]] inline E Broadcast(T x) { ret
   }                                                                                                          \
   [[gnu::always_inline]] inline Vec<T, V> NegMulAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
     return _mm##width##_fnmadd_##suffix(a, b, c);                                                            \
+  }                                                                                                          \
+  [[gnu::always_inline]] inline Vec<T, V> MulSubAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
+    return _mm##width##_fmaddsub_##suffix(a, b, c);                                                          \
+  }                                                                                                          \
+  [[gnu::always_inline]] inline Vec<T, V> MulAddSub(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
+    return _mm##width##_fmsubadd_##suffix(a, b, c);                                                          \
   }
 QORN_FUSED(float, 4, , ps)
 QORN_FUSED(double, 2, , pd)

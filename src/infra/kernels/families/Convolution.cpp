@@ -520,25 +520,6 @@ Index ConvJoin(const double *high, const double *low, double *dst, Index len, do
   return below;
 }
 
-// The largest squared magnitude of complex values, the real parts of eight before their imaginary ones.
-double ConvGain(const double *x, Index len) {
-  constexpr int V = kPerRegister<double> < 8 ? kPerRegister<double> : 8;
-  Vec<double, V> largest[2] = {};
-  for (Index i = 0; i < 2 * len; i += 16) {
-    for (int part = 0; part < 8; part += V) {
-      const auto re = Load<Vec<double, V>>(x + i + part), im = Load<Vec<double, V>>(x + i + part + 8);
-      const auto square = MulAdd(re, re, im * im);
-      auto &most = largest[(i / 16 + part / V) % 2];
-      most = square > most ? square : most;
-    }
-  }
-  double result = 0;
-  for (int lane = 0; lane < V; ++lane) {
-    for (const auto &most : largest) result = most[lane] > result ? most[lane] : result;
-  }
-  return result;
-}
-
 // Rounds to float and returns the smallest magnitude, infinite without values.
 double ConvRound(const double *src, float *dst, Index len) {
   constexpr int V = kPerRegister<double>;
