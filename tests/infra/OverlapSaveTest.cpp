@@ -319,7 +319,7 @@ TEST(FloatOverlapSave, Copy_OfAFilter_IsAClone) {
 TEST(SharedPlan, ManyThreads_GetOnePlan) {
   std::vector<const ComplexPlan<float> *> plans(8);
   std::vector<std::thread> threads;
-  for (auto &plan : plans) threads.emplace_back([&plan] { plan = &SharedPlan<float>(8192); });
+  for (auto &plan : plans) threads.emplace_back([&plan] { plan = &SharedPlan<ComplexPlan<float>>(8192); });
   for (auto &thread : threads) thread.join();
   for (const auto *plan : plans) EXPECT_EQ(plan, plans[0]);
   EXPECT_EQ(plans[0]->Length(), 8192);

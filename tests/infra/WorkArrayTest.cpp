@@ -59,10 +59,19 @@ TEST(WorkArray, Lasting_IsGivenBack) {
 }
 
 TEST(WorkArray, ForACall_VeryMuchOrLittle_IsGivenBack) {
-  for (const std::ptrdiff_t bytes : {8 * kMegabyte + 4, std::ptrdiff_t{65532}}) {
+  for (const std::ptrdiff_t bytes : {8 * kMegabyte + 4, std::ptrdiff_t{1020}}) {
     EXPECT_GT(Allocations(bytes, Life::kCall), 0);
     EXPECT_GT(Allocations(bytes, Life::kCall), 0);
   }
+}
+
+// Little and much memory wait apart.
+TEST(WorkArray, ForCalls_LittleAndMuch_BothWait) {
+  for (int i = 0; i < 6; ++i) {
+    const WorkArray<float> large(kMegabyte + i, Life::kCall), small(1000 + i, Life::kCall);
+  }
+  EXPECT_EQ(Allocations(4 * kMegabyte, Life::kCall), 0);
+  EXPECT_EQ(Allocations(4000, Life::kCall), 0);
 }
 
 // Of many arrays at once four wait: the largest.

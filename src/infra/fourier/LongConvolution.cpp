@@ -35,12 +35,14 @@
 //   of it, 0.16, that makes up for sin(pi / 3) not being 1: r < 3.4, 5.9 u. For R = 5, four sums, a constant
 //   and a product: r = 6, 13.5 u. Radix 9 is two of radix 3 with a factor between: 15 u. Radix 6, 10 and 12
 //   are two without one: 6.9 u, 14.5 u and 7.9 u.
-// So a pass has, with the factor behind it, 5.2 u, 8.9 u, 12.6 u, 9.1 u, 16.7 u, 10.1 u, 18.2 u, 17.7 u or
-// 11.1 u for radix 4, 8, 16, 3, 5, 6, 9, 10 or 12, which is below c log2(radix) u. Others do not occur. That
-// is all for floats (Cyclic.h). For doubles (Passes.h), M is a multiple of 8, whose twos go into radices 4
-// and 8, and the factors behind the last pass join the lanes, by a butterfly of radix 8 that has 5.71 u of c
-// 3 u, at least 12 u. Of the rest, 3.13 u are for these factors of N >= 2^18, which are products of two
-// rounded ones, and, with c = 8, u for the scale 1 / N.
+// So a step has, with the factor behind it, 5.2 u, 8.9 u, 12.6 u, 9.1 u, 16.7 u, 10.1 u, 18.2 u, 17.7 u or
+// 11.1 u for radix 4, 8, 16, 3, 5, 6, 9, 10 or 12, which is below c log2(radix) u: each of 4, 8 or 16 leaves
+// 2.8 u or more. The last one has no factor behind it. That is all for floats (Cyclic.h). Doubles go through
+// plans of any way. In two sweeps of strips (FourStep.h) there may be two factors between the first two
+// steps, for which the last one makes up. In tiles (Passes.h), of 2^20 points at least, up to two steps may
+// be of radix 2, which has 4.2 u, and the factors between the lines, products of two rounded ones, have 3.2 u
+// more: together less than two others leave. And the scale 1 / N, where it is not exact, has u of the 7 u or
+// more that any step with a radix of 8 leaves of c = 8.
 #include "LongConvolution.h"
 
 #include <algorithm>
@@ -129,7 +131,7 @@ template <class T> class Correlator<T>::Job {
 public:
   Job(const T *taps, int tapCount, int length, Life life)
       : m_life(life), m_job{taps, tapCount, nullptr, 0, 0, 0, nullptr}, m_last(tapCount - 1),
-        m_engine(length, tapCount, life), m_error(PerTwo(length) * std::ceil(std::log2(length)) * kUnit) {
+        m_engine(length, tapCount, life), m_error(TransformError(length)) {
     // Doubles have two spectra more and a second block; then come the windows, which take two blocks of
     // reals.
     const Index n = m_engine.Length(), extra = kSplit ? 6 * n : 0;
@@ -215,8 +217,11 @@ private:
     return true;
   }
 
-  // Of the transforms' errors, in units of log2 N u.
-  static double PerTwo(int length) { return (length & (length - 1)) == 0 ? 4 : 8; }
+  // The relative error of a transform.
+  static double TransformError(int length) {
+    const bool isPower = (length & (length - 1)) == 0;
+    return (isPower ? 4 : 8) * CeilLog2(length) * kUnit;
+  }
 
   double *Low() const { return m_work.Data(); }
   double *FineSpectrum() const { return m_work.Data() + 2 * static_cast<Index>(m_engine.Length()); }
@@ -326,20 +331,20 @@ private:
     return std::find_if(window, end, [](Part x) { return x != 0; }) == end;
   }
 
-  // Computes the outputs of one block, or of two real ones at once, at most Step() each.
-  void Process(Outputs (&pair)[2], int depth) {
-    const Index n = m_engine.Length();
-    const Part *windows[2] = {};
-    bool dirty[2] = {};
+  // Replaces windows that have not-finite values by what they have else.
+  void Clean(const Part *(&windows)[2], bool (&dirty)[2]) {
+    for (Index i = 0; i < kPairs; ++i) {
+      dirty[i] = !std::isfinite(Energy(windows[i], m_engine.Length() * kParts));
+      if (dirty[i]) windows[i] = Cleaned(i, windows[i]);
+    }
+  }
+
+  // The energy of the windows. Outputs whose window has squares that vanish or overflow are computed directly
+  // and taken out.
+  double TakeOutExtremes(const Part *(&windows)[2], bool (&dirty)[2], Outputs (&pair)[2]) {
     double energy = 0;
     for (Index i = 0; i < kPairs; ++i) {
-      windows[i] = Window(i, pair[i]);
-      double own = Energy(windows[i], n * kParts);
-      if (!std::isfinite(own)) {
-        windows[i] = Cleaned(i, windows[i]);
-        own = Energy(windows[i], n * kParts);
-        dirty[i] = true;
-      }
+      double own = Energy(windows[i], m_engine.Length() * kParts);
       if (!InRange(own) && !AllZero(windows[i])) {
         Directly(pair[i]);
         pair[i].count = 0;
@@ -349,13 +354,36 @@ private:
       }
       energy += own;
     }
+    return energy;
+  }
+
+  // Computes the outputs of one block, or of two real ones at once, at most Step() each.
+  void Process(Outputs (&pair)[2], int depth) {
+    const Part *windows[2] = {};
+    bool dirty[2] = {};
+    for (Index i = 0; i < kPairs; ++i) windows[i] = Window(i, pair[i]);
 
     Index below[2] = {};
-    double least = 0;
+    double energy = 0, least = 0;
+    if constexpr (kSplit) {
+      Clean(windows, dirty);
+      energy = TakeOutExtremes(windows, dirty, pair);
+      if (energy != 0) least = TransformDoubles(windows, std::sqrt(energy) * (1 + 1e-6), pair, below);
+    } else {
+      CyclicFigures figures = TransformFloats(windows, pair);
+      if (!std::isfinite(figures.energy)) {
+        Clean(windows, dirty);
+        figures = TransformFloats(windows, pair);
+      }
+      energy = figures.energy;
+      least = Bound(std::sqrt(energy) * (1 + 1e-6), m_norm, m_gain) / kShare<T>;
+      for (Index i = 0; figures.smallest < least && i < kPairs; ++i) {
+        const T *const dst = Target(pair[i].first);
+        below[i] = std::count_if(dst, dst + pair[i].count, [&](T x) { return Size(x) < least; });
+      }
+    }
     if (energy == 0) {
       for (Index i = 0; i < kPairs; ++i) std::fill_n(Target(pair[i].first), pair[i].count, T{});
-    } else {
-      least = Transform(windows, std::sqrt(energy) * (1 + 1e-6), pair, below);
     }
     // Where many outputs do not speak for themselves, the sums of magnitudes are got by a transform, too.
     SizeSums sums{};
@@ -371,11 +399,11 @@ private:
   }
 
   // Writes the outputs and counts those that are below the returned magnitude, from which on they stand.
-  double Transform(const Part *const (&windows)[2], double norm, const Outputs (&pair)[2],
-                   Index (&below)[2]) {
-    const Index n = m_engine.Length();
-    double least = 0;
+  // For T = double alone.
+  double TransformDoubles(const Part *const (&windows)[2], double norm, const Outputs (&pair)[2],
+                          Index (&below)[2]) {
     if constexpr (kSplit) {
+      const Index n = m_engine.Length();
       double *const block = m_engine.Block(), *const valid = block + 2 * m_last, *const low = Low();
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
@@ -399,27 +427,27 @@ private:
         error = Bound(norm + lowNorm, m_fineNorm, 0) + Bound(lowNorm, m_norm + m_fineNorm, 0) +
                 m_error * std::sqrt(Energy(low, 2 * n)) * (1 + 1e-6);
       }
-      least = error / kShare<T>;
+      const double least = error / kShare<T>;
       for (Index i = 0; i < kPairs; ++i) {
         below[i] = active->ConvJoin_64f(valid + i, low + 2 * m_last + i, Target(pair[i].first), pair[i].count,
                                         magic * m_tapStep, least);
       }
+      return least;
     } else {
-      least = Bound(norm, m_norm, m_gain) / kShare<T>;
-      T *dst[2] = {};
-      for (Index i = 0; i < kPairs; ++i) dst[i] = Target(pair[i].first);
-      double smallest = 0;
-      if constexpr (kParts == 1) {
-        smallest =
-            m_engine.Run(windows[0], windows[1], dst[0], pair[0].count, dst[1], pair[1].count).smallest;
-      } else {
-        smallest = m_engine.Run(windows[0], &dst[0]->re, pair[0].count).smallest;
-      }
-      for (Index i = 0; smallest < least && i < kPairs; ++i) {
-        below[i] = std::count_if(dst[i], dst[i] + pair[i].count, [&](T x) { return Size(x) < least; });
-      }
+      return 0;
     }
-    return least;
+  }
+
+  // For the others: writes the outputs.
+  CyclicFigures TransformFloats(const Part *const (&windows)[2], const Outputs (&pair)[2]) {
+    T *const dst = Target(pair[0].first);
+    if constexpr (kSplit) {
+      return {};
+    } else if constexpr (kParts == 1) {
+      return m_engine.Run(windows[0], windows[1], dst, pair[0].count, Target(pair[1].first), pair[1].count);
+    } else {
+      return m_engine.Run(windows[0], &dst->re, pair[0].count);
+    }
   }
 
   struct Operand {
@@ -445,21 +473,23 @@ private:
     return count;
   }
 
-  // Whether the sum of the magnitudes of output n's products is at least `least`.
-  bool Stands(Index n, double least, const Operand *inputs, int inputCount) const {
+  // Whether the sum of the magnitudes of output n's products with the large taps, or with large inputs, is at
+  // least `least`.
+  bool StandsByTaps(Index n, double least) const {
     double sum = 0;
-    for (int i = 0; i < m_largeCount; ++i) {
+    for (int i = 0; i < m_largeCount && sum < least; ++i) {
       const Index at = n - m_large[i].at;
       if (at >= 0 && at < m_job.len) sum += m_large[i].size * Size(m_job.x[at]);
-      if (sum >= least) return true;
     }
-    sum = 0;
-    for (int i = 0; i < inputCount; ++i) {
+    return sum >= least;
+  }
+  bool StandsByInputs(Index n, double least, const Operand *inputs, int inputCount) const {
+    double sum = 0;
+    for (int i = 0; i < inputCount && sum < least; ++i) {
       const Index at = n - inputs[i].at;
       if (at >= 0 && at <= m_last) sum += inputs[i].size * Size(TapAt(at));
-      if (sum >= least) return true;
     }
-    return false;
+    return sum >= least;
   }
 
   // Lower bounds of the sums of magnitudes: scale * sums[2 i] - error for output i of a block.
@@ -525,17 +555,18 @@ private:
     }
   };
 
-  // How many of the outputs, a number of whole groups, are at least so large before one that is not; what is
-  // left of `count` is not looked at.
+  // The number of outputs before the first one whose size is not at least `least`.
   static Index CountLarge(const T *outputs, Index count, double least) {
-    constexpr Index kGroup = 16;
-    Index at = 0;
-    for (; at + kGroup <= count; at += kGroup) {
-      bool large = true;
-      for (Index i = 0; i < kGroup; ++i) large &= Size(outputs[at + i]) >= least;
-      if (!large) break;
+    if constexpr (kSplit) {
+      return active->ConvLarge_64f(outputs, count, least);
+    } else {
+      auto limit = static_cast<float>(least);
+      if (static_cast<double>(limit) < least)
+        limit = std::nextafter(limit, std::numeric_limits<float>::max());
+      const auto *const parts = reinterpret_cast<const float *>(outputs);
+      return kParts == 1 ? active->ConvLarge_32f(parts, count, limit)
+                         : active->ConvLarge_32fc(parts, count, limit);
     }
-    return at;
   }
 
   // Goes through the outputs that are not above `least` and finds those that are to be computed again. Where
@@ -543,10 +574,9 @@ private:
   void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) {
     Operand inputs[kLarge];
     int inputCount = -1;
-    const Index never = -1 - m_last;
+    const Index never = -1 - m_last, end = outputs.first + outputs.count;
     Index seen = std::max(outputs.first - m_last, Index{0}); // inputs below have been looked at
     Index lastNonzero = never, lastInfinite = never, lastNaN = never;
-    const Index end = outputs.first + outputs.count;
     for (Index n = outputs.first; n < end; ++n) {
       if (!dirty) n += CountLarge(Target(n), end - n, least);
       if (n == end) break;
@@ -558,10 +588,18 @@ private:
           sums.scale * static_cast<double>(sums.sums[2 * i]) - sums.error >= least) {
         continue;
       }
-      for (; seen <= n && seen < m_job.len; ++seen) {
-        const T &x = m_job.x[seen];
-        if (Re(x) != 0 || Im(x) != 0) lastNonzero = seen;
-        if (dirty && !Finite(x)) (IsNaN(x) ? lastNaN : lastInfinite) = seen;
+      const Index next = std::min<Index>(n + 1, m_job.len);
+      if (dirty) {
+        for (Index at = seen; at < next; ++at) {
+          if (!Finite(m_job.x[at])) (IsNaN(m_job.x[at]) ? lastNaN : lastInfinite) = at;
+        }
+      }
+      // From the latest input back: most often that is one step.
+      if (lastNonzero < begin || dirty) {
+        Index at = next - 1;
+        while (at >= seen && Re(m_job.x[at]) == 0 && Im(m_job.x[at]) == 0) --at;
+        if (at >= seen) lastNonzero = at;
+        seen = std::max(seen, next);
       }
       if (lastNaN >= begin && kParts == 1) {
         result = NotANumber();
@@ -570,9 +608,10 @@ private:
       } else if (lastNonzero < begin) {
         result = T{};
       } else if (!large) {
-        if (inputCount < 0) inputCount = LargeInputs(outputs, inputs);
         if (m_largeCount == 0) FindLargeTaps();
-        if (!Stands(n, least, inputs, inputCount)) again.Add(n);
+        if (StandsByTaps(n, least)) continue;
+        if (inputCount < 0) inputCount = LargeInputs(outputs, inputs);
+        if (!StandsByInputs(n, least, inputs, inputCount)) again.Add(n);
       }
     }
   }
@@ -648,16 +687,22 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
   double least = limit;
   int best = 0;
   for (int k = 6; k <= kLargestLog2<T>; ++k) {
-    const Index step = (Index{1} << k) - taps + 1;
-    if (step < 1) continue;
-    const Index blocks = (outputs + step - 1) / step;
-    const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
-    const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(std::ldexp(1.0, k)) + kPerCall;
-    if (cost < least) {
-      least = cost;
-      best = 1 << k;
+    bool once = false;
+    for (const Index odd : {8, 9, 10, 12}) {
+      const Index length = (Index{1} << k) / 8 * odd, step = length - taps + 1;
+      // Powers of two have the lower bound of errors, on which doubles depend more.
+      if (step < 1 || length % 64 != 0 || (odd != 8 && std::is_same_v<T, double>)) continue;
+      const Index blocks = (outputs + step - 1) / step;
+      const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
+      const double cost =
+          (static_cast<double>(runs) + 0.5) * RunCost<T>(static_cast<double>(length)) + kPerCall;
+      if (cost < least) {
+        least = cost;
+        best = static_cast<int>(length);
+      }
+      once |= runs == 1;
     }
-    if (runs == 1) break;
+    if (once) break;
   }
   return best;
 }

@@ -3,6 +3,7 @@
 #define QORN_SRC_INFRA_FOURIER_OPERANDS_H
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -53,6 +54,9 @@ inline double Energy(const double *x, std::ptrdiff_t len) { return kernels::acti
 
 /// The unit of the roundings of transforms in double.
 inline constexpr double kUnit = 0x1p-53;
+
+/// ceil(log2 n), n >= 1.
+constexpr int CeilLog2(int n) { return std::bit_width(static_cast<unsigned>(n - 1)); }
 
 /// The share of 8 units of an operand's sum of magnitudes that transforms may err by: 7 units, and a little
 /// less for what is not written out. The eighth is that of the result's own rounding.

@@ -32,8 +32,6 @@ template <class P> struct Slots {
     return *present;
   }
 };
-constexpr int kLanes = 8;
-template <class T> Slots<ComplexPlan<T>> byColumns;
 template <class P> Slots<P> transforms;
 Slots<CyclicPlan> cyclic;
 
@@ -43,19 +41,16 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 } // namespace
 
-template <class T> const ComplexPlan<T> &SharedPlan(int length) {
-  return byColumns<T>.Get(length, [=] { return ComplexPlan<T>::Make(length, kLanes); });
-}
 const CyclicPlan &SharedCyclic(int length) {
   return cyclic.Get(length, [=] { return CyclicPlan::Make(length); });
 }
-template <class P> const P &SharedTransform(int length) {
+template <class P> const P &SharedPlan(int length) {
   return transforms<P>.Get(length, [=] { return P::Make(length); });
 }
 
 template <class T>
 OverlapSave<T>::OverlapSave(int length, int taps, Life life)
-    : m_plan(&SharedPlan<T>(length)), m_taps(taps),
+    : m_plan(&SharedPlan<ComplexPlan<T>>(length)), m_taps(taps),
       m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T)),
              std::ptrdiff_t{2} * length, life) {}
 
@@ -96,9 +91,8 @@ CyclicFigures FloatOverlapSave::Run(const float *x0, const float *x1, float *dst
 
 template class OverlapSave<float>;
 template class OverlapSave<double>;
-template const ComplexPlan<float> &SharedPlan<float>(int);
-template const ComplexPlan<double> &SharedPlan<double>(int);
-template const ComplexPlan<double> &SharedTransform<ComplexPlan<double>>(int);
-template const RealPlan<double> &SharedTransform<RealPlan<double>>(int);
+template const ComplexPlan<float> &SharedPlan<ComplexPlan<float>>(int);
+template const ComplexPlan<double> &SharedPlan<ComplexPlan<double>>(int);
+template const RealPlan<double> &SharedPlan<RealPlan<double>>(int);
 
 } // namespace QORN::fourier

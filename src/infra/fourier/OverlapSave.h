@@ -11,17 +11,13 @@
 
 namespace QORN::fourier {
 
-/// The complex plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, by columns of 8 lanes. It is made at
-/// the first call, belongs to the process and is never freed; any thread may call. Throws QORNException 11001
-/// if there is no memory for it.
-template <class T> const ComplexPlan<T> &SharedPlan(int length);
+/// The plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, P being ComplexPlan or RealPlan. It is made
+/// at the first call, belongs to the process and is never freed; any thread may call. Throws QORNException
+/// 11001 if there is no memory for it.
+template <class P> const P &SharedPlan(int length);
 
 /// The same of a cyclic convolution.
 const CyclicPlan &SharedCyclic(int length);
-
-/// The same of a plan as Make chooses it, P being ComplexPlan or RealPlan of double, for half as many points
-/// or more in a real one.
-template <class P> const P &SharedTransform(int length);
 
 /// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
 ///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.

@@ -1,9 +1,7 @@
-// The outputs are certified as those of LongConvolution.cpp are, with this bound of a transform's error: it
-// is made of passes of radix 2, 3, 4, 5, 8, 9 or of their products, each stage of radix r with the factor
-// behind it having an error below 8 log2(r) u (there, from 2 with 4.2 u to 5 with 16.7 u). Factors that are
-// products of two, in great lengths, have 3.2 u more, once, of the 15 u that each radix 8 leaves. A real
-// transform is one of half the length and a step in which two sums, half a bin each, and a product make a
-// bin: 5.2 u; and the scale 1 / N has 1 u. So 8 ceil(log2 N) u hold all.
+// The outputs are certified as those of LongConvolution.cpp are, with the bound of a complex transform's
+// error that is shown there for plans of any way. A real transform is one of half the length and a step in
+// which two sums, half a bin each, and a product make a bin, 5.2 u of the 8 u of the bit that it adds to the
+// length. So 8 ceil(log2 N) u hold all.
 #include "WholeCorrelation.h"
 
 #include <algorithm>
@@ -33,16 +31,17 @@ constexpr Index kShortest = 128, kLongest = Index{1} << 22;
 // Estimates in nanoseconds, as in LongConvolution.cpp. Of a complex transform:
 double TransformCost(double length) {
   const double perPass = length <= 256      ? 0.05
-                         : length <= 2048   ? 0.09
-                         : length <= 16384  ? 0.105
-                         : length <= 262144 ? 0.17
-                                            : 0.4;
+                         : length <= 2048   ? 0.078
+                         : length <= 16384  ? 0.09
+                         : length <= 131072 ? 0.115
+                         : length <= 524288 ? 0.23
+                                            : 0.35;
   return perPass * length * std::log2(length);
 }
 // Three transforms, and what is beside them for each point and each call.
 template <class T> double WholeCost(double length) {
   const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * length : TransformCost(length);
-  return 3 * once + (kReal<T> ? 0.6 : 1.2) * length + 100;
+  return 3 * once + (kReal<T> ? 0.6 : 0.9) * length + 100;
 }
 
 const float *Parts(const float *x) { return x; }
@@ -91,7 +90,7 @@ template <class T> T Exactly(const Correlation<T> &job, Index n, bool convolve) 
 
 template <class T> bool RunWhole(const Correlation<T> &job, int length, bool convolve) {
   constexpr int kParts = Element<T>::kParts;
-  const Transform<T> &plan = SharedTransform<Transform<T>>(length);
+  const Transform<T> &plan = SharedPlan<Transform<T>>(length);
   const Index n = length, scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
   const double energy = Energy(Parts(job.x), kParts * static_cast<Index>(job.len));
   const double tapEnergy = Energy(Parts(job.taps), kParts * static_cast<Index>(job.tapCount));
@@ -129,7 +128,7 @@ template <class T> bool RunWhole(const Correlation<T> &job, int length, bool con
   round(job.first, std::min(end, lag), results + kParts * (n - lag));
   round(std::max(job.first, lag), end, results - kParts * lag);
 
-  const double error = 8 * std::ceil(std::log2(length)) * kUnit;
+  const double error = 8 * CeilLog2(length) * kUnit;
   const double least =
       CyclicBound(error, std::sqrt(energy), std::sqrt(tapEnergy), std::sqrt(Energy(results, kParts * n))) *
       (1 + 1e-6) / kShare<T>;

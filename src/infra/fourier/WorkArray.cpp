@@ -13,7 +13,7 @@ namespace QORN::fourier {
 namespace {
 
 // Of less the allocators keep enough themselves.
-constexpr int kLeast = 64 << 10, kMost = 8 << 20;
+constexpr int kLeast = 1 << 10, kLarge = 64 << 10, kMost = 8 << 20;
 
 // Memory that waits. Whoever finds a place in use goes on to the next one: nobody waits for another thread.
 class Place {
@@ -46,14 +46,15 @@ private:
 struct Places {
   Place all[4];
 };
-Places *GetPlaces() {
-  static Places *const places = new (std::nothrow) Places;
-  return places;
+
+// Those for so many bytes, or null.
+Places *PlacesFor(int size) {
+  static Places *const small = new (std::nothrow) Places, *const large = new (std::nothrow) Places;
+  return size < kLeast || size > kMost ? nullptr : size < kLarge ? small : large;
 }
 
 WorkBytes Taken(int size) {
-  Places *const places = size < kLeast || size > kMost ? nullptr : GetPlaces();
-  if (places != nullptr) {
+  if (Places *const places = PlacesFor(size); places != nullptr) {
     for (Place &place : places->all) {
       WorkBytes bytes = place.Take(size);
       if (bytes.GetSize() != 0) return bytes;
@@ -64,9 +65,12 @@ WorkBytes Taken(int size) {
 
 // Smaller memory makes room for larger one.
 void GiveBack(WorkBytes bytes) {
-  Places *const places = bytes.GetSize() < kLeast || bytes.GetSize() > kMost ? nullptr : GetPlaces();
+  Places *const places = PlacesFor(bytes.GetSize());
   if (places == nullptr) return;
-  for (Place &place : places->all) place.Put(bytes);
+  for (Place &place : places->all) {
+    place.Put(bytes);
+    if (bytes.GetSize() == 0) return;
+  }
 }
 
 } // namespace

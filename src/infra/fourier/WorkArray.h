@@ -15,7 +15,7 @@ struct WorkBytes : VecUInt8 {
   explicit WorkBytes(int count) { CreateUncleared(count); }
 };
 
-/// Of memory for a single call, up to 32 MiB are not given back to the system but wait for the next such call
+/// Of memory for a single call, up to 33 MiB are not given back to the system but wait for the next such call
 /// of any thread: to get them anew would take as long as the transforms. They are never freed, so that calls
 /// at the end of the process find them too.
 enum class Life { kLasting, kCall };

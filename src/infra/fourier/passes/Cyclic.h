@@ -116,31 +116,53 @@ struct CplxSink {
 struct PairSink {
   float *re, *im;
   Index first, reCount, imCount;
-  std::size_t whole = WholePlaces(reCount < imCount ? reCount : imCount);
+  std::size_t reWhole = WholePlaces(reCount), imWhole = WholePlaces(imCount);
 
   [[gnu::always_inline]] inline void Put(Index at, CyclicValues x, CyclicValues &least,
                                          double &smallest) const {
-    if (static_cast<std::size_t>(at) < whole) [[likely]] {
+    const auto place = static_cast<std::size_t>(at);
+    if (place < reWhole && place < imWhole) [[likely]] {
       const NarrowValues narrow = Narrowed(x);
-      if constexpr (kCyclicLanes == 1) {
-        re[at] = narrow[0];
-        im[at] = narrow[1];
-      } else {
-        Store(re + at, Parts<0>(narrow, MakeSeq<kCyclicLanes>{}));
-        Store(im + at, Parts<1>(narrow, MakeSeq<kCyclicLanes>{}));
-      }
+      StoreEveryOther<0>(narrow, re + at);
+      StoreEveryOther<1>(narrow, im + at);
       least = LesserMagnitude(x, least);
     } else if (at > -kCyclicLanes && (at < reCount || at < imCount)) {
-      double part[2 * kCyclicLanes];
-      Store(part, x);
-      StorePart(part, re, 1, at, reCount, smallest);
-      StorePart(part + 1, im, 1, at, imCount, smallest);
+      least = PutParts(at, x, least, smallest);
     }
   }
 
 private:
+  // Where one of the signals ends before the other, or both do. Returns the new `least`.
+  [[gnu::noinline]] CyclicValues PutParts(Index at, CyclicValues x, CyclicValues least,
+                                          double &smallest) const {
+    const auto place = static_cast<std::size_t>(at);
+    const NarrowValues narrow = Narrowed(x);
+    double part[2 * kCyclicLanes];
+    Store(part, x);
+    if (place < reWhole) {
+      StoreEveryOther<0>(narrow, re + at);
+      least = LesserMagnitude(Shuffle<NeighbourTwice<0>, 2 * kCyclicLanes>(x, x), least);
+    } else {
+      StorePart(part, re, 1, at, reCount, smallest);
+    }
+    if (place < imWhole) {
+      StoreEveryOther<1>(narrow, im + at);
+      least = LesserMagnitude(Shuffle<NeighbourTwice<1>, 2 * kCyclicLanes>(x, x), least);
+    } else {
+      StorePart(part + 1, im, 1, at, imCount, smallest);
+    }
+    return least;
+  }
+
+  template <int Odd> [[gnu::always_inline]] static inline void StoreEveryOther(NarrowValues x, float *to) {
+    if constexpr (kCyclicLanes == 1) {
+      *to = x[Odd];
+    } else {
+      Store(to, PartsAs<Odd>(x, MakeSeq<kCyclicLanes>{}));
+    }
+  }
   template <int Odd, int... I>
-  [[gnu::always_inline]] static inline NarrowParts Parts(NarrowValues x, Seq<I...>) {
+  [[gnu::always_inline]] static inline NarrowParts PartsAs(NarrowValues x, Seq<I...>) {
     return __builtin_shufflevector(x, x, (2 * I + Odd)...);
   }
 };

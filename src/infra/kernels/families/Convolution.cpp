@@ -520,6 +520,32 @@ Index ConvJoin(const double *high, const double *low, double *dst, Index len, do
   return below;
 }
 
+// The number of values before the first one of whose kParts parts none has at least the magnitude `least`.
+template <class T, int kParts> Index ConvLarge(const T *x, Index len, T least) {
+  constexpr int V = kPerRegister<T>, kGroup = 4 * V, kWords = kRegisterBytes / 8;
+  const auto limit = Broadcast<Register<T>>(least);
+  const Index scalars = kParts * len;
+  Index i = 0;
+  for (; i + kGroup <= scalars; i += kGroup) {
+    auto large = limit == limit;
+    for (int r = 0; r < 4; ++r) {
+      const auto values = Load<Register<T>>(x + i + r * V);
+      const auto own = (values >= limit) | (-values >= limit);
+      large &= kParts == 1 ? own : own | Shuffle<Swapped, V>(own, own);
+    }
+    std::int64_t words[kWords], all = -1;
+    __builtin_memcpy(words, &large, sizeof words);
+    for (const std::int64_t word : words) all &= word;
+    if (all != -1) break;
+  }
+  for (; i < scalars; i += kParts) {
+    bool large = false;
+    for (Index part = i; part < i + kParts; ++part) large |= x[part] >= least || -x[part] >= least;
+    if (!large) break;
+  }
+  return i / kParts;
+}
+
 // Rounds to float and returns the smallest magnitude, infinite without values.
 double ConvRound(const double *src, float *dst, Index len) {
   constexpr int V = kPerRegister<double>;
