@@ -1,5 +1,7 @@
 #include "support/Allocations.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -7,7 +9,7 @@
 namespace {
 
 long count = 0;
-std::size_t latest = 0;
+std::size_t latest = 0, live = 0;
 std::size_t limit = std::numeric_limits<std::size_t>::max();
 long lastServed = std::numeric_limits<long>::max();
 
@@ -17,7 +19,14 @@ void *Allocate(std::size_t bytes, std::size_t alignment) {
   if (bytes > limit || count > lastServed) return nullptr;
   void *block = nullptr;
   const std::size_t least = alignment < sizeof(void *) ? sizeof(void *) : alignment;
-  return posix_memalign(&block, least, bytes == 0 ? 1 : bytes) == 0 ? block : nullptr;
+  if (posix_memalign(&block, least, bytes == 0 ? 1 : bytes) != 0) return nullptr;
+  live += malloc_usable_size(block);
+  return block;
+}
+
+void Free(void *block) {
+  live -= malloc_usable_size(block); // 0 of null
+  std::free(block);
 }
 
 void *AllocateOrThrow(std::size_t bytes, std::size_t alignment) {
@@ -46,23 +55,24 @@ void *operator new(std::size_t n, std::align_val_t a, const std::nothrow_t &) no
 void *operator new[](std::size_t n, std::align_val_t a, const std::nothrow_t &) noexcept {
   return Allocate(n, static_cast<std::size_t>(a));
 }
-void operator delete(void *p) noexcept { std::free(p); }
-void operator delete[](void *p) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void *p, std::size_t) noexcept { std::free(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { std::free(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { std::free(p); }
-void operator delete(void *p, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void *p, std::align_val_t) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t, std::align_val_t) noexcept { std::free(p); }
-void operator delete[](void *p, std::size_t, std::align_val_t) noexcept { std::free(p); }
-void operator delete(void *p, std::align_val_t, const std::nothrow_t &) noexcept { std::free(p); }
-void operator delete[](void *p, std::align_val_t, const std::nothrow_t &) noexcept { std::free(p); }
+void operator delete(void *p) noexcept { Free(p); }
+void operator delete[](void *p) noexcept { Free(p); }
+void operator delete(void *p, std::size_t) noexcept { Free(p); }
+void operator delete[](void *p, std::size_t) noexcept { Free(p); }
+void operator delete(void *p, const std::nothrow_t &) noexcept { Free(p); }
+void operator delete[](void *p, const std::nothrow_t &) noexcept { Free(p); }
+void operator delete(void *p, std::align_val_t) noexcept { Free(p); }
+void operator delete[](void *p, std::align_val_t) noexcept { Free(p); }
+void operator delete(void *p, std::size_t, std::align_val_t) noexcept { Free(p); }
+void operator delete[](void *p, std::size_t, std::align_val_t) noexcept { Free(p); }
+void operator delete(void *p, std::align_val_t, const std::nothrow_t &) noexcept { Free(p); }
+void operator delete[](void *p, std::align_val_t, const std::nothrow_t &) noexcept { Free(p); }
 
 namespace QORN::test {
 
 long AllocationCount() { return count; }
 std::size_t LatestRequest() { return latest; }
+std::size_t LiveBytes() { return live; }
 AllocationLimit::AllocationLimit(std::size_t bytes) { limit = bytes; }
 AllocationLimit::~AllocationLimit() { limit = std::numeric_limits<std::size_t>::max(); }
 AllocationBudget::AllocationBudget(long served) { lastServed = count + served; }

@@ -13,6 +13,10 @@ long AllocationCount();
 /// Bytes of the latest allocation request.
 std::size_t LatestRequest();
 
+/// Bytes of the blocks that are allocated and not yet freed. A block may count for a few more than were
+/// requested, as many as the allocator gave it.
+std::size_t LiveBytes();
+
 /// While it lives, every request of more than `limit` bytes is counted and refused.
 class AllocationLimit {
 public:

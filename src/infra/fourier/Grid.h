@@ -16,11 +16,10 @@ template <class T> struct Grid {
   /// The factors above: for each a' >= 1, for each b the real part twice, then for each b the imaginary part
   /// negated and as it is.
   const T *turns;
-  /// The factors exp(-j 2 pi c k / C) of the middle step, 0 <= c < columns and 1 <= k < middle, in the same
-  /// form, each repeated to fill 64 bytes, kGridRepeat<T> scalars.
+  /// The factors exp(-j 2 pi c k / C) of the middle step: for each c < columns, for each k >= 1, the real
+  /// part twice, the imaginary part negated and as it is.
   const T *middleTurns;
 };
-template <class T> inline constexpr int kGridRepeat = 64 / static_cast<int>(sizeof(T));
 
 /// The same of N = rows * middle * columns points whose first step stores whole lines of 64 bytes: where W
 /// values fill one, W divides rows and C = middle * columns, and y[a'][b] is stored in the order (a' / W, b,
@@ -32,9 +31,7 @@ template <class T> struct Lines {
   int length;
   /// As Grid's, in the order of their use: for each W of b, for each a' >= 1.
   const T *turns;
-  /// The factors of the middle step: for each c, for each k >= 1, the real part twice, the imaginary part
-  /// negated and as it is.
-  const T *middleTurns;
+  const T *middleTurns; ///< as Grid's
 };
 
 } // namespace QORN::fourier

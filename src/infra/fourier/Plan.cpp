@@ -28,6 +28,7 @@ template <> struct Passes<float> {
   static auto WeightedColumns() { return active->FourierWeightedColumns_32f; }
   static auto Tiled() { return active->FourierTiled_32f; }
   static auto Product() { return active->FourierProduct_32f; }
+  static auto MirroredProduct() { return active->FourierMirroredProduct_32f; }
   static auto Untangle() { return active->FourierUntangle_32f; }
   static auto Tangle() { return active->FourierTangle_32f; }
 };
@@ -39,6 +40,7 @@ template <> struct Passes<double> {
   static auto Columns() { return active->FourierColumns_64f; }
   static auto Tiled() { return active->FourierTiled_64f; }
   static auto Product() { return active->FourierProduct_64f; }
+  static auto MirroredProduct() { return active->FourierMirroredProduct_64f; }
   static auto Untangle() { return active->FourierUntangle_64f; }
   static auto Tangle() { return active->FourierTangle_64f; }
 };
@@ -52,8 +54,8 @@ template <class F> auto OrNull(const F &make) -> decltype(make()) {
   }
 }
 
-template <class P> std::unique_ptr<P> Copy(const std::unique_ptr<P> &plan) {
-  return plan == nullptr ? nullptr : std::make_unique<P>(*plan);
+template <class P> std::unique_ptr<P> Copy(const std::unique_ptr<P> &other) {
+  return other == nullptr ? nullptr : std::make_unique<P>(*other);
 }
 
 // From this length on, the factors that join lanes are products of two.
@@ -102,6 +104,17 @@ T *WriteTurns(const Roots<T> &roots, std::int64_t first, std::int64_t step, std:
     to[2 * count + 1] = root.im;
   }
   return to + 2 * count;
+}
+
+// The factors of the middle step of a grid.
+template <class T> Block<T> MiddleTurns(const Roots<T> &roots, const GridShape &shape) {
+  const auto [rows, middle, columns] = shape;
+  Block<T> turns(Size(columns * (middle - 1) * 4));
+  T *turn = turns.Data();
+  for (int c = 0; c < columns; ++c) {
+    for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, 1, turn);
+  }
+  return turns;
 }
 
 // A strip of a transform of n points, and its factors.
@@ -213,28 +226,34 @@ ComplexPlan<T>::ComplexPlan(int length, int lanes)
 template <class T>
 ComplexPlan<T>::ComplexPlan(const ComplexPlan &other)
     : Plan(other), m_length(other.m_length), m_share(other.m_share), m_direct(other.m_direct),
-      m_scratch(other.m_scratch), m_grid(other.m_grid), m_lines(other.m_lines), m_columns(other.m_columns),
-      m_fourStep(other.m_fourStep), m_turns(other.m_turns), m_joins(other.m_joins),
-      m_strides(other.m_strides), m_tiled(other.m_tiled), m_down(other.m_down), m_across(other.m_across),
-      m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp), m_spectrum(other.m_spectrum),
-      m_places(other.m_places) {
+      m_scratch(other.m_scratch), m_grid(other.m_grid), m_lines(other.m_lines),
+      m_columns(Copy(other.m_columns)), m_fourStep(other.m_fourStep), m_turns(other.m_turns),
+      m_joins(other.m_joins), m_strides(other.m_strides), m_tiled(Copy(other.m_tiled)), m_down(other.m_down),
+      m_across(other.m_across), m_convolution(Copy(other.m_convolution)), m_chirp(other.m_chirp),
+      m_spectrum(other.m_spectrum), m_places(other.m_places) {
   Link();
 }
 
 // Points the passes to this plan's tables.
 template <class T> void ComplexPlan<T>::Link() {
-  m_lines.turns = m_grid.turns = m_columns.turns = m_turns.Data();
-  m_lines.middleTurns = m_grid.middleTurns = m_columns.joins = m_joins.Data();
-  m_columns.strides = m_strides.Data();
+  m_lines.turns = m_grid.turns = m_turns.Data();
+  m_lines.middleTurns = m_grid.middleTurns = m_joins.Data();
   m_fourStep.columnTurns = m_turns.Data();
   m_fourStep.downTurns = m_joins.Data();
   m_fourStep.acrossTurns = m_strides.Data();
   m_fourStep.down.turns = m_down.Data();
   m_fourStep.across.turns = m_across.Data();
-  m_tiled.down.part.turns = m_down.Data();
-  m_tiled.across.part.turns = m_across.Data();
-  m_tiled.steps = m_joins.Data();
-  m_tiled.strides = m_strides.Data();
+  if (m_columns != nullptr) {
+    m_columns->turns = m_turns.Data();
+    m_columns->joins = m_joins.Data();
+    m_columns->strides = m_strides.Data();
+  }
+  if (m_tiled != nullptr) {
+    m_tiled->down.part.turns = m_down.Data();
+    m_tiled->across.part.turns = m_across.Data();
+    m_tiled->steps = m_joins.Data();
+    m_tiled->strides = m_strides.Data();
+  }
 }
 
 template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
@@ -245,16 +264,9 @@ template <class T> void ComplexPlan<T>::MakeGrid(const GridShape &shape) {
   m_turns = Block<T>(Size((rows - 1) * 4 * inner));
   T *turn = m_turns.Data();
   for (int k = 1; k < rows; ++k) turn = WriteTurns(roots, 0, k, inner, turn);
-  m_grid = {rows, middle, columns, m_turns.Data(), nullptr};
+  m_grid = {rows, middle, columns, nullptr, nullptr};
   if (middle == 1) return;
-
-  constexpr int kRepeat = kGridRepeat<T>;
-  m_joins = Block<T>(Size(columns * (middle - 1) * 2 * kRepeat));
-  turn = m_joins.Data();
-  for (int c = 0; c < columns; ++c) {
-    for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, kRepeat / 2, turn);
-  }
-  m_grid.middleTurns = m_joins.Data();
+  m_joins = MiddleTurns(roots, shape);
 }
 
 template <class T> void ComplexPlan<T>::MakeLines(const GridShape &shape) {
@@ -269,11 +281,7 @@ template <class T> void ComplexPlan<T>::MakeLines(const GridShape &shape) {
   for (int at = 0; at < inner; at += kWidth) {
     for (int k = 1; k < rows; ++k) turn = WriteTurns(roots, k * at, k, kWidth, turn);
   }
-  m_joins = Block<T>(Size(columns * (middle - 1) * 4));
-  turn = m_joins.Data();
-  for (int c = 0; c < columns; ++c) {
-    for (int k = 1; k < middle; ++k) turn = WriteTurns(roots, rows * c * k, 0, 1, turn);
-  }
+  m_joins = MiddleTurns(roots, shape);
 }
 
 template <class T> void ComplexPlan<T>::MakeFourStep(const FourStepShape &shape) {
@@ -331,14 +339,15 @@ template <class T> void ComplexPlan<T>::MakeFourStep(const FourStepShape &shape)
 template <class T> void ComplexPlan<T>::MakeColumns(int lanes) {
   const std::int64_t blocks = m_length / lanes;
   const int width = lanes <= 8 ? 8 : 16;
-  m_columns.length = m_length;
-  m_columns.lanes = lanes;
-  m_columns.width = width;
+  m_columns = std::make_unique<Columns<T>>();
+  m_columns->length = m_length;
+  m_columns->lanes = lanes;
+  m_columns->width = width;
   m_scratch = Size(blocks) * Size(4 * width);
 
   const Roots<T> roots(m_length);
-  m_turns = Block<T>(Size(SetPasses(m_columns, blocks)));
-  WritePassFactors(m_columns, roots, m_length, m_turns.Data());
+  m_turns = Block<T>(Size(SetPasses(*m_columns, blocks)));
+  WritePassFactors(*m_columns, roots, m_length, m_turns.Data());
 
   const std::int64_t groups = (blocks + width - 1) / width;
   const bool factored = m_length >= kFactoredFrom;
@@ -363,6 +372,7 @@ template <class T> void ComplexPlan<T>::MakeTiled(std::int64_t rows) {
   const std::int64_t columns = m_length / rows, groups = (rows + kWidth - 1) / kWidth;
   const std::int64_t tiles = (columns + kWidth - 1) / kWidth;
   const Roots<T> roots(m_length);
+  m_tiled = std::make_unique<Tiled<T>>();
   std::int64_t tile = 0, spare = 0;
   const auto makeLine = [&](std::int64_t length, Line<T> &line, Block<T> &factors) {
     line.last = LastRadix(length);
@@ -378,9 +388,9 @@ template <class T> void ComplexPlan<T>::MakeTiled(std::int64_t rows) {
     spare = std::max<std::int64_t>(
         {spare, 2 * part.blocks, part.blocks % kWidth == 0 ? kWidth * line.last : length});
   };
-  makeLine(rows, m_tiled.down, m_down);
-  makeLine(columns, m_tiled.across, m_across);
-  m_tiled.tile = 2 * kWidth * tile;
+  makeLine(rows, m_tiled->down, m_down);
+  makeLine(columns, m_tiled->across, m_across);
+  m_tiled->tile = 2 * kWidth * tile;
   m_scratch = Size(2 * kWidth) * Size(groups * columns + tile + spare);
 
   m_joins = Block<T>(Size(columns) * Size(2 * kWidth));
@@ -410,9 +420,9 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
   m_scratch = Size(2 * p) + m_convolution->m_scratch;
 
   m_chirp = Block<T>(Size(2 * n));
-  m_spectrum = Block<T>(Size(2 * p));
-  T *const chirp = m_chirp.Data(), *const spectrum = m_spectrum.Data();
-  std::fill_n(spectrum, m_spectrum.Size(), T{0});
+  Block<T> taps(Size(2 * p));
+  T *const chirp = m_chirp.Data();
+  std::fill_n(taps.Data(), taps.Size(), T{0});
   const Roots<T> roots(2 * n);
   std::int64_t square = 0; // i^2 modulo 2 n
   for (std::int64_t i = 0; i < n; ++i) {
@@ -420,63 +430,88 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
     chirp[2 * i] = root.re;
     chirp[2 * i + 1] = root.im;
     for (const std::int64_t at : {i, (p - i) % p}) {
-      spectrum[2 * at] = root.re;
-      spectrum[2 * at + 1] = -root.im;
+      taps.Data()[2 * at] = root.re;
+      taps.Data()[2 * at + 1] = -root.im;
     }
     square = (square + 2 * i + 1) % (2 * n);
   }
-  Block<T> scratch(m_convolution->m_scratch);
-  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1} / static_cast<T>(p));
+  MakeSpectrum(taps.Data(), false);
+}
+
+// Of taps that are symmetric, or in their second half the conjugates of the first, the spectrum is the mirror
+// of its own half; what its bins k and P - k make of rounding differs, and their mean has less of it.
+template <class T> void ComplexPlan<T>::MakeSpectrum(T *taps, bool conjugate) {
+  const std::int64_t p = m_convolution->m_length;
+  {
+    const Block<T> scratch(m_convolution->m_scratch);
+    m_convolution->Forward(taps, taps, scratch.Data(), T{1} / static_cast<T>(p));
+  }
+  m_spectrum = Block<T>(Size(p + 2));
+  for (std::int64_t k = 0; k <= p / 2; ++k) {
+    const std::int64_t mirror = (p - k) % p;
+    const T re = conjugate && k % 2 != 0 ? T{-1} : T{1}, im = conjugate ? -re : re;
+    m_spectrum.Data()[2 * k] = (taps[2 * k] + re * taps[2 * mirror]) / 2;
+    m_spectrum.Data()[2 * k + 1] = (taps[2 * k + 1] + im * taps[2 * mirror + 1]) / 2;
+  }
 }
 
 // The powers of a generator g run through all residues of a prime N but 0, and X[g^-i] is x[0] and the cyclic
 // convolution of length N - 1 of x[g^i] and exp(-j 2 pi g^-i / N) (Rader 1968); the factor 1/(N - 1) as
-// above.
+// above. As g^((N-1)/2) = -1, the second half of the powers is N less the first, and the second half of the
+// factors are the first one's conjugates.
 template <class T> void ComplexPlan<T>::MakeRader(int generator) {
-  const std::int64_t n = m_length, p = n - 1;
+  const std::int64_t n = m_length, p = n - 1, half = p / 2;
   m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
   m_scratch = Size(2 * p) + m_convolution->m_scratch;
-  m_places = Block<std::int32_t>(Size(p));
-  m_spectrum = Block<T>(Size(2 * p));
+  m_places = Block<std::int32_t>(Size(half));
+  Block<T> taps(Size(2 * p));
   const Roots<T> roots(n);
-  T *const spectrum = m_spectrum.Data();
   std::int64_t power = 1;
   for (std::int64_t i = 0; i < p; ++i, power = power * generator % n) {
-    m_places.Data()[i] = static_cast<std::int32_t>(power);
+    if (i < half) m_places.Data()[i] = static_cast<std::int32_t>(power);
     const auto root = roots(power);
     const std::int64_t at = (p - i) % p;
-    spectrum[2 * at] = root.re;
-    spectrum[2 * at + 1] = root.im;
+    taps.Data()[2 * at] = root.re;
+    taps.Data()[2 * at + 1] = root.im;
   }
-  Block<T> scratch(m_convolution->m_scratch);
-  m_convolution->Forward(spectrum, spectrum, scratch.Data(), T{1} / static_cast<T>(p));
+  MakeSpectrum(taps.Data(), true);
 }
 
 // An inverse transform is the forward one with real and imaginary parts exchanged, before and after.
 template <class T>
 void ComplexPlan<T>::RunRader(const T *in, T *out, T *scratch, bool inverse, T scale) const {
-  const std::ptrdiff_t p = m_length - 1;
+  const std::ptrdiff_t n = m_length, p = n - 1, half = p / 2;
   const std::int32_t *const places = m_places.Data();
   const std::ptrdiff_t re = inverse ? 1 : 0, im = 1 - re;
   T *const rest = scratch + 2 * p;
-  for (std::ptrdiff_t i = 0; i < p; ++i) {
-    const T *const x = in + 2 * static_cast<std::ptrdiff_t>(places[i]);
-    scratch[2 * i] = x[re];
-    scratch[2 * i + 1] = x[im];
+  // Value i is that of place places[i], value i + half that of n - places[i].
+  for (std::ptrdiff_t i = 0; i < half; ++i) {
+    const std::ptrdiff_t place = places[i];
+    const T *const x = in + 2 * place, *const y = in + 2 * (n - place);
+    T *const to = scratch + 2 * i;
+    to[0] = x[re];
+    to[1] = x[im];
+    to[2 * half] = y[re];
+    to[2 * half + 1] = y[im];
   }
   const T first[2] = {in[re], in[im]};
   m_convolution->Forward(scratch, scratch, rest, T{1});
   const T sum[2] = {scratch[0] + first[0], scratch[1] + first[1]};
-  Passes<T>::Product()(scratch, m_spectrum.Data(), scratch, p, false, false);
+  Passes<T>::MirroredProduct()(scratch, m_spectrum.Data(), p, true);
   scratch[0] += first[0];
   scratch[1] += first[1];
   m_convolution->Inverse(scratch, scratch, rest, scale);
   out[re] = sum[0] * scale;
   out[im] = sum[1] * scale;
-  for (std::ptrdiff_t i = 0; i < p; ++i) {
-    T *const y = out + 2 * static_cast<std::ptrdiff_t>(places[i == 0 ? 0 : p - i]);
-    y[re] = scratch[2 * i];
-    y[im] = scratch[2 * i + 1];
+  // Bin places[i] is value -i, and so bin n - places[i] value half - i.
+  for (std::ptrdiff_t i = 0; i < half; ++i) {
+    const std::ptrdiff_t place = places[i];
+    T *const x = out + 2 * place, *const y = out + 2 * (n - place);
+    const T *const xFrom = scratch + 2 * (i == 0 ? 0 : p - i), *const yFrom = scratch + 2 * (half - i);
+    x[re] = xFrom[0];
+    x[im] = xFrom[1];
+    y[re] = yFrom[0];
+    y[im] = yFrom[1];
   }
 }
 
@@ -496,15 +531,15 @@ void ComplexPlan<T>::RunLong(const T *in, T *out, T *scratch, bool inverse, T sc
     Passes<T>::Product()(in, m_chirp.Data(), scratch, n, inverse, false);
     std::fill(scratch + 2 * n, rest, T{0});
     m_convolution->Forward(scratch, scratch, rest, T{1});
-    Passes<T>::Product()(scratch, m_spectrum.Data(), scratch, p, false, false);
+    Passes<T>::MirroredProduct()(scratch, m_spectrum.Data(), p, false);
     m_convolution->Inverse(scratch, scratch, rest, scale);
     Passes<T>::Product()(scratch, m_chirp.Data(), out, n, false, inverse);
   } else if (m_length <= kMaxSmall) {
     Passes<T>::Small()(m_length, in, out, inverse, scale);
-  } else if (m_down.Data() != nullptr) {
-    Passes<T>::Tiled()(m_tiled, in, out, scratch, inverse, scale);
+  } else if (m_tiled != nullptr) {
+    Passes<T>::Tiled()(*m_tiled, in, out, scratch, inverse, scale);
   } else {
-    Passes<T>::Columns()(m_columns, in, out, scratch, inverse, scale);
+    Passes<T>::Columns()(*m_columns, in, out, scratch, inverse, scale);
   }
 }
 
@@ -523,8 +558,8 @@ bool ComplexPlan<T>::ForwardWeighted(const T *in, const T *weights, T *out, T *s
       Passes<T>::WeightedFourStep()(m_fourStep, in, weights, out, scratch);
       return true;
     }
-    if (m_columns.length != 0) {
-      Passes<T>::WeightedColumns()(m_columns, in, weights, out, scratch);
+    if (m_columns != nullptr) {
+      Passes<T>::WeightedColumns()(*m_columns, in, weights, out, scratch);
       return true;
     }
   }

@@ -57,6 +57,10 @@ private:
 /// - a prime N, no prime factor of N - 1 being above 31 and N - 1 going one of the ways above: Rader's
 ///   convolution, by two transforms of N - 1;
 /// - else Bluestein's chirp convolution, by two transforms of the cheapest smooth length of at least 2 N - 1.
+///
+/// A plan takes the memory of 3 N complex values or less, and of 4 KiB. Exceptions are tiles, where (p / 2)^2
+/// values for each prime factor p above kMaxStraight come on top, and Bluestein's way for fewer than 120 KiB
+/// of samples, to 7 N: the short transforms of its convolution are fastest with two values for each point.
 template <class T> class ComplexPlan final : public Plan {
 public:
   /// Null if length is below 1 or there is no memory for the plan. `lanes`, if not 0, is a factor of a length
@@ -88,6 +92,7 @@ private:
   void MakeTiled(std::int64_t rows);
   void Link();
   void MakeBluestein();
+  void MakeSpectrum(T *taps, bool conjugate);
   void MakeRader(int generator);
   void RunRader(const T *in, T *out, T *scratch, bool inverse, T scale) const;
   void RunLong(const T *in, T *out, T *scratch, bool inverse, T scale) const;
@@ -103,23 +108,24 @@ private:
   }
 
   int m_length;
-  T m_share;                 // 1 / m_length: a division takes longer than a short transform
-  DirectKernel<T> m_direct;  // or null: another way
-  std::size_t m_scratch = 0; // in scalars
-  Grid<T> m_grid{};          // its tables are the first two below; rows is 0 of another way
-  Lines<T> m_lines{};        // its tables are the first two below; length is 0 of another way
-  Columns<T> m_columns{};    // its tables are the three below
-  FourStep<T> m_fourStep{};  // its tables are the five below; first is 0 of another way
+  T m_share;                             // 1 / m_length: a division takes longer than a short transform
+  DirectKernel<T> m_direct;              // or null: another way
+  std::size_t m_scratch = 0;             // in scalars
+  Grid<T> m_grid{};                      // its tables are the first two below; rows is 0 of another way
+  Lines<T> m_lines{};                    // its tables are the first two below; length is 0 of another way
+  std::unique_ptr<Columns<T>> m_columns; // its tables are the three below; or null
+  FourStep<T> m_fourStep{};              // its tables are the five below; first is 0 of another way
   Block<T> m_turns, m_joins, m_strides;
-  Tiled<T> m_tiled{}; // its tables are the next two, and strides as above
+  std::unique_ptr<Tiled<T>> m_tiled; // its tables are the next two, joins and strides as above; or null
   Block<T> m_down, m_across;
   std::unique_ptr<ComplexPlan> m_convolution; // Bluestein's and Rader's: the transform, and a spectrum
-  Block<T> m_chirp, m_spectrum;
-  Block<std::int32_t> m_places; // Rader's: the powers of the generator
+  Block<T> m_chirp, m_spectrum;               // the spectrum as far as its middle
+  Block<std::int32_t> m_places;               // Rader's: the first half of the powers of the generator
 };
 
 /// Real transform of any length: a few short ones by kernels of their own (Direct.h); else, where it is even,
-/// a complex one of half the length and a step between them.
+/// a complex one of half the length and a step between them. Memory: that of a complex plan of N, or of
+/// one of N / 2 and of N / 4 complex values.
 template <class T> class RealPlan final : public Plan {
 public:
   /// Null if length is below 1 or there is no memory for the plan.

@@ -13,6 +13,24 @@ namespace {
 template <int V> constexpr Index GroupStart(Index g, Index n) { return (g + 1) * V <= n ? g * V : n - V; }
 template <int V> constexpr Index GroupCount(Index n) { return (n + V - 1) / V; }
 
+/// The two scalars at p, again and again.
+template <class E, class T> [[gnu::always_inline]] inline E Pairs(const T *p) {
+  if constexpr (sizeof(T) == sizeof(float)) {
+    // A pair of floats moves as one double.
+    return reinterpret_cast<E>(Broadcast<Vec<double, kScalars<E> / 2>>(Load<double>(p)));
+  } else if constexpr (kScalars<E> == 2) {
+    return Load<E>(p);
+  } else {
+    // As instructions: from shuffles GCC 12 makes a way through memory.
+#if defined(__AVX512DQ__)
+    if constexpr (sizeof(E) == 64) return _mm512_maskz_broadcast_f64x2(0xff, Load<Vec<T, 2>>(p));
+#endif
+#if defined(__AVX2__)
+    if constexpr (sizeof(E) == 32) return _mm256_set_m128d(Load<Vec<T, 2>>(p), Load<Vec<T, 2>>(p));
+#endif
+  }
+}
+
 // V columns, from `at` on, of `columns`: their transforms over A rows, turned.
 template <class T, int V, int A, class Ends>
 [[gnu::always_inline]] inline void TurnedColumns(const T *in, Index at, Index columns, const T *turns,
@@ -94,12 +112,16 @@ template <class T, int V, int A, class Count, class Ends>
   }
 }
 
-// Radix B, for each of `rows` neighbours of each of `columns`.
+// Radix B, for each of `rows` neighbours of each of `columns`. Where the registers hold the factors beside
+// the values, they stay there from group to group.
 template <class T, int V, int B, bool Inverse>
 [[gnu::flatten]] void GridMiddle(const T *in, Index rows, Index columns, const T *turns, T *out) {
   using E = Complex<T, V>;
-  constexpr int kRepeat = fourier::kGridRepeat<T>;
-  for (Index c = 0; c < columns; ++c, turns += (B - 1) * 2 * kRepeat) {
+  constexpr int kRegisters = kRegisterBytes == 64 ? 32 : 16;
+  constexpr bool kHeld = 2 * (B - 1) + B < kRegisters;
+  for (Index c = 0; c < columns; ++c, turns += (B - 1) * 4) {
+    E held[2 * (B - 1)];
+    if constexpr (kHeld) Unroll<2 * (B - 1)>([&](auto i) { held[i] = Pairs<E>(turns + 2 * i); });
     for (Index g = 0; g < GroupCount<V>(rows); ++g) {
       const Index at = GroupStart<V>(g, rows);
       E z[B];
@@ -108,8 +130,14 @@ template <class T, int V, int B, bool Inverse>
       T *const to = out + 2 * (rows * B * c + at);
       Store(to, z[0]);
       Unroll<B - 1>([&](auto i) {
-        const T *const w = turns + i * 2 * kRepeat;
-        Store(to + (i + 1) * 2 * rows, Turned<Inverse>(z[i + 1], Load<E>(w), Load<E>(w + kRepeat)));
+        const auto factor = [&](auto part) {
+          if constexpr (kHeld) {
+            return held[2 * i + part];
+          } else {
+            return Pairs<E>(turns + 4 * i + 2 * part);
+          }
+        };
+        Store(to + (i + 1) * 2 * rows, Turned<Inverse>(z[i + 1], factor(Int<0>{}), factor(Int<1>{})));
       });
     }
   }

@@ -7,24 +7,6 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
-/// The two scalars at p, again and again.
-template <class E, class T> [[gnu::always_inline]] inline E Pairs(const T *p) {
-  if constexpr (sizeof(T) == sizeof(float)) {
-    // A pair of floats moves as one double.
-    return reinterpret_cast<E>(Broadcast<Vec<double, kScalars<E> / 2>>(Load<double>(p)));
-  } else if constexpr (kScalars<E> == 2) {
-    return Load<E>(p);
-  } else {
-    // As instructions: from shuffles GCC 12 makes a way through memory.
-#if defined(__AVX512DQ__)
-    if constexpr (sizeof(E) == 64) return _mm512_maskz_broadcast_f64x2(0xff, Load<Vec<T, 2>>(p));
-#endif
-#if defined(__AVX2__)
-    if constexpr (sizeof(E) == 32) return _mm256_set_m128d(Load<Vec<T, 2>>(p), Load<Vec<T, 2>>(p));
-#endif
-  }
-}
-
 template <class T> inline constexpr int kLine = fourier::Lines<T>::kWidth;
 
 // The steps for a line's worth of neighbours, from their first V values on: the others are read and written

@@ -3,7 +3,7 @@
 #ifndef QORN_SRC_INFRA_FOURIER_PASSES_POINTWISE_H
 #define QORN_SRC_INFRA_FOURIER_PASSES_POINTWISE_H
 
-#include "Butterfly.h"
+#include "Interleaved.h"
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
@@ -40,6 +40,56 @@ template <class T>
       StoreComplex<T, V>(dst + 2 * i, re, im);
     }
   });
+}
+
+template <int V> struct ComplexReversed {
+  static constexpr int At(int i) { return 2 * (V - 1 - i / 2) + i % 2; }
+};
+template <int Part> struct PartTwice {
+  static constexpr int At(int i) { return i / 2 * 2 + Part; }
+};
+struct FirstPair {
+  static constexpr int At(int i) { return i % 4 == 0 || i % 4 == 3 ? 0 : 1; }
+};
+
+// V values at x times V factors, which are taken backwards if they are mirrored; and if sign is not 0, their
+// conjugates, times sign, -sign, sign ...
+template <class T, int V, bool Mirrored>
+[[gnu::always_inline]] inline void TurnPlaces(T *x, const T *factor, T sign) {
+  if constexpr (2 * V * sizeof(T) < 16) {
+    const T re = x[0], im = x[1], wre = sign == 0 ? factor[0] : sign * factor[0],
+            wim = sign == 0 ? factor[1] : -sign * factor[1];
+    x[0] = MulAdd(im, -wim, re * wre);
+    x[1] = MulAdd(re, wim, im * wre);
+  } else {
+    using E = Complex<T, V>;
+    auto w = Load<E>(factor);
+    if constexpr (Mirrored) w = Shuffle<ComplexReversed<V>, 2 * V>(w, w);
+    if (sign != 0) {
+      const E signs = Alternating<E>(sign, -sign);
+      w *= Shuffle<FirstPair, 2 * V>(signs, signs);
+    }
+    const E wim = Shuffle<PartTwice<1>, 2 * V>(w, w) * Alternating<E>(T{-1}, T{1});
+    Store(x, Turned(Load<E>(x), Shuffle<PartTwice<0>, 2 * V>(w, w), wim));
+  }
+}
+
+/// x[k] = x[k] * factor[k], of `len` values, an even number. Of the factors, those to len / 2 are there:
+/// factor len - k is factor k, or if `conjugate` its conjugate, negated for odd k.
+template <class T>
+[[gnu::flatten]] void RunMirroredProduct(T *x, const T *factor, Index len, bool conjugate) {
+  const Index half = len / 2;
+  const auto each = [half](const auto &body) { ForEachFrom<Complex<T, 1>, kComplexLanes<T>>(0, half, body); };
+  each([&]<int V>(Index i, Int<V>) { TurnPlaces<T, V, false>(x + 2 * i, factor + 2 * i, T{0}); });
+  const auto upper = [&]<int V>(Index i, T sign) {
+    TurnPlaces<T, V, true>(x + 2 * (half + i), factor + 2 * (half - i - (V - 1)), sign);
+  };
+  if (conjugate) {
+    each(
+        [&]<int V>(Index i, Int<V>) { upper.template operator()<V>(i, (half + i) % 2 == 0 ? T{1} : T{-1}); });
+  } else {
+    each([&]<int V>(Index i, Int<V>) { upper.template operator()<V>(i, T{0}); });
+  }
 }
 
 // Calls body(k, V) for the pairs (k, half - k), 1 <= k < half / 2, V neighbours at a time.
