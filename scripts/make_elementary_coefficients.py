@@ -215,6 +215,42 @@ polynomial("kLogRest32", "ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 1/16, rela
 p = rounded(1 / log(10), 24)
 scalars("log10 e in two parts of 24 bits.", kind="float", kLog10eHigh32=p, kLog10eLow32=1 / log(10) - p)
 
+# From tables of 32 |r| is so small that the leading terms alone need two parts, and log10 comes without a product of ln.
+# The interval with 1 reaches as far below it as above it.
+count, width = 32, 1 << 18
+assert start == 0x3f800000 + width // 3 - 19 * width
+inverses = []
+worst = mpf(0)
+for i in range(count):
+    first, last = float_value(start + i * width), float_value(start + (i + 1) * width - 1)
+    place = ldexp(mpf(1), -24 if first < 1 else -23)
+    ratio = lambda inverse: max(abs(first * inverse - 1), abs(last * inverse - 1))
+    # What follows r, beside the logarithm.
+    square = lambda inverse: max((x * inverse - 1) ** 2 / abs(log(x)) for x in (first, last))
+    candidates = []
+    for bits in (5, 6, 7):
+        step = ldexp(mpf(1), -bits)
+        nearest = int(2 / (first + last) / step)
+        # Those with which r is exact.
+        candidates += [n * step for n in range(nearest - 3, nearest + 5) if ratio(n * step) < ldexp(step * place, 24)]
+    inverse = mpf(1) if first <= 1 <= last else min(candidates, key=square)
+    worst = max(worst, ratio(inverse))
+    inverses.append(inverse)
+print(f"// 1 / c per interval of a 32nd of an octave's bits, and the logarithms of 2 and c to both bases, as multiples of\n"
+      f"// 2^-17 and rests. |z / c - 1| <= {float(worst):.6f}.")
+table("kLogFineInverse", inverses, kind="float")
+for name, base in (("Ln", mpf(1)), ("Log10", log(10))):
+    value = lambda x: log(x) / base
+    high = lambda x: floor(ldexp(value(x), 17) + mpf(1) / 2) / 2 ** 17
+    for part, of in (("High", high), ("Low", lambda x: value(x) - high(x))):
+        print(f"constexpr float k{name}Fine2{part} = {literal(of(mpf(2)), 'float')};")
+        table(f"k{name}Fine{part}", [of(1 / x) for x in inverses], kind="float")
+print()
+for name, text, base in (("Ln", "ln(1 + r) = r", mpf(1)), ("Log10", "log10(1 + r) = r log10 e", log(10))):
+    polynomial(f"k{name}FineRest", f"{text} + r^2 P(r) for such r, relative to the first term.",
+               near_zero(lambda r: (log(1 + r) - r) / r ** 2 / base, -1 / base / 2),
+               lambda r: max(abs(r), mpf("0.0001")) * base, -worst, worst, 4, kind="float")
+
 # Power: ln x = k ln 2 + ln c + ln(1 + r) with 1 / c from a table of short numbers, so that r = z / c - 1 is exact.
 lo, hi = -mpf(2) ** -7 * mpf("1.01"), mpf(2) ** -7 * mpf("1.01")
 polynomial("kPowLog64", "ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 2^-7, relative.",

@@ -78,7 +78,7 @@ void ToDecibel(const T *src, T *dst, int len, T gain, T offset, T scale, T shift
 // The magnitudes wait in the nearest cache. In one loop with the logarithm, the roots would lengthen a chain
 // of instructions that fills the processor's queues as it is, and the whole take half as long again.
 template <class Log> void MagToDecibel(const Cplx32 *src, float *dst, int len, float offset, float scale) {
-  constexpr Index kPiece = 1024;
+  constexpr Index kPiece = kChunk<float>;
   alignas(64) float mag[kPiece];
   for (Index start = 0; start < len; start += kPiece) {
     const Index n = len - start < kPiece ? len - start : kPiece;

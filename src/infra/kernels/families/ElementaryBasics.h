@@ -112,6 +112,14 @@ QORN_INLINE Floats Choose(const float (&table)[8], Words index) {
 #endif
 }
 
+#if defined(__AVX512F__)
+/// The lowest five bits of each index choose from the table.
+QORN_INLINE Floats Choose(const float (&table)[32], Words index) {
+  return _mm512_permutex2var_ps(Load<Floats>(table), __builtin_bit_cast(__m512i, index),
+                                Load<Floats>(table + 16));
+}
+#endif
+
 template <int N, int First = 0> QORN_INLINE Floats Polynomial(Floats x, const float (&c)[N]) {
   if constexpr (First + 1 < N) {
     return MulAdd(x, Polynomial<N, First + 1>(x, c), Every(c[First]));

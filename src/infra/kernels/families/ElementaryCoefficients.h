@@ -183,6 +183,68 @@ constexpr float kLogRest32[5] = {
 constexpr float kLog10eHigh32 = 0x1.bcb7b2p-2F;
 constexpr float kLog10eLow32 = -0x1.5b235ep-27F;
 
+// 1 / c per interval of a 32nd of an octave's bits, and the logarithms of 2 and c to both bases, as multiples
+// of 2^-17 and rests. |z / c - 1| <= 0.025390.
+constexpr float kLogFineInverse[32] = {
+    0x1.64p+0F, 0x1.6p+0F,  0x1.58p+0F, 0x1.5p+0F,  0x1.48p+0F, 0x1.44p+0F, 0x1.3cp+0F, 0x1.38p+0F,
+    0x1.3p+0F,  0x1.2cp+0F, 0x1.24p+0F, 0x1.2p+0F,  0x1.1cp+0F, 0x1.18p+0F, 0x1.1p+0F,  0x1.0cp+0F,
+    0x1.08p+0F, 0x1.04p+0F, 0x1p+0F,    0x1.f8p-1F, 0x1.e4p-1F, 0x1.d8p-1F, 0x1.c8p-1F, 0x1.bcp-1F,
+    0x1.bp-1F,  0x1.a8p-1F, 0x1.9cp-1F, 0x1.9p-1F,  0x1.88p-1F, 0x1.8p-1F,  0x1.78p-1F, 0x1.6cp-1F,
+};
+constexpr float kLnFine2High = 0x1.62e4p-1F;
+constexpr float kLnFineHigh[32] = {
+    -0x1.51aap-2F, -0x1.4618p-2F, -0x1.2e8ep-2F, -0x1.1676p-2F, -0x1.fb9p-3F, -0x1.e27p-3F,  -0x1.af3cp-3F,
+    -0x1.9524p-3F, -0x1.5ff4p-3F, -0x1.44d4p-3F, -0x1.0d78p-3F, -0x1.e27p-4F, -0x1.a928p-4F, -0x1.6f1p-4F,
+    -0x1.f0ap-5F,  -0x1.774p-5F,  -0x1.f82p-6F,  -0x1.fcp-7F,   0x0p+0F,      0x1.02p-6F,    0x1.ccbp-5F,
+    0x1.4d3p-4F,   0x1.da7p-4F,   0x1.23d8p-3F,  0x1.5bf4p-3F,  0x1.823cp-3F, 0x1.bd08p-3F,  0x1.f99p-3F,
+    0x1.1178p-2F,  0x1.2696p-2F,  0x1.3c26p-2F,  0x1.5d5cp-2F,
+};
+constexpr float kLnFine2Low = 0x1.7f7d1cp-20F;
+constexpr float kLnFineLow[32] = {
+    -0x1.b0e5cp-19F,  -0x1.78438cp-19F, -0x1.5d708ep-21F, 0x1.aa2a2cp-21F,  -0x1.86d5e4p-19F,
+    -0x1.db8abcp-21F, -0x1.29d018p-20F, -0x1.a9cf46p-19F, 0x1.f1eb0ep-20F,  0x1.493348p-19F,
+    0x1.832f72p-23F,  -0x1.db8abcp-22F, 0x1.2c5b52p-20F,  0x1.6ba8d4p-19F,  -0x1.86008cp-20F,
+    -0x1.63d8ccp-19F, -0x1.361cfp-19F,  -0x1.5161f8p-20F, 0x0p+0F,          0x1.59624ep-20F,
+    0x1.cf3776p-19F,  0x1.15d208p-20F,  0x1.3b1c22p-19F,  -0x1.dab6c8p-20F, 0x1.ad50f6p-25F,
+    0x1.6551a4p-23F,  0x1.ce0ef6p-21F,  0x1.c6cb3cp-19F,  0x1.d044fcp-19F,  0x1.089a6ep-21F,
+    -0x1.b1199ap-19F, -0x1.10535p-21F,
+};
+constexpr float kLog10Fine2High = 0x1.3442p-2F;
+constexpr float kLog10FineHigh[32] = {
+    -0x1.254cp-3F, -0x1.1b4p-3F, -0x1.06ccp-3F, -0x1.e3cp-4F, -0x1.b8ep-4F, -0x1.a308p-4F, -0x1.769p-4F,
+    -0x1.5fe8p-4F, -0x1.31bp-4F, -0x1.1a2p-4F,  -0x1.d42p-5F, -0x1.a31p-5F, -0x1.715p-5F,  -0x1.3edp-5F,
+    -0x1.af6p-6F,  -0x1.46p-6F,  -0x1.b6p-7F,   -0x1.b98p-8F, 0x0p+0F,      0x1.cp-8F,     0x1.902p-6F,
+    0x1.217p-5F,   0x1.9c2p-5F,  0x1.fbp-5F,    0x1.2e38p-4F, 0x1.4f78p-4F, 0x1.829p-4F,   0x1.b72p-4F,
+    0x1.db1p-4F,   0x1.ffcp-4F,  0x1.1298p-3F,  0x1.2f74p-3F,
+};
+constexpr float kLog10Fine2Low = -0x1.95ec1p-19F;
+constexpr float kLog10FineLow[32] = {
+    0x1.65943p-20F,   0x1.8e136cp-19F,  0x1.4c2c9ep-22F,  0x1.f2a79p-19F,   0x1.b2c54cp-20F, -0x1.4eb05p-19F,
+    -0x1.40a252p-20F, -0x1.222bd4p-26F, -0x1.82ae24p-19F, -0x1.a22a8p-19F,  0x1.574d82p-20F, 0x1.58a7d8p-19F,
+    0x1.f2f60cp-19F,  -0x1.199a5ep-21F, 0x1.b53fc6p-24F,  0x1.614a68p-19F,  0x1.6f714ep-19F, 0x1.c4ad82p-19F,
+    0x0p+0F,          0x1.d40572p-19F,  0x1.863ac6p-19F,  -0x1.f928dcp-19F, -0x1.a1504p-19F, -0x1.64b1ap-19F,
+    0x1.3a05bcp-19F,  0x1.56cddep-19F,  -0x1.8096b2p-19F, 0x1.cd1716p-20F,  0x1.ed766ap-20F, -0x1.ea21c4p-23F,
+    0x1.a4fb3ep-19F,  -0x1.fc6162p-20F,
+};
+
+// ln(1 + r) = r + r^2 P(r) for such r, relative to the first term.
+// Largest error 2^-33.1.
+constexpr float kLnFineRest[4] = {
+    -0x1.fffffep-2F,
+    0x1.555552p-2F,
+    -0x1.002326p-2F,
+    0x1.99e98ap-3F,
+};
+
+// log10(1 + r) = r log10 e + r^2 P(r) for such r, relative to the first term.
+// Largest error 2^-33.1.
+constexpr float kLog10FineRest[4] = {
+    -0x1.bcb7bp-3F,
+    0x1.287a74p-3F,
+    -0x1.bcf4c2p-4F,
+    0x1.640b96p-4F,
+};
+
 // ln(1 + r) = r - r^2/2 + r^3 P(r) for |r| <= 2^-7, relative.
 // Largest error 2^-65.8.
 constexpr double kPowLog64[6] = {

@@ -93,63 +93,115 @@ QORN_INLINE float LogLimits(float x, float y) {
 }
 
 #if defined(QORN_FLOAT_REGISTERS)
-// In float arithmetic: k ln 2 + ln c, short enough to be exact, plus r - r^2/2, each sum with what its
-// rounding loses, and to it what is at most a hundredth of it.
+// In float arithmetic, of positive normal numbers: k log 2 + log c, short enough to be exact, with log(1 +
+// r), the leading terms in two parts and the rest so small beside them that its roundings do not count.
 
-struct FloatLog {
-  Floats high, low;
+struct FloatLogTerms {
+  Floats r, whole, rest; ///< k log 2 + log c is whole + rest
 };
 
-/// Of positive normal numbers.
-QORN_INLINE FloatLog LogOfFloats(Floats x) {
+template <class Tables> QORN_INLINE FloatLogTerms ReduceLog(Floats x) {
   const Words bits = Bits(x) - kLogStart32;
   const Words exponent = bits & 0xff800000U;
-  const Words index = bits >> 20;
+  const Words index = bits >> Tables::kShift;
   constexpr float unit = 0x1p-23F; // of the exponent where it stands
   const Floats k = __builtin_convertvector(__builtin_bit_cast(Ints, exponent), Floats);
-  const Floats r = MulSub(FromBits(Bits(x) - exponent), Choose(kLogInverse32, index), Every(1.0F));
-  const Floats whole = MulAdd(k, Every(kLogLn2High32 * unit), Choose(kLogHigh32, index));
-  const Floats sum = whole + r;
-  const Floats sumLost = (whole - sum) + r;
-  const Floats half = r * -0.5F;
-  const Floats high = MulAdd(half, r, sum);
-  const Floats highLost = MulAdd(half, r, sum - high);
-  const Floats rest = MulAdd(k, Every(kLogLn2Low32 * unit), Choose(kLogLow32, index));
-  const Floats cubic = MulAdd(r * r * r, Polynomial(r, kLogRest32), rest);
-  return {high, cubic + (sumLost + highLost)};
+  return {MulSub(FromBits(Bits(x) - exponent), Choose(Tables::kInverse, index), Every(1.0F)),
+          MulAdd(k, Every(Tables::kTwoHigh * unit), Choose(Tables::kHigh, index)),
+          MulAdd(k, Every(Tables::kTwoLow * unit), Choose(Tables::kLow, index))};
 }
 
 struct PositiveNormal {
   template <class T> QORN_INLINE static auto Rank(T x) { return Bits(x) - 0x00800000U; }
   static constexpr std::uint32_t Ranks() { return 0x7f000000; }
 };
-#else
-struct PositiveNormal {};
-#endif
 
-struct Ln32 : PositiveNormal {
-  QORN_INLINE static float Fast(float x) {
-    return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, 1.0, kLn2)));
+#if defined(__AVX512F__)
+// From tables of 32: |r| is so small that only r log e needs two parts.
+
+struct FineTables {
+  static constexpr int kShift = 18;
+  static constexpr const float (&kInverse)[32] = kLogFineInverse;
+};
+struct LnTables : FineTables {
+  static constexpr const float (&kHigh)[32] = kLnFineHigh, (&kLow)[32] = kLnFineLow;
+  static constexpr const float (&kRest)[4] = kLnFineRest;
+  static constexpr float kTwoHigh = kLnFine2High, kTwoLow = kLnFine2Low, kEHigh = 1.0F, kELow = 0.0F;
+};
+struct Log10Tables : FineTables {
+  static constexpr const float (&kHigh)[32] = kLog10FineHigh, (&kLow)[32] = kLog10FineLow;
+  static constexpr const float (&kRest)[4] = kLog10FineRest;
+  static constexpr float kTwoHigh = kLog10Fine2High, kTwoLow = kLog10Fine2Low;
+  static constexpr float kEHigh = kLog10eHigh32, kELow = kLog10eLow32;
+};
+
+template <class Tables> struct LogInFloats : PositiveNormal {
+  QORN_INLINE static Floats InFloats(Floats x) {
+    const FloatLogTerms t = ReduceLog<Tables>(x);
+    const Floats sum = MulAdd(t.r, Every(Tables::kEHigh), t.whole);
+    const Floats lost = MulAdd(t.r, Every(Tables::kEHigh), t.whole - sum);
+    const Floats second = MulAdd(t.r, Polynomial(t.r, Tables::kRest), Every(Tables::kELow));
+    return sum + MulAdd(t.r, second, lost + t.rest);
   }
-#if defined(QORN_FLOAT_REGISTERS)
+};
+using LnInFloats = LogInFloats<LnTables>;
+using Log10InFloats = LogInFloats<Log10Tables>;
+#else
+// From tables of eight: r - r^2/2 in two parts.
+
+struct CoarseTables {
+  static constexpr int kShift = 20;
+  static constexpr const float (&kInverse)[8] = kLogInverse32, (&kHigh)[8] = kLogHigh32;
+  static constexpr const float (&kLow)[8] = kLogLow32;
+  static constexpr float kTwoHigh = kLogLn2High32, kTwoLow = kLogLn2Low32;
+};
+
+struct FloatLog {
+  Floats high, low;
+};
+
+QORN_INLINE FloatLog LogOfFloats(Floats x) {
+  const FloatLogTerms t = ReduceLog<CoarseTables>(x);
+  const Floats r = t.r;
+  const Floats sum = t.whole + r;
+  const Floats sumLost = (t.whole - sum) + r;
+  const Floats half = r * -0.5F;
+  const Floats high = MulAdd(half, r, sum);
+  const Floats highLost = MulAdd(half, r, sum - high);
+  const Floats cubic = MulAdd(r * r * r, Polynomial(r, kLogRest32), t.rest);
+  return {high, cubic + (sumLost + highLost)};
+}
+
+struct LnInFloats : PositiveNormal {
   QORN_INLINE static Floats InFloats(Floats x) {
     const FloatLog log = LogOfFloats(x);
     return log.high + log.low;
   }
-#endif
 };
 
-struct Log10_32 : PositiveNormal {
-  QORN_INLINE static float Fast(float x) {
-    return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, kLog10e, kLog10Of2)));
-  }
-#if defined(QORN_FLOAT_REGISTERS)
-  QORN_INLINE static Floats InFloats(Floats x) {
-    const FloatLog log = LogOfFloats(x);
+struct Log10InFloats : PositiveNormal {
+  QORN_INLINE static FloatLog BeginFloats(Floats x) { return LogOfFloats(x); }
+  QORN_INLINE static Floats EndFloats(const FloatLog &log) {
     const Floats low = MulAdd(log.low, Every(kLog10eHigh32), log.high * kLog10eLow32);
     return MulAdd(log.high, Every(kLog10eHigh32), low);
   }
+};
 #endif
+#else
+struct LnInFloats {};
+struct Log10InFloats {};
+#endif
+
+struct Ln32 : LnInFloats {
+  QORN_INLINE static float Fast(float x) {
+    return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, 1.0, kLn2)));
+  }
+};
+
+struct Log10_32 : Log10InFloats {
+  QORN_INLINE static float Fast(float x) {
+    return LogLimits(x, static_cast<float>(LogForFloat(static_cast<double>(x), kLog32, kLog10e, kLog10Of2)));
+  }
 };
 
 } // namespace
