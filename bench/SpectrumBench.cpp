@@ -6,10 +6,12 @@
 #include <string>
 
 #include "infra/kernels/Levels.h"
+#include "math/Decibels.h"
 #include "peers/spectrum.h"
 #include "qorn/dsp/FT.h"
 #include "qorn/dsp/FixedWindows.h"
 #include "qorn/dsp/Spectrum.h"
+#include "qorn/infra/TargetLib.h"
 #include "qorn/math/UnitConversion.h"
 
 namespace {
@@ -86,6 +88,20 @@ void DecibelsOf(benchmark::State &state, kernels::Level level) {
   }
 }
 
+// The pass that follows the transform, by itself.
+void FinishOf(benchmark::State &state, kernels::Level level, QORN::PowerUnit unit) {
+  const kernels::ScopedLevel scoped(level);
+  const int n = static_cast<int>(state.range(0));
+  const QORN::VecCplx32 in = Noise(n);
+  QORN::VecReal32 out(n);
+  const auto finish = unit == QORN::PowerUnitDBV ? &QORN::MagTodBV : &QORN::TargetLib::Mag_32fc;
+  for (auto _ : state) {
+    finish(in.GetPtr(), out.GetPtr(), n);
+    benchmark::DoNotOptimize(out.GetPtr());
+    benchmark::ClobberMemory();
+  }
+}
+
 #if defined(QORN_PEER_FFTW) && defined(QORN_PEER_VOLK)
 void PeerOf(benchmark::State &state, peers::Logarithm logarithm) {
   const int n = static_cast<int>(state.range(0));
@@ -116,6 +132,12 @@ void PeerOf(benchmark::State &state, peers::Logarithm logarithm) {
     whole("SpectrumOverTransform/", false, QORN::PowerUnitDBV);
     whole("SpectrumInVoltOverTransform/", false, QORN::PowerUnitVolt);
     whole("SpectrumReal/", true, QORN::PowerUnitDBV);
+    sizes(
+        benchmark::RegisterBenchmark(("SpectrumFinish/" + name).c_str(), FinishOf, level, QORN::PowerUnitDBV),
+        true);
+    sizes(benchmark::RegisterBenchmark(("SpectrumInVoltFinish/" + name).c_str(), FinishOf, level,
+                                       QORN::PowerUnitVolt),
+          true);
     sizes(benchmark::RegisterBenchmark(("WindowApply/" + name).c_str(), WindowOf, level), false);
     sizes(benchmark::RegisterBenchmark(("Volt2dBV/" + name).c_str(), DecibelsOf, level), false);
   }
