@@ -76,7 +76,8 @@ void ToDecibel(const T *src, T *dst, int len, T gain, T offset, T scale, T shift
 }
 
 // The magnitudes wait in the nearest cache. In one loop with the logarithm, the roots would lengthen a chain
-// of instructions that fills the processor's queues as it is, and the whole take half as long again.
+// of instructions that fills the processor's queues as it is, and the whole take half as long again. A chunk
+// at a time, the roots of one overlap with the last logarithms of the one before.
 template <class Log> void MagToDecibel(const Cplx32 *src, float *dst, int len, float offset, float scale) {
   constexpr Index kPiece = kChunk<float>;
   alignas(64) float mag[kPiece];
