@@ -186,9 +186,9 @@ bool Workspace::Grow(std::size_t bytes) {
   }
 }
 
-template <class T> std::unique_ptr<ComplexPlan<T>> ComplexPlan<T>::Make(int length, int lanes) {
+template <class T> std::unique_ptr<ComplexPlan<T>> ComplexPlan<T>::Make(int length) {
   if (length < 1) return nullptr;
-  return OrNull([&] { return std::unique_ptr<ComplexPlan>(new ComplexPlan(length, lanes)); });
+  return OrNull([&] { return std::unique_ptr<ComplexPlan>(new ComplexPlan(length)); });
 }
 
 template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
@@ -196,13 +196,10 @@ template <class T> std::unique_ptr<Plan> ComplexPlan<T>::Clone() const {
 }
 
 template <class T>
-ComplexPlan<T>::ComplexPlan(int length, int lanes)
-    : m_length(length), m_share(static_cast<T>(1.0 / length)),
-      m_direct(lanes == 0 ? DirectComplex<T>(length) : nullptr) {
+ComplexPlan<T>::ComplexPlan(int length)
+    : m_length(length), m_share(static_cast<T>(1.0 / length)), m_direct(DirectComplex<T>(length)) {
   if (m_direct != nullptr) {
     return;
-  } else if (lanes != 0) {
-    MakeColumns(lanes);
   } else if (const GridShape lines = LinesFor(length, sizeof(T)); lines.rows != 0) {
     MakeLines(lines);
   } else if (const GridShape shape = GridFor(length, sizeof(T)); shape.rows != 0) {
@@ -416,7 +413,7 @@ template <class T> void ComplexPlan<T>::MakeBluestein() {
   const std::int64_t n = m_length;
   const std::int64_t p = ConvolutionLength(2 * n - 1, sizeof(T));
   if (p > INT32_MAX) throw std::bad_alloc();
-  m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
+  m_convolution.reset(new ComplexPlan(static_cast<int>(p)));
   m_scratch = Size(2 * p) + m_convolution->m_scratch;
 
   m_chirp = Block<T>(Size(2 * n));
@@ -461,7 +458,7 @@ template <class T> void ComplexPlan<T>::MakeSpectrum(T *taps, bool conjugate) {
 // factors are the first one's conjugates.
 template <class T> void ComplexPlan<T>::MakeRader(int generator) {
   const std::int64_t n = m_length, p = n - 1, half = p / 2;
-  m_convolution.reset(new ComplexPlan(static_cast<int>(p), 0));
+  m_convolution.reset(new ComplexPlan(static_cast<int>(p)));
   m_scratch = Size(2 * p) + m_convolution->m_scratch;
   m_places = Block<std::int32_t>(Size(half));
   Block<T> taps(Size(2 * p));

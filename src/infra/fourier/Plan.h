@@ -63,9 +63,8 @@ private:
 /// of samples, to 7 N: the short transforms of its convolution are fastest with two values for each point.
 template <class T> class ComplexPlan final : public Plan {
 public:
-  /// Null if length is below 1 or there is no memory for the plan. `lanes`, if not 0, is a factor of a length
-  /// that goes through passes, 5 to 16, and taken instead of the one that seems best.
-  static std::unique_ptr<ComplexPlan> Make(int length, int lanes = 0);
+  /// Null if length is below 1 or there is no memory for the plan.
+  static std::unique_ptr<ComplexPlan> Make(int length);
 
   ComplexPlan(const ComplexPlan &other);
   std::unique_ptr<Plan> Clone() const override;
@@ -84,7 +83,7 @@ public:
   bool ForwardWeighted(const T *in, const T *weights, T *out, T *scratch) const;
 
 private:
-  ComplexPlan(int length, int lanes);
+  explicit ComplexPlan(int length);
   void MakeGrid(const GridShape &shape);
   void MakeLines(const GridShape &shape);
   void MakeFourStep(const FourStepShape &shape);
