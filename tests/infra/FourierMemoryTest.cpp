@@ -164,7 +164,9 @@ TYPED_TEST(FourierMemory, Clone_EveryWay_KeepsWhatItsSourceDoes) {
     const int n = row.lengths.back();
     const auto source = ComplexPlan<T>::Make(n);
     const double bytes = BytesOf([n] { return ComplexPlan<T>::Make(n); });
-    EXPECT_NEAR(BytesOf([&source] { return source->Clone(); }), bytes, 0.01 * bytes + 256) << n;
+    // Large blocks come in whole pages, with what the allocator puts before them.
+    const double rounding = bytes < 1 << 17 ? 256 : 4 * 4096;
+    EXPECT_NEAR(BytesOf([&source] { return source->Clone(); }), bytes, 0.01 * bytes + rounding) << n;
   }
 }
 

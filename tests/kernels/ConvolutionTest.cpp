@@ -418,4 +418,33 @@ TEST(Convolution, Conv_NoMemory_ThrowsAndGivesAllBack) {
   EXPECT_LT(AllocationCount() - before, 20) << "the plan was made again";
 }
 
+// The first value that is not large, at every place of blocks of every length; a complex value is large if
+// one of its parts is.
+template <class T, class Find> void CheckFirstSmall(int parts, const Find &find) {
+  for (int len = 0; len <= 150; ++len) {
+    std::vector<T> x(static_cast<std::size_t>(parts * len));
+    for (std::size_t i = 0; i < x.size(); ++i) x[i] = i % 3 == 0 ? T{-2} : T{2};
+    for (std::size_t i = 1; parts == 2 && i < x.size(); i += 2) x[i - i / 2 % 2] = 0;
+    ASSERT_EQ(find(x.data(), len, T{2}), len);
+    for (int place = 0; place < len; ++place) {
+      for (const T small : {std::nextafter(T{2}, T{0}), T{0}, std::numeric_limits<T>::quiet_NaN()}) {
+        auto changed = x;
+        std::fill_n(changed.begin() + parts * place, parts, small);
+        ASSERT_EQ(find(changed.data(), len, T{2}), place) << len;
+      }
+    }
+  }
+}
+
+TEST(Convolution, ConvLarge_AnyPlace_IsFound) {
+  for (const auto &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    SCOPED_TRACE(level.name);
+    CheckFirstSmall<float>(1, kernels::active->ConvLarge_32f);
+    CheckFirstSmall<float>(2, kernels::active->ConvLarge_32fc);
+    CheckFirstSmall<double>(1, kernels::active->ConvLarge_64f);
+    if (HasFatalFailure()) return;
+  }
+}
+
 } // namespace

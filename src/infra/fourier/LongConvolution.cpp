@@ -686,12 +686,14 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
   if (taps < kLeastTaps) return 0;
   double least = limit;
   int best = 0;
+  constexpr Index kLongest = Index{1} << kLargestLog2<T>;
   for (int k = 6; k <= kLargestLog2<T>; ++k) {
     bool once = false;
     for (const Index odd : {8, 9, 10, 12}) {
       const Index length = (Index{1} << k) / 8 * odd, step = length - taps + 1;
+      if (step < 1 || length > kLongest || length % 64 != 0) continue;
       // Powers of two have the lower bound of errors, on which doubles depend more.
-      if (step < 1 || length % 64 != 0 || (odd != 8 && std::is_same_v<T, double>)) continue;
+      if (odd != 8 && std::is_same_v<T, double>) continue;
       const Index blocks = (outputs + step - 1) / step;
       const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
       const double cost =

@@ -58,8 +58,8 @@ inline constexpr int kLeastTaps = 32;
 /// `terms` products of which lie within the signal.
 template <class T> double DirectCost(std::ptrdiff_t taps, std::ptrdiff_t outputs, double terms);
 
-/// The length of the transforms, a power of two, that serve the correlation of M taps with L outputs at the
-/// least estimated work; 0 if even that is estimated at `limit` or more. Depends on its arguments alone.
+/// The length of the transforms, as of a Correlator, that serve the correlation of M taps with L outputs at
+/// the least estimated work; 0 if even that is estimated at `limit` or more. Depends on its arguments alone.
 template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, double limit);
 
 /// The length of the transforms for an endless complex signal, 2^k times 1, 3, 5 or 9, k >= 6, that comes in
