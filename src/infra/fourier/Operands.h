@@ -56,7 +56,7 @@ inline double Energy(const double *x, std::ptrdiff_t len) { return kernels::acti
 inline constexpr double kUnit = 0x1p-53;
 
 /// ceil(log2 n), n >= 1.
-constexpr int CeilLog2(int n) { return std::bit_width(static_cast<unsigned>(n - 1)); }
+constexpr int CeilLog2(int n) { return static_cast<int>(std::bit_width(static_cast<unsigned>(n - 1))); }
 
 /// The share of 8 units of an operand's sum of magnitudes that transforms may err by: 7 units, and a little
 /// less for what is not written out. The eighth is that of the result's own rounding.
