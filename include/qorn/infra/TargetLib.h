@@ -588,8 +588,8 @@ public:
   ///   small. These allocate nothing. Each result depends on its own operands alone.
   /// - one transform of each source as a whole, of float sources alone, where that is estimated as the least
   ///   work: of equal lengths from some 100 by 100 elements on (35 for 32fc).
-  /// - transforms of overlapping blocks (overlap-save), where these are: from about 65 (35 for 32fc, 220 for
-  ///   64f) elements on if the other source is long, and for 64f from some 1000 by 1000 on.
+  /// - transforms of overlapping blocks (overlap-save), where these are: from about 65 (35 for 32fc, 150 for
+  ///   64f) elements on if the other source is long, and for 64f from some 600 by 600 on.
   /// Results that the rounding errors of transforms could have spoiled, quiet ones beside loud ones, are
   /// found by bounds and computed again, in blocks or directly. So results without a nonzero product are
   /// exactly 0, and what is not finite shows where it would by direct sums and nowhere else; where the

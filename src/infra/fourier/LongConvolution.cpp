@@ -92,7 +92,7 @@ template <class T> double RunCost(double length) {
                            : length <= 262144 ? 2
                                               : 3.5;
     const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
-    return (0.87 * log2 - 1.8) * outside * nine * length;
+    return (0.75 * log2 - 2.3) * outside * nine * length;
   } else {
     constexpr double kPerRun = 80;
     const double outside = length <= 8192     ? 1
