@@ -24,10 +24,10 @@ template <class Tap> class StreamingFir;
 /// them:
 /// - direct sums for fewer than 64 taps, for short pieces, and for what is left of a long piece. The bits of
 ///   an output depend on its own operands alone, so they do not depend on the cut either.
-/// - transforms in double (overlap-save), where these are estimated to take less time: from about 100 real
-///   taps or 64 complex ones on, of pieces of a thousand samples or, of many taps, some hundreds. Outputs
-///   that the rounding errors of loud samples nearby could have spoiled are told by bounds and computed
-///   again. The last bits of an output may depend on the cut.
+/// - transforms in double (overlap-save), where these are estimated to take less time: from 64 taps on, of
+///   pieces of some hundred samples, a thousand at most. Outputs that the rounding errors of loud samples
+///   nearby could have spoiled are told by bounds and computed again. The last bits of an output may depend
+///   on the cut.
 /// Either way outputs without a nonzero product are exactly 0, what is not finite shows in the outputs that
 /// it belongs to and nowhere else, and the state is the same samples, so the methods may take turns.
 ///
