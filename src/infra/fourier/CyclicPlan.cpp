@@ -28,16 +28,9 @@ CyclicPlan::CyclicPlan(int length) {
 
   m_columnTurns = Block<double>(static_cast<std::size_t>(2 * columns * (first - 1)));
   double *to = m_columnTurns.Data();
-  const auto write = [&](double re, double im) {
-    *to++ = re;
-    *to++ = im;
-  };
   for (std::int64_t column = 0; column < columns; column += kWidth) {
     for (std::int64_t k = 1; k < first; ++k) {
-      for (std::int64_t b = column; b < column + kWidth; ++b) {
-        const auto root = roots(k * b);
-        write(root.re, root.im);
-      }
+      for (std::int64_t b = column; b < column + kWidth; ++b) Write<double>(to, roots(k * b));
     }
   }
   m_steps.columnTurns = m_columnTurns.Data();
@@ -53,11 +46,8 @@ CyclicPlan::CyclicPlan(int length) {
   for (CyclicStep *step = m_steps.steps; step->rest > 1; ++step) {
     step->turns = to;
     for (std::int64_t p = 0; p < step->rest; ++p) {
-      for (std::int64_t k = 1; k < step->radix; ++k) {
-        const auto root = roots(p * k * (length / (step->radix * step->rest)));
-        write(root.re, root.re);
-        write(-root.im, root.im);
-      }
+      for (std::int64_t k = 1; k < step->radix; ++k)
+        to = WriteTurns(roots, p * k * (length / (step->radix * step->rest)), 0, 1, to);
     }
   }
 }

@@ -41,8 +41,8 @@
 // plans of any way. In two sweeps of strips (FourStep.h) there may be two factors between the first two
 // steps, for which the last one makes up. In tiles (Passes.h), of 2^20 points at least, up to two steps may
 // be of radix 2, which has 4.2 u, and the factors between the lines, products of two rounded ones, have 3.2 u
-// more: together less than two others leave. And the scale 1 / N, where it is not exact, has u of the 7 u or
-// more that any step with a radix of 8 leaves of c = 8.
+// more: together less than two others leave. And the scale 1 / N, where it is not exact, has u, which is less
+// than any step leaves of c = 8.
 #include "LongConvolution.h"
 
 #include <algorithm>
@@ -91,8 +91,7 @@ template <class T> double RunCost(double length) {
                            : length <= 32768  ? 1.7
                            : length <= 262144 ? 2
                                               : 3.5;
-    const double nine = std::fmod(length, 9) == 0 ? 1.05 : 1; // its passes take longer
-    return (0.75 * log2 - 2.3) * outside * nine * length;
+    return (0.75 * log2 - 2.3) * outside * length;
   } else {
     constexpr double kPerRun = 80;
     const double outside = length <= 8192     ? 1
@@ -332,30 +331,29 @@ private:
     return std::find_if(window, end, [](Part x) { return x != 0; }) == end;
   }
 
-  // Replaces windows that have not-finite values by what they have else.
-  void Clean(const Part *(&windows)[2], bool (&dirty)[2]) {
+  // Tells the energies of the windows. Those with not-finite values are replaced by what they have else.
+  void Clean(const Part *(&windows)[2], bool (&dirty)[2], double (&energies)[2]) {
+    const Index size = m_engine.Length() * kParts;
     for (Index i = 0; i < kPairs; ++i) {
-      dirty[i] = !std::isfinite(Energy(windows[i], m_engine.Length() * kParts));
-      if (dirty[i]) windows[i] = Cleaned(i, windows[i]);
+      energies[i] = Energy(windows[i], size);
+      dirty[i] = !std::isfinite(energies[i]);
+      if (!dirty[i]) continue;
+      windows[i] = Cleaned(i, windows[i]);
+      energies[i] = Energy(windows[i], size);
     }
   }
 
-  // The energy of the windows. Outputs whose window has squares that vanish or overflow are computed directly
-  // and taken out.
-  double TakeOutExtremes(const Part *(&windows)[2], bool (&dirty)[2], Outputs (&pair)[2]) {
-    double energy = 0;
+  // Outputs whose window has squares that vanish or overflow are computed directly and taken out.
+  void TakeOutExtremes(const Part *(&windows)[2], bool (&dirty)[2], double (&energies)[2],
+                       Outputs (&pair)[2]) {
     for (Index i = 0; i < kPairs; ++i) {
-      double own = Energy(windows[i], m_engine.Length() * kParts);
-      if (!InRange(own) && !AllZero(windows[i])) {
-        Directly(pair[i]);
-        pair[i].count = 0;
-        windows[i] = Window(i, pair[i]);
-        own = 0;
-        dirty[i] = false;
-      }
-      energy += own;
+      if (InRange(energies[i]) || AllZero(windows[i])) continue;
+      Directly(pair[i]);
+      pair[i].count = 0;
+      windows[i] = Window(i, pair[i]);
+      energies[i] = 0;
+      dirty[i] = false;
     }
-    return energy;
   }
 
   // Computes the outputs of one block, or of two real ones at once, at most Step() each.
@@ -365,15 +363,16 @@ private:
     for (Index i = 0; i < kPairs; ++i) windows[i] = Window(i, pair[i]);
 
     Index below[2] = {};
-    double energy = 0, least = 0;
+    double energies[2] = {}, energy = 0, least = 0;
     if constexpr (kSplit) {
-      Clean(windows, dirty);
-      energy = TakeOutExtremes(windows, dirty, pair);
+      Clean(windows, dirty, energies);
+      TakeOutExtremes(windows, dirty, energies, pair);
+      energy = energies[0] + energies[1];
       if (energy != 0) least = TransformDoubles(windows, std::sqrt(energy) * (1 + 1e-6), pair, below);
     } else {
       CyclicFigures figures = TransformFloats(windows, pair);
       if (!std::isfinite(figures.energy)) {
-        Clean(windows, dirty);
+        Clean(windows, dirty, energies);
         figures = TransformFloats(windows, pair);
       }
       energy = figures.energy;

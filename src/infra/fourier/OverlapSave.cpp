@@ -32,8 +32,7 @@ template <class P> struct Slots {
     return *present;
   }
 };
-template <class P> Slots<P> transforms;
-Slots<CyclicPlan> cyclic;
+template <class P> Slots<P> plans;
 
 template <class T> auto Product();
 template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }
@@ -41,11 +40,8 @@ template <> auto Product<double>() { return kernels::active->FourierProduct_64f;
 
 } // namespace
 
-const CyclicPlan &SharedCyclic(int length) {
-  return cyclic.Get(length, [=] { return CyclicPlan::Make(length); });
-}
 template <class P> const P &SharedPlan(int length) {
-  return transforms<P>.Get(length, [=] { return P::Make(length); });
+  return plans<P>.Get(length, [=] { return P::Make(length); });
 }
 
 template <class T>
@@ -68,7 +64,7 @@ template <class T> void OverlapSave<T>::Run() {
 }
 
 FloatOverlapSave::FloatOverlapSave(int length, int taps, Life life)
-    : m_plan(&SharedCyclic(length)), m_taps(taps),
+    : m_plan(&SharedPlan<CyclicPlan>(length)), m_taps(taps),
       m_work(std::ptrdiff_t{4} * length, std::ptrdiff_t{2} * length, life) {}
 
 Cyclic FloatOverlapSave::Job() const {
@@ -94,5 +90,6 @@ template class OverlapSave<double>;
 template const ComplexPlan<float> &SharedPlan<ComplexPlan<float>>(int);
 template const ComplexPlan<double> &SharedPlan<ComplexPlan<double>>(int);
 template const RealPlan<double> &SharedPlan<RealPlan<double>>(int);
+template const CyclicPlan &SharedPlan<CyclicPlan>(int);
 
 } // namespace QORN::fourier

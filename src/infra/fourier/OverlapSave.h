@@ -11,13 +11,10 @@
 
 namespace QORN::fourier {
 
-/// The plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, P being ComplexPlan or RealPlan. It is made
-/// at the first call, belongs to the process and is never freed; any thread may call. Throws QORNException
-/// 11001 if there is no memory for it.
+/// The plan of a length that is 2^k times 1, 3, 5 or 9, k >= 6, P being ComplexPlan, RealPlan or CyclicPlan.
+/// It is made at the first call, belongs to the process and is never freed; any thread may call. Throws
+/// QORNException 11001 if there is no memory for it.
 template <class P> const P &SharedPlan(int length);
-
-/// The same of a cyclic convolution.
-const CyclicPlan &SharedCyclic(int length);
 
 /// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
 ///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.

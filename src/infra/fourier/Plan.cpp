@@ -77,11 +77,6 @@ template <class T> std::int64_t SetPasses(Columns<T> &columns, std::int64_t bloc
   return turns;
 }
 
-template <class T> void Write(T *&to, typename Roots<T>::Root root) {
-  *to++ = root.re;
-  *to++ = root.im;
-}
-
 // `count` factors number first, first + step, ...: their real parts, then their imaginary ones.
 template <class T>
 T *WriteFactors(const Roots<T> &roots, std::int64_t first, std::int64_t step, std::int64_t count, T *to) {
@@ -91,19 +86,6 @@ T *WriteFactors(const Roots<T> &roots, std::int64_t first, std::int64_t step, st
     to[count] = root.im;
   }
   return to + count;
-}
-
-// `count` factors number first, first + step, ... as a multiplication of interleaved values takes them: the
-// real parts twice each, then the imaginary ones, negated and as they are.
-template <class T>
-T *WriteTurns(const Roots<T> &roots, std::int64_t first, std::int64_t step, std::int64_t count, T *to) {
-  for (std::int64_t i = 0; i < count; ++i, to += 2) {
-    const auto root = roots(first + step * i);
-    to[0] = to[1] = root.re;
-    to[2 * count] = -root.im;
-    to[2 * count + 1] = root.im;
-  }
-  return to + 2 * count;
 }
 
 // The factors of the middle step of a grid.

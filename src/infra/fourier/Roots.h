@@ -69,6 +69,25 @@ private:
   std::vector<Pair> m_steps, m_strides;
 };
 
+/// Writes an interleaved factor and moves on.
+template <class T> void Write(T *&to, typename Roots<T>::Root root) {
+  *to++ = root.re;
+  *to++ = root.im;
+}
+
+/// `count` factors number first, first + step, ... as a multiplication of interleaved values takes them: the
+/// real parts twice each, then the imaginary ones, negated and as they are.
+template <class T>
+T *WriteTurns(const Roots<T> &roots, std::int64_t first, std::int64_t step, std::int64_t count, T *to) {
+  for (std::int64_t i = 0; i < count; ++i, to += 2) {
+    const auto root = roots(first + step * i);
+    to[0] = to[1] = root.re;
+    to[2 * count] = -root.im;
+    to[2 * count + 1] = root.im;
+  }
+  return to + 2 * count;
+}
+
 } // namespace QORN::fourier
 
 #endif

@@ -45,9 +45,6 @@ template <class T>
 template <int V> struct ComplexReversed {
   static constexpr int At(int i) { return 2 * (V - 1 - i / 2) + i % 2; }
 };
-template <int Part> struct PartTwice {
-  static constexpr int At(int i) { return i / 2 * 2 + Part; }
-};
 struct FirstPair {
   static constexpr int At(int i) { return i % 4 == 0 || i % 4 == 3 ? 0 : 1; }
 };
@@ -69,8 +66,8 @@ template <class T, int V, bool Mirrored>
       const E signs = Alternating<E>(sign, -sign);
       w *= Shuffle<FirstPair, 2 * V>(signs, signs);
     }
-    const E wim = Shuffle<PartTwice<1>, 2 * V>(w, w) * Alternating<E>(T{-1}, T{1});
-    Store(x, Turned(Load<E>(x), Shuffle<PartTwice<0>, 2 * V>(w, w), wim));
+    const E wim = Shuffle<NeighbourTwice<1>, 2 * V>(w, w) * Alternating<E>(T{-1}, T{1});
+    Store(x, Turned(Load<E>(x), Shuffle<NeighbourTwice<0>, 2 * V>(w, w), wim));
   }
 }
 
