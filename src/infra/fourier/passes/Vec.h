@@ -65,22 +65,16 @@ template <class E, class T> [[gnu::always_inline]] inline E Broadcast(T x) { ret
 // instruction. MulAdd of scalars is every kernel's. MulSubAdd takes the difference in lanes 0, 2, 4, ... and
 // the sum in the others, MulAddSub vice versa; where they are no instructions, Interleaved.h has them.
 #if defined(__FMA__)
-#define QORN_FUSED(T, V, width, suffix)                                                                      \
-  [[gnu::always_inline]] inline Vec<T, V> MulAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                    \
-    return _mm##width##_fmadd_##suffix(a, b, c);                                                             \
-  }                                                                                                          \
-  [[gnu::always_inline]] inline Vec<T, V> MulSub(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                    \
-    return _mm##width##_fmsub_##suffix(a, b, c);                                                             \
-  }                                                                                                          \
-  [[gnu::always_inline]] inline Vec<T, V> NegMulAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
-    return _mm##width##_fnmadd_##suffix(a, b, c);                                                            \
-  }                                                                                                          \
-  [[gnu::always_inline]] inline Vec<T, V> MulSubAdd(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
-    return _mm##width##_fmaddsub_##suffix(a, b, c);                                                          \
-  }                                                                                                          \
-  [[gnu::always_inline]] inline Vec<T, V> MulAddSub(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                 \
-    return _mm##width##_fmsubadd_##suffix(a, b, c);                                                          \
+#define QORN_FUSED_AS(name, instruction, T, V, width, suffix)                                                \
+  [[gnu::always_inline]] inline Vec<T, V> name(Vec<T, V> a, Vec<T, V> b, Vec<T, V> c) {                      \
+    return _mm##width##_##instruction##_##suffix(a, b, c);                                                   \
   }
+#define QORN_FUSED(...)                                                                                      \
+  QORN_FUSED_AS(MulAdd, fmadd, __VA_ARGS__)                                                                  \
+  QORN_FUSED_AS(MulSub, fmsub, __VA_ARGS__)                                                                  \
+  QORN_FUSED_AS(NegMulAdd, fnmadd, __VA_ARGS__)                                                              \
+  QORN_FUSED_AS(MulSubAdd, fmaddsub, __VA_ARGS__)                                                            \
+  QORN_FUSED_AS(MulAddSub, fmsubadd, __VA_ARGS__)
 QORN_FUSED(float, 4, , ps)
 QORN_FUSED(double, 2, , pd)
 QORN_FUSED(float, 8, 256, ps)
@@ -90,6 +84,7 @@ QORN_FUSED(float, 16, 512, ps)
 QORN_FUSED(double, 8, 512, pd)
 #endif
 #undef QORN_FUSED
+#undef QORN_FUSED_AS
 [[gnu::always_inline]] inline float MulSub(float a, float b, float c) { return MulAdd(a, b, -c); }
 [[gnu::always_inline]] inline double MulSub(double a, double b, double c) { return MulAdd(a, b, -c); }
 [[gnu::always_inline]] inline float NegMulAdd(float a, float b, float c) { return MulAdd(-a, b, c); }
