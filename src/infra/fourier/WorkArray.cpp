@@ -18,11 +18,11 @@ constexpr int kLeast = 1 << 10, kLarge = 64 << 10, kMost = 8 << 20;
 // Memory that waits. Whoever finds a place in use goes on to the next one: nobody waits for another thread.
 class Place {
 public:
-  // Of at least `size` bytes and not of many more, or none.
+  // Of at least `size` bytes, or none.
   WorkBytes Take(int size) {
     WorkBytes taken;
     IfFree([&] {
-      if (m_bytes.GetSize() >= size && m_bytes.GetSize() / 4 <= size) taken = std::move(m_bytes);
+      if (m_bytes.GetSize() >= size) taken = std::move(m_bytes);
     });
     return taken;
   }
