@@ -3,6 +3,7 @@
 #if defined(QORN_PEER_FFTW)
 
 #include <cstddef>
+#include <cstdlib>
 #include <map>
 #include <tuple>
 
@@ -38,7 +39,9 @@ template <class T> struct Fftw<T>::Data {
     if (plans.empty()) Api::ReadWisdom(kWisdom);
     auto &known = plans[{length, real, way}];
     if (known == nullptr) {
-      known = Make(length <= 1 << 17 ? FFTW_PATIENT : FFTW_MEASURE);
+      const bool isPatient = length <= 1 << 17 || std::getenv("QORN_BENCH_PATIENT") != nullptr;
+      known = Make(isPatient ? FFTW_PATIENT : FFTW_PATIENT | FFTW_WISDOM_ONLY);
+      if (known == nullptr) known = Make(FFTW_MEASURE);
       Api::WriteWisdom(kWisdom);
     }
     return known;

@@ -17,9 +17,10 @@ namespace peers {
 /// A transform of `length` values, complex, or real with all bins. Arrays hold interleaved complex values,
 /// the real side of a real transform plain ones. InPlace is a forward complex transform.
 ///
-/// Planned once per process for a length and way: with FFTW_PATIENT up to 2^17 points, with FFTW_MEASURE
-/// above, where patience takes minutes. What the planner learned stays in the build folder: the next process
-/// begins there. Input is preserved, as by the library, and nothing is scaled.
+/// Planned once per process for a length and way: with FFTW_PATIENT up to 2^17 points; above, where patience
+/// takes minutes, if the environment has QORN_BENCH_PATIENT, and else as it was planned before, or with
+/// FFTW_MEASURE. What the planner learned stays in the build folder: the next process begins there. Input is
+/// preserved, as by the library, and nothing is scaled.
 template <class T> class Fftw {
 public:
   Fftw(int length, bool real, Way way = Way::Forward);
