@@ -31,12 +31,23 @@ struct Method {
   int whole, block;
   bool IsDirect() const { return whole == 0 && block == 0; }
 };
+// Where few products meet, blocks of long taps leave many outputs in doubt: so many at either end of a
+// convolution are computed by themselves.
+template <class T> Index EndOf(int taps) {
+  return std::is_same_v<T, double> && taps >= 512 ? std::max(taps / 8, 192) : 0;
+}
+template <class T> double EndsCost(int taps) {
+  const Index end = EndOf<T>(taps);
+  double cost = std::numeric_limits<double>::infinity();
+  return end > 0 && fourier::WholeLength<T>(end, end, cost) != 0 ? 2 * cost : 0;
+}
+
 template <class T> Method Choose(int taps, int len, Index outputs, double terms) {
   Method method{};
   if (taps < fourier::kLeastTaps) return method;
   double cost = fourier::DirectCost<T>(taps, outputs, terms);
-  if constexpr (!std::is_same_v<T, double>) method.whole = fourier::WholeLength<T>(taps, len, cost);
-  method.block = fourier::BlockLength<T>(taps, outputs, cost);
+  method.whole = fourier::WholeLength<T>(taps, len, cost);
+  method.block = fourier::BlockLength<T>(taps, outputs, cost - EndsCost<T>(taps));
   if (method.block != 0) method.whole = 0;
   return method;
 }
@@ -60,12 +71,14 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
   const Index outputs = static_cast<Index>(len1) + len2 - 1;
   const Method method = Choose<T>(len1, len2, outputs, static_cast<double>(len1) * len2);
   if (method.IsDirect()) return direct(src1, len1, src2, len2, dst);
-  if constexpr (std::is_same_v<T, float>) {
-    if (method.whole != 0 && fourier::ConvolveWhole(src1, len1, src2, len2, dst, method.whole)) return;
-  }
+  if (method.whole != 0 && fourier::ConvolveWhole(src1, len1, src2, len2, dst, method.whole)) return;
   const fourier::WorkArray<T> taps(len1, fourier::Life::kCall);
   Reverse(src1, len1, taps.Data());
-  Run<T>({taps.Data(), len1, src2, len2, 0, outputs, dst}, method);
+  const Index end = EndOf<T>(len1);
+  if constexpr (std::is_same_v<T, double>) {
+    if (end > 0) fourier::ConvolveEnds(src1, len1, src2, len2, dst, end, end);
+  }
+  Run<T>({taps.Data(), len1, src2, len2, end, outputs - 2 * end, dst + end}, method);
 }
 
 template <class T>

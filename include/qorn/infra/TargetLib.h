@@ -586,14 +586,14 @@ public:
   /// them:
   /// - direct sums, where the shorter source has fewer than 32 elements, or where the number of products is
   ///   small. These allocate nothing. Each result depends on its own operands alone.
-  /// - one transform of each source as a whole, of float sources alone, where that is estimated as the least
-  ///   work: of equal lengths from some 100 by 100 elements on (35 for 32fc).
-  /// - transforms of overlapping blocks (overlap-save), where these are: from about 65 (35 for 32fc, 150 for
-  ///   64f) elements on if the other source is long, and for 64f from some 600 by 600 on.
+  /// - one transform of each source as a whole, where that is estimated as the least work: of equal lengths
+  ///   from some 100 by 100 elements on (35 for 32fc, 130 for 64f).
+  /// - transforms of overlapping blocks (overlap-save), where these are: from about 65 (35 for 32fc, 100 for
+  ///   64f) elements on if the other source is long.
   /// Results that the rounding errors of transforms could have spoiled, quiet ones beside loud ones, are
   /// found by bounds and computed again, in blocks or directly. So results without a nonzero product are
   /// exactly 0, and what is not finite shows where it would by direct sums and nowhere else; where the
-  /// shorter source is not finite, or squares of doubles leave the range, the sums are direct. The last bits
+  /// shorter source is not finite, or squares of doubles or of results leave the range, the sums are direct. The last bits
   /// of a result may depend on its place. QORNException 11001 if there is no memory. The factors of the
   /// transforms stay with the process, and up to 33 MiB of work memory for the next call.
   ///@{

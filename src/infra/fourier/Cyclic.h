@@ -39,17 +39,32 @@ struct CyclicSteps {
   const double *columnTurns;   ///< for each W columns b, for each k'' >= 1, the W factors above
 };
 
-/// A convolution with taps.
+/// A convolution with taps. Doubles are cut in two parts, x = x1 + x2 and taps = h1 + h2, of which x1 and h1
+/// are whole multiples of a step each, and the results are x1 * h1 and the rest, x1 * h2 + x2 * (h1 + h2).
 struct Cyclic {
   const CyclicSteps *plan;
-  const double *spectrum; ///< that of the taps divided by N, in the order of its use: 2 N scalars
-  double *scratch;        ///< 2 N scalars
+  const double *spectrum; ///< that of the taps divided by N, in the order of its use: 2 N scalars, or 4 N
+  double *scratch;        ///< 2 N scalars, of doubles 4 N: their parts' strips take turns
+};
+
+/// Two real signals of N doubles each, and where their results from number `first` on go.
+struct CyclicPair {
+  const double *x0, *x1;
+  double *dst0, *dst1;
+  std::ptrdiff_t first, count0, count1;
 };
 
 /// What a cyclic convolution tells of its values and results.
 struct CyclicFigures {
   double energy;   ///< the sum of all values' squares, but for the transform's errors
   double smallest; ///< the smallest magnitude of the results' parts that were wanted
+};
+
+/// The same of doubles. The energies are those of x2 and, without the errors of the inverse transform, of
+/// all results x1 * h1 and of the rest.
+struct CyclicParts {
+  double low, coarse, rest;
+  double smallest;
 };
 
 } // namespace QORN::fourier

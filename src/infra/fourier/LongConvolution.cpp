@@ -2,10 +2,10 @@
 // is a fraction of the norms of the block and the taps; but each output is promised an error of at most 8 u
 // times its own S = sum of |tap| |x|, u being half the operands' eps. So every block has a rigorous bound E
 // of its errors, and an output stands if its S is at least E / 7 u. The rest of 8 u is that of its own
-// rounding. That is told from lower bounds of S: the output itself, then a few products of large operands.
-// What is left is zero if no input lies under the taps, else it is computed again: a long stretch by a
-// transform of its own inputs alone, which do not have the loud ones that its block had, a short one
-// directly.
+// rounding. That is told from lower bounds of S: the output itself, how many large operands must meet
+// (Magnitudes.h), then a few products of large operands. What is left is zero if no input lies under the
+// taps, else it is computed again: a long stretch by a transform of its own inputs alone, which do not have
+// the loud ones that its block had, a short one directly.
 //
 // Floats are transformed in double, so that E is far below what they are promised. Doubles are cut in two:
 // x = x1 + x2, taps = h1 + h2, where x1 and h1 are whole multiples of steps so coarse that the convolution of
@@ -37,12 +37,12 @@
 //   are two without one: 6.9 u, 14.5 u and 7.9 u.
 // So a step has, with the factor behind it, 5.2 u, 8.9 u, 12.6 u, 9.1 u, 16.7 u, 10.1 u, 18.2 u, 17.7 u or
 // 11.1 u for radix 4, 8, 16, 3, 5, 6, 9, 10 or 12, which is below c log2(radix) u: each of 4, 8 or 16 leaves
-// 2.8 u or more. The last one has no factor behind it. That is all for floats (Cyclic.h). Doubles go through
-// plans of any way. In two sweeps of strips (FourStep.h) there may be two factors between the first two
-// steps, for which the last one makes up. In tiles (Passes.h), of 2^20 points at least, up to two steps may
-// be of radix 2, which has 4.2 u, and the factors between the lines, products of two rounded ones, have 3.2 u
-// more: together less than two others leave. And the scale 1 / N, where it is not exact, has u, which is less
-// than any step leaves of c = 8.
+// 2.8 u or more. The last one has no factor behind it. That is all for blocks (Cyclic.h). Whole operands
+// (WholeCorrelation.h) go through plans of any way. In two sweeps of strips (FourStep.h) there may be two
+// factors between the first two steps, for which the last one makes up. In tiles (Passes.h), of 2^20 points
+// at least, up to two steps may be of radix 2, which has 4.2 u, and the factors between the lines, products
+// of two rounded ones, have 3.2 u more: together less than two others leave. And the scale 1 / N, where it is
+// not exact, has u, which is less than any step leaves of c = 8.
 #include "LongConvolution.h"
 
 #include <algorithm>
@@ -50,8 +50,11 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 
+#include "Magnitudes.h"
 #include "Operands.h"
 #include "OverlapSave.h"
 #include "infra/Errors.h"
@@ -81,27 +84,23 @@ template <class T> constexpr double kBeside = sizeof(T) == sizeof(float) ? 0.2 :
 // What an output near an end of the signal takes more than another one.
 template <class T> constexpr double kPerEdge = Element<T>::kParts == 1 ? 1.5 : 4.5;
 
-// A pair of real blocks, or a complex one, there and back. The taps take half of it.
-template <class T> double RunCost(double length) {
-  const double log2 = std::log2(length);
-  if constexpr (std::is_same_v<T, double>) {
-    // Of the nearer caches, and of all.
-    const double outside = length <= 8192     ? 1
-                           : length <= 16384  ? 1.2
-                           : length <= 32768  ? 1.7
-                           : length <= 262144 ? 2
-                                              : 3.5;
-    return (0.75 * log2 - 2.3) * outside * length;
-  } else {
-    constexpr double kPerRun = 80;
-    const double outside = length <= 8192     ? 1
-                           : length <= 131072 ? 1.2
-                           : length <= 262144 ? 1.4
-                           : length <= 524288 ? 2.2
-                                              : 3.2;
-    const bool odd = std::fmod(length, 9) == 0 || std::fmod(length, 5) == 0; // their steps take longer
-    return kPerRun + (odd ? 1.04 : 1) * (0.38 + 0.1 * log2) * outside * length;
-  }
+// A pair of real blocks, or a complex one, there and back. The taps take half of it. Doubles are two such
+// blocks, and their outputs are nearer to what can be told.
+template <class T> double RunCost(Index length) {
+  constexpr bool kTwice = std::is_same_v<T, double>;
+  constexpr double kPerRun = 80;
+  const Index size = kTwice ? 2 * length : length;
+  const double outside = size <= 8192     ? 1
+                         : size <= 131072 ? 1.2
+                         : size <= 262144 ? 1.4
+                         : size <= 524288 ? 2.2
+                                          : 3.2;
+  // Steps of 5 and 9 points take longer, and samples that lie pages apart push each other out of the nearest
+  // cache, until they leave it anyway.
+  const bool odd = length % 9 == 0 || length % 5 == 0, paged = size % 8192 == 0 && size <= 32768;
+  const double perPoint = (odd ? 1.04 : 1) * (paged ? 1.1 : 1) * (0.38 + 0.1 * Log2(length)) * outside;
+  const double once = kPerRun + perPoint * static_cast<double>(length);
+  return kTwice ? 2.5 * once : once;
 }
 
 // To get and to free the memory.
@@ -132,10 +131,8 @@ public:
   Job(const T *taps, int tapCount, int length, Life life)
       : m_life(life), m_job{taps, tapCount, nullptr, 0, 0, 0, nullptr}, m_last(tapCount - 1),
         m_engine(length, tapCount, life), m_error(TransformError(length)) {
-    // Doubles have two spectra more and a second block; then come the windows, which take two blocks of
-    // reals.
-    const Index n = m_engine.Length(), extra = kSplit ? 6 * n : 0;
-    m_work = WorkArray<double>(extra + 2 * n, life);
+    const Index n = m_engine.Length();
+    m_work = WorkArray<double>(2 * n, life);
     m_usable = SetTaps();
     if (life == Life::kCall) return;
     SetSizes();
@@ -217,37 +214,13 @@ private:
     return true;
   }
 
-  // The relative error of a transform.
-  static double TransformError(int length) {
-    const bool isPower = (length & (length - 1)) == 0;
-    return (isPower ? 4 : 8) * CeilLog2(length) * kUnit;
-  }
-
-  double *Low() const { return m_work.Data(); }
-  double *FineSpectrum() const { return m_work.Data() + 2 * static_cast<Index>(m_engine.Length()); }
-  double *AllSpectrum() const { return m_work.Data() + 4 * static_cast<Index>(m_engine.Length()); }
   Part *WindowMemory(Index which) const {
-    const Index n = m_engine.Length();
-    return reinterpret_cast<Part *>(m_work.Data() + (kSplit ? 6 * n : 0)) + which * n;
+    return reinterpret_cast<Part *>(m_work.Data()) + which * m_engine.Length();
   }
 
   // The bound of the errors, given the norms of a block and of the taps.
   double Bound(double norm, double tapNorm, double gain) const {
     return CyclicBound(m_error, norm, tapNorm, norm * gain);
-  }
-
-  static double Gain(const double *spectrum, Index n) {
-    double largest = 0;
-    for (Index k = 0; k < n; ++k) {
-      const double re = spectrum[2 * k], im = spectrum[2 * k + 1];
-      largest = std::max(largest, re * re + im * im);
-    }
-    return std::sqrt(largest);
-  }
-
-  // Squares of doubles must neither overflow nor vanish.
-  static bool InRange(double energy) {
-    return kSplit ? energy > 1e-200 && energy < 1e200 : std::isfinite(energy);
   }
 
   // Only outputs that do not speak for themselves ask for these.
@@ -265,30 +238,23 @@ private:
   bool SetTaps() {
     const Index n = m_engine.Length(), taps = m_engine.Taps();
     const double energy = Energy(reinterpret_cast<const Part *>(m_job.taps), taps * kParts);
-    if (!InRange(energy)) return false;
+    if (!InRange<T>(energy)) return false;
     m_norm = std::sqrt(energy) * (1 + 1e-6);
 
     if constexpr (kSplit) {
       FindLargeTaps();
-      double *const h = m_engine.Block();
+      double *const h = WindowMemory(0);
       m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
       const double magic = 0x1.8p52 * m_tapStep;
-      double *const fine = FineSpectrum(), *const all = AllSpectrum();
       double fineEnergy = 0;
       for (Index i = 0; i < taps; ++i) {
-        const double tap = TapAt(i), coarse = (tap + magic) - magic;
-        h[2 * i] = coarse;
-        h[2 * i + 1] = 0;
-        fine[2 * i] = tap - coarse;
-        fine[2 * i + 1] = 0;
-        fineEnergy += fine[2 * i] * fine[2 * i];
+        h[i] = TapAt(i);
+        const double fine = h[i] - ((h[i] + magic) - magic);
+        fineEnergy += fine * fine;
       }
-      m_engine.SetTaps(h);
-      std::fill(fine + 2 * taps, fine + 2 * n, 0.0);
-      m_engine.Forward(fine, fine);
-      for (Index k = 0; k < 2 * n; ++k) all[k] = m_engine.Spectrum()[k] + fine[k];
+      std::fill(h + taps, h + n, 0.0);
+      m_engine.SetTaps(h, magic);
       m_fineNorm = std::sqrt(fineEnergy) * (1 + 1e-6);
-      m_gain = Gain(m_engine.Spectrum(), n) * (1 + 1e-6);
     } else {
       float *const h = m_engine.NewTaps();
       for (Index i = 0; i < taps; ++i) {
@@ -297,8 +263,8 @@ private:
         h[2 * i + 1] = static_cast<float>(Im(tap));
       }
       m_engine.SetTaps();
-      m_gain = m_engine.Gain() * (1 + 1e-6);
     }
+    m_gain = m_engine.Gain() * (1 + 1e-6);
     return true;
   }
 
@@ -347,7 +313,8 @@ private:
   void TakeOutExtremes(const Part *(&windows)[2], bool (&dirty)[2], double (&energies)[2],
                        Outputs (&pair)[2]) {
     for (Index i = 0; i < kPairs; ++i) {
-      if (InRange(energies[i]) || AllZero(windows[i])) continue;
+      if (AllZero(windows[i]) || (InRange<T>(energies[i]) && InRange<T>(energies[i] * m_norm * m_norm)))
+        continue;
       Directly(pair[i]);
       pair[i].count = 0;
       windows[i] = Window(i, pair[i]);
@@ -363,12 +330,13 @@ private:
     for (Index i = 0; i < kPairs; ++i) windows[i] = Window(i, pair[i]);
 
     Index below[2] = {};
-    double energies[2] = {}, energy = 0, least = 0;
+    double energies[2] = {}, energy = 0, least = 0, smallest = 0;
     if constexpr (kSplit) {
       Clean(windows, dirty, energies);
       TakeOutExtremes(windows, dirty, energies, pair);
       energy = energies[0] + energies[1];
-      if (energy != 0) least = TransformDoubles(windows, std::sqrt(energy) * (1 + 1e-6), pair, below);
+      if (energy != 0)
+        std::tie(smallest, least) = TransformDoubles(windows, std::sqrt(energy) * (1 + 1e-6), pair);
     } else {
       CyclicFigures figures = TransformFloats(windows, pair);
       if (!std::isfinite(figures.energy)) {
@@ -376,11 +344,14 @@ private:
         figures = TransformFloats(windows, pair);
       }
       energy = figures.energy;
+      smallest = figures.smallest;
       least = Bound(std::sqrt(energy) * (1 + 1e-6), m_norm, m_gain) / kShare<T>;
-      for (Index i = 0; figures.smallest < least && i < kPairs; ++i) {
-        const T *const dst = Target(pair[i].first);
-        below[i] = std::count_if(dst, dst + pair[i].count, [&](T x) { return Size(x) < least; });
-      }
+    }
+    Known known[2];
+    for (Index i = 0; smallest < least && i < kPairs; ++i) {
+      if (kSplit && !dirty[i] && energies[i] != 0)
+        known[i] = Known(*this, pair[i].first, windows[i], std::sqrt(energies[i]), least);
+      below[i] = CountDoubtful(pair[i], least, known[i]);
     }
     if (energy == 0) {
       for (Index i = 0; i < kPairs; ++i) std::fill_n(Target(pair[i].first), pair[i].count, T{});
@@ -392,49 +363,96 @@ private:
     }
     Stretches stretches[2];
     for (Index i = 0; i < kPairs; ++i) {
-      if (below[i] > 0 || dirty[i]) FindUnproven(pair[i], least, dirty[i], sums, stretches[i]);
+      if (below[i] > 0 || dirty[i]) FindUnproven(pair[i], least, dirty[i], sums, known[i], stretches[i]);
       if (sums.sums != nullptr) ++sums.sums;
     }
     for (Index i = 0; i < kPairs; ++i) Again(stretches[i], dirty[i], depth);
   }
 
-  // Writes the outputs and counts those that are below the returned magnitude, from which on they stand.
-  // For T = double alone.
-  double TransformDoubles(const Part *const (&windows)[2], double norm, const Outputs (&pair)[2],
-                          Index (&below)[2]) {
+  // Tells for groups of a block's outputs whether many of their products are known to be large. For doubles,
+  // which alone are close enough to their bound to ask for it.
+  class Known {
+  public:
+    Known() = default;
+    Known(Job &job, Index first, const double *window, double norm, double least)
+        : m_taps(&job.TapSizes()),
+          m_sizes(window, job.m_engine.Length(), norm, Life::kCall), m_group{first,
+                                                                             job.m_last < 512 ? 64 : 128,
+                                                                             job.m_last + 1,
+                                                                             true,
+                                                                             job.m_job.len,
+                                                                             first - job.m_last},
+          m_first(first), m_least(least) {}
+    Known(Job &, Index, const float *, double, double) {}
+
+    // Behind the group of output n; there is but one if nothing is known.
+    Index GroupEnd(Index n) const {
+      if (m_taps == nullptr) return std::numeric_limits<Index>::max();
+      return n + m_group.count - (n - m_first) % m_group.count;
+    }
+
+    // The first output behind n's group if that stands, else n.
+    Index Behind(Index n) {
+      if (m_taps == nullptr) return n;
+      const Index behind = GroupEnd(n);
+      m_group.first = behind - m_group.count;
+      if (m_group.first == m_doubtful) return n;
+      if (Magnitudes::AllReach(m_least, m_group, *m_taps, m_sizes)) return behind;
+      m_doubtful = m_group.first;
+      return n;
+    }
+
+  private:
+    const Magnitudes *m_taps = nullptr; // none: nothing is known
+    Magnitudes m_sizes;
+    Magnitudes::Outputs m_group{};
+    Index m_first = 0, m_doubtful = -1;
+    double m_least = 0;
+  };
+
+  const Magnitudes &TapSizes() {
     if constexpr (kSplit) {
-      const Index n = m_engine.Length();
-      double *const block = m_engine.Block(), *const valid = block + 2 * m_last, *const low = Low();
+      if (!m_tapSizes) m_tapSizes.emplace(m_job.taps, m_last + 1, m_norm, m_life);
+    }
+    return *m_tapSizes;
+  }
+
+  // The number of outputs below `least` but for those that are known to stand.
+  Index CountDoubtful(Outputs outputs, double least, Known &known) const {
+    const Index end = outputs.first + outputs.count;
+    Index count = 0;
+    for (Index n = outputs.first; n < end;) {
+      const Index behind = known.Behind(n), stop = std::min(known.GroupEnd(n), end);
+      if (behind == n) count += std::count_if(Target(n), Target(stop), [&](T x) { return Size(x) < least; });
+      n = stop;
+    }
+    return count;
+  }
+
+  // Writes the outputs. Returns their smallest magnitude, and that from which on they stand. For T = double
+  // alone.
+  std::pair<double, double> TransformDoubles(const Part *const (&windows)[2], double norm,
+                                             const Outputs (&pair)[2]) {
+    if constexpr (kSplit) {
+      const CyclicPair job{windows[0], windows[1],    Target(pair[0].first), Target(pair[1].first),
+                           m_last,     pair[0].count, pair[1].count};
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
-      double gain = std::min(m_gain, 4 * m_norm), error = 0, magic = 0;
-      for (bool exact = false; !exact; gain = m_gain) {
+      for (double gain = std::min(m_gain, 4 * m_norm);; gain = m_gain) {
         // Half a step is to be above the error of the coarse product, whose factors' norms are at most twice
         // the whole ones'.
         const double coarse = Bound(2 * norm, m_norm + m_fineNorm, gain);
         const double step = std::ldexp(1.0, std::ilogb(2.1 * coarse / m_tapStep) + 1);
-        magic = 0x1.8p52 * step;
-        const double lowNorm =
-            std::sqrt(active->ConvSplit_64f(windows[0], windows[1], block, low, n, magic)) * (1 + 1e-6);
-        m_engine.Forward(block, block);
-        m_engine.Forward(low, low);
-        active->ConvSumOfProducts_64f(block, FineSpectrum(), low, AllSpectrum(), low, n);
-        active->FourierProduct_64f(block, m_engine.Spectrum(), block, n, false, false);
-        m_engine.Inverse(block, block);
-        m_engine.Inverse(low, low);
-        exact = gain == m_gain || std::sqrt(Energy(block, 2 * n)) <= (1 - 1e-6) * 2 * norm * gain;
+        const CyclicParts got = m_engine.Run(job, 0x1.8p52 * step, 0x1.8p52 * step * m_tapStep);
+        if (gain != m_gain && std::sqrt(got.coarse) > (1 - 1e-6) * 2 * norm * gain) continue;
         // What the inverse transform adds is told by the norm of what it gave.
-        error = Bound(norm + lowNorm, m_fineNorm, 0) + Bound(lowNorm, m_norm + m_fineNorm, 0) +
-                m_error * std::sqrt(Energy(low, 2 * n)) * (1 + 1e-6);
+        const double low = std::sqrt(got.low) * (1 + 1e-6);
+        const double error = Bound(norm + low, m_fineNorm, 0) + Bound(low, m_norm + m_fineNorm, 0) +
+                             m_error * std::sqrt(got.rest) * (1 + 1e-6);
+        return {got.smallest, error / kShare<T>};
       }
-      const double least = error / kShare<T>;
-      for (Index i = 0; i < kPairs; ++i) {
-        below[i] = active->ConvJoin_64f(valid + i, low + 2 * m_last + i, Target(pair[i].first), pair[i].count,
-                                        magic * m_tapStep, least);
-      }
-      return least;
     } else {
-      return 0;
+      return {};
     }
   }
 
@@ -555,23 +573,10 @@ private:
     }
   };
 
-  // The number of outputs before the first one whose size is not at least `least`.
-  static Index CountLarge(const T *outputs, Index count, double least) {
-    if constexpr (kSplit) {
-      return active->ConvLarge_64f(outputs, count, least);
-    } else {
-      auto limit = static_cast<float>(least);
-      if (static_cast<double>(limit) < least)
-        limit = std::nextafter(limit, std::numeric_limits<float>::max());
-      const auto *const parts = reinterpret_cast<const float *>(outputs);
-      return kParts == 1 ? active->ConvLarge_32f(parts, count, limit)
-                         : active->ConvLarge_32fc(parts, count, limit);
-    }
-  }
-
   // Goes through the outputs that are not above `least` and finds those that are to be computed again. Where
   // the block was dirty, the results of infinities and not-a-numbers are not in yet.
-  void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Stretches &again) {
+  void FindUnproven(Outputs outputs, double least, bool dirty, const SizeSums &sums, Known &known,
+                    Stretches &again) {
     Operand inputs[kLarge];
     int inputCount = -1;
     const Index never = -1 - m_last, end = outputs.first + outputs.count;
@@ -583,6 +588,10 @@ private:
       T &result = *Target(n);
       const bool large = Size(result) >= least;
       if (large && !dirty) continue;
+      if (const Index behind = known.Behind(n); behind != n) {
+        n = behind - 1;
+        continue;
+      }
       const Index i = n - outputs.first, begin = n - m_last;
       if (!dirty && sums.sums != nullptr &&
           sums.scale * static_cast<double>(sums.sums[2 * i]) - sums.error >= least) {
@@ -640,19 +649,20 @@ private:
   Correlation<T> m_job;
   Index m_last; // the place of the last tap
   // With the taps, or their coarse part.
-  std::conditional_t<kSplit, OverlapSave<double>, FloatOverlapSave> m_engine;
+  std::conditional_t<kSplit, DoubleOverlapSave, FloatOverlapSave> m_engine;
   double m_error; // of a transform, relative
   double m_norm = 0, m_gain = 0;
   Operand m_large[kLarge]; // the largest taps
   int m_largeCount = 0;
   WorkArray<double> m_work;
-  bool m_usable = false;                     // for finite taps
-  WorkArray<float> m_apart;                  // the parts of a complex signal and their outputs
-  std::optional<OverlapSave<float>> m_sizes; // with the magnitudes of the taps
+  bool m_usable = false;              // for finite taps
+  WorkArray<float> m_apart;           // the parts of a complex signal and their outputs
+  std::optional<OverlapSave> m_sizes; // with the magnitudes of the taps
   double m_sizeGain = 0;
 
   // Of doubles.
   double m_tapStep = 0, m_fineNorm = 0;
+  std::optional<Magnitudes> m_tapSizes;
 };
 
 template <class T>
@@ -692,12 +702,9 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
     for (const Index odd : {8, 9, 10, 12}) {
       const Index length = (Index{1} << k) / 8 * odd, step = length - taps + 1;
       if (step < 1 || length > kLongest || length % 64 != 0) continue;
-      // Powers of two have the lower bound of errors, on which doubles depend more.
-      if (odd != 8 && std::is_same_v<T, double>) continue;
       const Index blocks = (outputs + step - 1) / step;
       const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
-      const double cost =
-          (static_cast<double>(runs) + 0.5) * RunCost<T>(static_cast<double>(length)) + kPerCall;
+      const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(length) + kPerCall;
       if (cost < least) {
         least = cost;
         best = static_cast<int>(length);
@@ -720,8 +727,7 @@ template <class T> int StreamLength(std::ptrdiff_t taps) {
     for (const Index odd : {8, 9, 10, 12}) {
       const Index length = power / 8 * odd, step = length - taps + 1;
       if (step < 1 || length % 64 != 0) continue;
-      const double cost =
-          static_cast<double>((outputs + step - 1) / step) * RunCost<T>(static_cast<double>(length));
+      const double cost = static_cast<double>((outputs + step - 1) / step) * RunCost<T>(length);
       if (cost < least) {
         least = cost;
         best = static_cast<int>(length);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 #include "infra/kernels/Levels.h"
 #include "qorn/infra/Cplx.h"
@@ -57,6 +58,38 @@ inline constexpr double kUnit = 0x1p-53;
 
 /// ceil(log2 n), n >= 1.
 constexpr int CeilLog2(int n) { return static_cast<int>(std::bit_width(static_cast<unsigned>(n - 1))); }
+
+/// log2 of 2^k times 1, 3, 5 or 9.
+inline double Log2(std::ptrdiff_t n) {
+  constexpr double kOdd[] = {0, 0, 0, 1.584962500721156, 0, 2.321928094887362, 0, 0, 0, 3.169925001442312};
+  const int power = std::countr_zero(static_cast<std::size_t>(n));
+  return power + kOdd[n >> power];
+}
+
+/// The relative error of a complex transform in double; see LongConvolution.cpp.
+constexpr double TransformError(int length) {
+  const bool isPower = (length & (length - 1)) == 0;
+  return (isPower ? 4 : 8) * CeilLog2(length) * kUnit;
+}
+
+/// Whether operands of this sum of squares can be trusted to transforms, or results of the product of two
+/// such sums: the squares of doubles must neither overflow nor vanish.
+template <class T> bool InRange(double energy) {
+  return std::is_same_v<T, double> ? energy > 1e-200 && energy < 1e200 : std::isfinite(energy);
+}
+
+/// The number of values before the first one whose size is not at least `least`.
+template <class T> std::ptrdiff_t CountLarge(const T *x, std::ptrdiff_t count, double least) {
+  if constexpr (std::is_same_v<T, double>) {
+    return kernels::active->ConvLarge_64f(x, count, least);
+  } else {
+    auto limit = static_cast<float>(least);
+    if (static_cast<double>(limit) < least) limit = std::nextafter(limit, std::numeric_limits<float>::max());
+    const auto *const parts = reinterpret_cast<const float *>(x);
+    return Element<T>::kParts == 1 ? kernels::active->ConvLarge_32f(parts, count, limit)
+                                   : kernels::active->ConvLarge_32fc(parts, count, limit);
+  }
+}
 
 /// The share of 8 units of an operand's sum of magnitudes that transforms may err by: 7 units, and a little
 /// less for what is not written out. The eighth is that of the result's own rounding.

@@ -34,38 +34,32 @@ template <class P> struct Slots {
 };
 template <class P> Slots<P> plans;
 
-template <class T> auto Product();
-template <> auto Product<float>() { return kernels::active->FourierProduct_32f; }
-template <> auto Product<double>() { return kernels::active->FourierProduct_64f; }
-
 } // namespace
 
 template <class P> const P &SharedPlan(int length) {
   return plans<P>.Get(length, [=] { return P::Make(length); });
 }
 
-template <class T>
-OverlapSave<T>::OverlapSave(int length, int taps, Life life)
-    : m_plan(&SharedPlan<ComplexPlan<T>>(length)), m_taps(taps),
-      m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(T)),
+OverlapSave::OverlapSave(int length, int taps, Life life)
+    : Blocks(length, taps),
+      m_work(std::ptrdiff_t{4} * length + static_cast<std::ptrdiff_t>(m_plan->ScratchBytes() / sizeof(float)),
              std::ptrdiff_t{2} * length, life) {}
 
-template <class T> void OverlapSave<T>::SetTaps(const T *h) {
-  T *const spectrum = m_work.Data();
-  T *const end = std::copy_n(h, 2 * static_cast<std::ptrdiff_t>(m_taps), spectrum);
-  std::fill(end, spectrum + 2 * static_cast<std::ptrdiff_t>(Length()), T{0});
-  Forward(spectrum, spectrum);
+void OverlapSave::SetTaps(const float *h) {
+  float *const spectrum = m_work.Data();
+  float *const end = std::copy_n(h, 2 * static_cast<std::ptrdiff_t>(m_taps), spectrum);
+  std::fill(end, spectrum + 2 * static_cast<std::ptrdiff_t>(Length()), 0.0F);
+  m_plan->Forward(spectrum, spectrum, Scratch(), 1.0F);
 }
 
-template <class T> void OverlapSave<T>::Run() {
-  Forward(Block(), Block());
-  Product<T>()(Block(), Spectrum(), Block(), Length(), false, false);
-  Inverse(Block(), Block());
+void OverlapSave::Run() {
+  m_plan->Forward(Block(), Block(), Scratch(), 1.0F);
+  kernels::active->FourierProduct_32f(Block(), m_work.Data(), Block(), Length(), false, false);
+  m_plan->Inverse(Block(), Block(), Scratch(), 1.0F / static_cast<float>(Length()));
 }
 
 FloatOverlapSave::FloatOverlapSave(int length, int taps, Life life)
-    : m_plan(&SharedPlan<CyclicPlan>(length)), m_taps(taps),
-      m_work(std::ptrdiff_t{4} * length, std::ptrdiff_t{2} * length, life) {}
+    : Blocks(length, taps), m_work(std::ptrdiff_t{4} * length, std::ptrdiff_t{2} * length, life) {}
 
 Cyclic FloatOverlapSave::Job() const {
   return {&m_plan->Steps(), m_work.Data(), m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length())};
@@ -85,8 +79,21 @@ CyclicFigures FloatOverlapSave::Run(const float *x0, const float *x1, float *dst
   return kernels::active->FourierCyclic_32f(Job(), x0, x1, dst0, dst1, m_taps - 1, count0, count1);
 }
 
-template class OverlapSave<float>;
-template class OverlapSave<double>;
+DoubleOverlapSave::DoubleOverlapSave(int length, int taps, Life life)
+    : Blocks(length, taps), m_work(std::ptrdiff_t{8} * length, std::ptrdiff_t{4} * length, life) {}
+
+Cyclic DoubleOverlapSave::Job() const {
+  return {&m_plan->Steps(), m_work.Data(), m_work.Data() + 4 * static_cast<std::ptrdiff_t>(Length())};
+}
+
+void DoubleOverlapSave::SetTaps(const double *h, double magic) {
+  m_gain = std::sqrt(kernels::active->FourierSpectrum_64f(Job(), h, magic, m_work.Data()));
+}
+
+CyclicParts DoubleOverlapSave::Run(const CyclicPair &pair, double magic, double product) {
+  return kernels::active->FourierCyclic_64f(Job(), pair, magic, product);
+}
+
 template const ComplexPlan<float> &SharedPlan<ComplexPlan<float>>(int);
 template const ComplexPlan<double> &SharedPlan<ComplexPlan<double>>(int);
 template const RealPlan<double> &SharedPlan<RealPlan<double>>(int);

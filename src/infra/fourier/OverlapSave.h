@@ -16,55 +16,52 @@ namespace QORN::fourier {
 /// QORNException 11001 if there is no memory for it.
 template <class P> const P &SharedPlan(int length);
 
-/// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps:
+/// The blocks of overlap-save: their length, taps, and outputs.
+template <class P> class Blocks {
+public:
+  int Length() const { return m_plan->Length(); }
+  int Taps() const { return m_taps; }
+  int Step() const { return Length() - m_taps + 1; }
+
+protected:
+  Blocks(int length, int taps) : m_plan(&SharedPlan<P>(length)), m_taps(taps) {}
+
+  const P *m_plan; // belongs to the process
+  int m_taps;
+};
+
+/// N complex values at a time, N as SharedPlan has it, are convolved with M <= N taps, in float:
 ///   block[n] := sum over i of h[i] block[n - i], 0 <= i < M, indices modulo N.
 /// From n = M - 1 on nothing is wrapped around: these Step() = N - M + 1 values are outputs of the filter,
 /// and the first M - 1 inputs of a block are the last ones of the block before. With real taps, the real and
 /// the imaginary parts are two real signals that do not meet. Copies are clones. Allocates when it is made,
 /// and not afterwards.
-template <class T> class OverlapSave {
+class OverlapSave : public Blocks<ComplexPlan<float>> {
 public:
   /// Throws QORNException 11001 if there is no memory.
   OverlapSave(int length, int taps, Life life = Life::kLasting);
 
-  int Length() const { return m_plan->Length(); }
-  int Taps() const { return m_taps; }
-  int Step() const { return Length() - m_taps + 1; }
-
   /// h, interleaved complex, of Taps() values.
-  void SetTaps(const T *h);
+  void SetTaps(const float *h);
 
   /// Where the 2 N scalars of a block are written and found again.
-  T *Block() const { return m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length()); }
+  float *Block() const { return m_work.Data() + 2 * static_cast<std::ptrdiff_t>(Length()); }
   void Run();
 
-  /// The steps of Run, for whoever has more than one spectrum. The arrays have 2 N scalars; dst may be src.
-  void Forward(const T *src, T *dst) const { m_plan->Forward(src, dst, Scratch(), T{1}); }
-  void Inverse(const T *src, T *dst) const {
-    m_plan->Inverse(src, dst, Scratch(), T{1} / static_cast<T>(Length()));
-  }
-  const T *Spectrum() const { return m_work.Data(); }
-
 private:
-  T *Scratch() const { return m_work.Data() + 4 * static_cast<std::ptrdiff_t>(Length()); }
+  float *Scratch() const { return m_work.Data() + 4 * static_cast<std::ptrdiff_t>(Length()); }
 
-  const ComplexPlan<T> *m_plan; // belongs to the process
-  int m_taps;
   // Spectrum, which alone is copied, block and scratch. In one piece, since many allocators keep a piece for
   // the next request where they would give several back to the system.
-  WorkArray<T> m_work;
+  WorkArray<float> m_work;
 };
 
-/// OverlapSave of float values, or of two real signals of floats, in double. Each result is rounded once.
+/// The same of float values, or of two real signals of floats, in double. Each result is rounded once.
 /// Copies are clones. Allocates when it is made, and not afterwards.
-class FloatOverlapSave {
+class FloatOverlapSave : public Blocks<CyclicPlan> {
 public:
   /// Throws QORNException 11001 if there is no memory.
   FloatOverlapSave(int length, int taps, Life life = Life::kLasting);
-
-  int Length() const { return m_plan->Length(); }
-  int Taps() const { return m_taps; }
-  int Step() const { return Length() - m_taps + 1; }
 
   /// Where Taps() taps h, interleaved complex, are to be written before SetTaps().
   float *NewTaps() const { return reinterpret_cast<float *>(m_work.Data()); }
@@ -84,14 +81,34 @@ public:
 private:
   Cyclic Job() const;
 
-  const CyclicPlan *m_plan; // belongs to the process
-  int m_taps;
   double m_gain = 0;
   WorkArray<double> m_work; // spectrum and scratch, as above
 };
 
-extern template class OverlapSave<float>;
-extern template class OverlapSave<double>;
+/// The same of two real signals of doubles, each cut in two parts as in Cyclic.h. Copies are clones.
+/// Allocates when it is made, and not afterwards.
+class DoubleOverlapSave : public Blocks<CyclicPlan> {
+public:
+  /// Throws QORNException 11001 if there is no memory.
+  DoubleOverlapSave(int length, int taps, Life life = Life::kLasting);
+
+  /// Of Length() taps, those from Taps() on being 0; adding and subtracting `magic` rounds them to whole
+  /// steps.
+  void SetTaps(const double *h, double magic);
+
+  /// The largest magnitude of the spectrum of the taps' whole steps.
+  double Gain() const { return m_gain; }
+
+  /// Convolves two signals, `magic` rounding their values to whole steps and `product` those of the results;
+  /// `first` is Taps() - 1, the counts are 0 to Step(), and no results overlap with a signal.
+  CyclicParts Run(const CyclicPair &pair, double magic, double product);
+
+private:
+  Cyclic Job() const;
+
+  double m_gain = 0;
+  WorkArray<double> m_work; // spectrum and scratch, as above
+};
 
 } // namespace QORN::fourier
 

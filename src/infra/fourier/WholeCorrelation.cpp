@@ -10,6 +10,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "Magnitudes.h"
 #include "Operands.h"
 #include "OverlapSave.h"
 #include "WorkArray.h"
@@ -24,30 +25,42 @@ using Index = std::ptrdiff_t;
 using kernels::active;
 
 template <class T> constexpr bool kReal = Element<T>::kParts == 1;
-template <class T> using Transform = std::conditional_t<kReal<T>, RealPlan<double>, ComplexPlan<double>>;
+template <class T> using Plan = std::conditional_t<kReal<T>, RealPlan<double>, ComplexPlan<double>>;
 
 constexpr Index kShortest = 128, kLongest = Index{1} << 22;
 
 // Estimates in nanoseconds, as in LongConvolution.cpp. Of a complex transform:
-double TransformCost(double length) {
+double TransformCost(Index length) {
   const double perPass = length <= 256      ? 0.05
                          : length <= 2048   ? 0.078
                          : length <= 16384  ? 0.09
                          : length <= 131072 ? 0.115
                          : length <= 524288 ? 0.23
                                             : 0.35;
-  return perPass * length * std::log2(length);
+  return perPass * static_cast<double>(length) * Log2(length);
 }
 // Three transforms, and what is beside them for each point and each call.
-template <class T> double WholeCost(double length) {
-  const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * length : TransformCost(length);
-  return 3 * once + (kReal<T> ? 0.6 : 0.9) * length + 100;
+template <class T> double WholeCost(Index length) {
+  const auto points = static_cast<double>(length);
+  if (std::is_same_v<T, double>) return 3.2 * TransformCost(length) + 1.3 * points + 200;
+  const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * points : TransformCost(length);
+  return 3 * once + (kReal<T> ? 0.6 : 0.9) * points + 100;
 }
 
 const float *Parts(const float *x) { return x; }
+const double *Parts(const double *x) { return x; }
 const float *Parts(const Cplx32 *x) { return &x->re; }
 float *Parts(float *x) { return x; }
 float *Parts(Cplx32 *x) { return &x->re; }
+
+// Whether most of the outputs of noise can be told to be good enough: the longer the transforms are, the more
+// products it takes.
+template <class T> bool IsCertain(Index, Index, Index) { return true; }
+template <> bool IsCertain<double>(Index taps, Index len, Index length) {
+  const double error = TransformError(static_cast<int>(length)) / (64 * kUnit);
+  const double size = static_cast<double>(taps) * static_cast<double>(len) * 0x1p-32;
+  return static_cast<double>(std::min(taps, len)) > 6000 * std::pow(error * error * size, 0.75);
+}
 
 } // namespace
 
@@ -61,8 +74,8 @@ template <class T> int WholeLength(Index taps, Index len, double &limit) {
     for (const Index odd : {8, 9, 10, 12}) {
       const Index length = power / 8 * odd;
       if (length < least) continue;
-      const double cost = WholeCost<T>(static_cast<double>(length));
-      if (cost >= limit) continue;
+      const double cost = WholeCost<T>(length);
+      if (cost >= limit || !IsCertain<T>(taps, len, length)) continue;
       limit = cost;
       best = static_cast<int>(length);
     }
@@ -72,34 +85,142 @@ template <class T> int WholeLength(Index taps, Index len, double &limit) {
 
 namespace {
 
-// Output n by its definition. Products of floats are exact in double.
-template <class T> T Exactly(const Correlation<T> &job, Index n, bool convolve) {
-  const Index count = job.tapCount, first = std::max(Index{0}, n - (job.len - 1));
-  double re = 0, im = 0;
+// Calls body(tap, value) for the products that make output n, until it returns false.
+template <class T, class F> void ForTerms(const Correlation<T> &job, Index n, bool convolve, const F &body) {
   // k is the distance from the output's last value, that of the last tap or, in a convolution, of the first.
-  for (Index k = first; k < count && k <= n; ++k) {
-    const T x = job.x[n - k], tap = convolve ? job.taps[k] : Conjugate(job.taps[count - 1 - k]);
-    re += Re(tap) * Re(x) - Im(tap) * Im(x);
-    im += Re(tap) * Im(x) + Im(tap) * Re(x);
+  for (Index k = std::max(Index{0}, n - (job.len - 1)); k < job.tapCount && k <= n; ++k) {
+    if (!body(convolve ? job.taps[k] : Conjugate(job.taps[job.tapCount - 1 - k]), job.x[n - k])) return;
   }
-  if constexpr (kReal<T>)
-    return static_cast<T>(re);
-  else
-    return {static_cast<float>(re), static_cast<float>(im)};
 }
 
-template <class T> bool RunWhole(const Correlation<T> &job, int length, bool convolve) {
-  constexpr int kParts = Element<T>::kParts;
-  const Transform<T> &plan = SharedPlan<Transform<T>>(length);
-  const Index n = length, scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
-  const double energy = Energy(Parts(job.x), kParts * static_cast<Index>(job.len));
-  const double tapEnergy = Energy(Parts(job.taps), kParts * static_cast<Index>(job.tapCount));
-  if (!std::isfinite(energy) || !std::isfinite(tapEnergy)) return false;
-  if (energy == 0 || tapEnergy == 0) {
-    std::fill_n(job.dst, job.count, T{});
-    return true;
+// A sum of products. Those of floats are exact in double; with those of doubles goes what the roundings have
+// left out (Ogita, Rump, Oishi, Accurate sum and dot product, 2005).
+template <class T> class Sum {
+public:
+  void Add(double a, double b) {
+    const double product = a * b;
+    if constexpr (std::is_same_v<T, double>) {
+      const double sum = m_sum + product, own = sum - m_sum;
+      m_rest += std::fma(a, b, -product) + ((m_sum - (sum - own)) + (product - own));
+      m_sum = sum;
+    } else {
+      m_sum += product;
+    }
   }
+  double Total() const { return m_sum + m_rest; }
 
+private:
+  double m_sum = 0, m_rest = 0;
+};
+
+// Output n by its definition.
+template <class T> T Exactly(const Correlation<T> &job, Index n, bool convolve) {
+  Sum<T> re, im;
+  ForTerms(job, n, convolve, [&](T tap, T x) {
+    re.Add(Re(tap), Re(x));
+    if constexpr (!kReal<T>) {
+      re.Add(-Im(tap), Im(x));
+      im.Add(Re(tap), Im(x));
+      im.Add(Im(tap), Re(x));
+    }
+    return true;
+  });
+  if constexpr (kReal<T>)
+    return static_cast<T>(re.Total());
+  else
+    return {static_cast<float>(re.Total()), static_cast<float>(im.Total())};
+}
+
+// Of the operands.
+struct Norms {
+  double taps, x;
+};
+
+// Results by transforms: their smallest magnitude, and that from which on one speaks for itself.
+struct Figures {
+  double smallest, least;
+};
+
+// Deals with the outputs that do not speak for themselves: before the first nonzero value and behind the last
+// one they are zero; others stand if the sum of their magnitudes is large enough, as `next` may know, which
+// gives the first one from n on of which it does not, or else are summed directly. False if that would take
+// longer than the transforms did.
+template <class T, class Next>
+bool Certify(const Correlation<T> &job, int length, bool convolve, double least, const Next &next) {
+  const auto isZero = [](const T &x) { return Size(x) == 0; };
+  const T *const values = job.x, *const behind = values + job.len;
+  const Index begin = std::find_if_not(values, behind, isZero) - values;
+  const Index rest = std::find_if_not(std::reverse_iterator(behind), std::reverse_iterator(values), isZero) -
+                     std::reverse_iterator(behind);
+  Index terms = Index{8} * length;
+  const Index end = job.first + job.count;
+  for (Index n = job.first;; ++n) {
+    n += CountLarge(job.dst + (n - job.first), end - n, least);
+    if (n == end) return true;
+    const Index doubtful = next(n);
+    if (doubtful != n) {
+      if (doubtful >= end) return true;
+      n = doubtful - 1;
+      continue;
+    }
+    T &result = job.dst[n - job.first];
+    if (n < begin || n >= job.len - rest + job.tapCount - 1) {
+      result = T{};
+      continue;
+    }
+    double sizes = 0;
+    ForTerms(job, n, convolve, [&](T tap, T x) {
+      sizes += Size(tap) * Size(x);
+      return sizes < least && --terms > 0;
+    });
+    if (sizes >= least) continue;
+    terms -= std::min<Index>(job.tapCount, n + 1);
+    if (terms < 0) return false;
+    result = Exactly(job, n, convolve);
+  }
+}
+template <class T>
+bool Certify(const Correlation<T> &job, int length, bool convolve, const Norms &, double least) {
+  return Certify(job, length, convolve, least, [](Index n) { return n; });
+}
+
+// Of doubles, more outputs are in doubt: where few products meet, at the ends, and by chance in the middle.
+// These are mostly known by how many large values meet; the ends are convolved again, by themselves.
+bool Certify(const Correlation<double> &job, int length, bool convolve, const Norms &norms, double least) {
+  // A few products of average size are the quicker proof.
+  constexpr double kFew = 3;
+  const auto none = [](Index n) { return n; };
+  const double product = norms.taps * norms.x / std::sqrt(static_cast<double>(job.tapCount) * job.len);
+  if (least < kFew * product) return Certify(job, length, convolve, least, none);
+
+  const Index group = Magnitudes::kBlock * std::max(job.tapCount / 16384, 1);
+  const Index groups = (job.count + group - 1) / group, most = groups / 4;
+  Index head = most, tail = groups - most;
+  {
+    const Magnitudes taps(job.taps, job.tapCount, norms.taps, Life::kCall),
+        values(job.x, job.len, norms.x, Life::kCall);
+    // Outputs n to n + group - 1, n being a multiple of group.
+    const auto isKnown = [&](Index n) {
+      return Magnitudes::AllReach(least, {n, group, job.tapCount, false, job.len, 0}, taps, values);
+    };
+    while (head > 0 && isKnown((head - 1) * group)) --head;
+    while (tail < groups && isKnown(tail * group)) ++tail;
+    const Index first = head * group, end = std::min(tail * group, job.count);
+    const Correlation<double> middle{job.taps, job.tapCount, job.x,          job.len,
+                                     first,    end - first,  job.dst + first};
+    const auto next = [&](Index n) { return isKnown(n / group * group) ? (n / group + 1) * group : n; };
+    if (!Certify(middle, length, convolve, least, next)) return false;
+  }
+  ConvolveEnds(job.taps, job.tapCount, job.x, job.len, job.dst, head * group,
+               std::max(job.count - tail * group, Index{0}));
+  return true;
+}
+
+template <class T>
+Figures Transform(const Correlation<T> &job, int length, bool convolve, const Norms &norms) {
+  constexpr int kParts = Element<T>::kParts;
+  const Plan<T> &plan = SharedPlan<Plan<T>>(length);
+  const Index n = length, scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
   const WorkArray<double> work(5 * n + scratchSize, Life::kCall);
   double *const signal = work.Data(), *const bins = signal + n, *const tapBins = bins + 2 * n;
   double *const scratch = tapBins + 2 * n;
@@ -129,30 +250,85 @@ template <class T> bool RunWhole(const Correlation<T> &job, int length, bool con
   round(std::max(job.first, lag), end, results - kParts * lag);
 
   const double error = 8 * CeilLog2(length) * kUnit;
-  const double least =
-      CyclicBound(error, std::sqrt(energy), std::sqrt(tapEnergy), std::sqrt(Energy(results, kParts * n))) *
-      (1 + 1e-6) / kShare<T>;
-  if (smallest >= least) return true;
-  // Outputs that do not speak for themselves are zero before the first nonzero value and behind the last one;
-  // the others are summed directly, as long as that takes about as long as the transforms.
-  const auto isZero = [](const T &x) { return Size(x) == 0; };
-  const T *const values = job.x, *const behind = values + job.len;
-  const Index begin = std::find_if_not(values, behind, isZero) - values;
-  const Index rest = std::find_if_not(std::reverse_iterator(behind), std::reverse_iterator(values), isZero) -
-                     std::reverse_iterator(behind);
-  Index few = std::max(8 * n / job.tapCount, Index{1});
-  for (Index i = 0; i < job.count; ++i) {
-    if (Size(job.dst[i]) >= least) continue;
-    const Index at = job.first + i;
-    if (at < begin || at >= job.len - rest + job.tapCount - 1) {
-      job.dst[i] = T{};
-    } else if (few-- > 0) {
-      job.dst[i] = Exactly(job, at, convolve);
-    } else {
-      return false;
-    }
+  const double bound =
+      CyclicBound(error, norms.x, norms.taps, std::sqrt(Energy(results, kParts * n))) * (1 + 1e-6);
+  return {smallest, bound / kShare<T>};
+}
+
+// Doubles, of a whole convolution. The two parts of a signal, x = high + low, go through one complex
+// transform as high + j p low, p being a power of two that makes low about as large as high. So their
+// transforms, which are taken apart with the product, have errors in proportion to their sizes, and so have
+// the results of the inverse one.
+//
+// With e the relative error of a transform and z = high + j p low, of x and of the taps, and v what the
+// inverse transform gives, v = coarse + j p' rest: each part of z comes with an error of e |z|. Those of
+// `coarse` are at most e |z| |z'| from each operand, 8 u |z| |z'| of the product, and e |v|: together
+// CyclicBound. Those of p' rest are the same times p' / p of the one or the other operand, of which the
+// larger one is 1/2, both therefore at most 1. What takes the parts of a transform apart, two sums, and what
+// joins them have 2 u each, which is what a bit more of the length gives.
+Figures Transform(const Correlation<double> &job, int length, bool, const Norms &norms) {
+  const ComplexPlan<double> &plan = SharedPlan<ComplexPlan<double>>(length);
+  const Index n = length;
+  const WorkArray<double> work(4 * n + static_cast<Index>(plan.ScratchBytes() / sizeof(double)), Life::kCall);
+  double *const bins = work.Data(), *const tapBins = bins + 2 * n, *const scratch = tapBins + 2 * n;
+  const double error = TransformError(2 * length);
+
+  struct Packed {
+    double scale; // p
+    bool isWhole; // low is zero
+    double norm;  // |z|
+  };
+  const auto transform = [&](const double *x, Index count, double own, double step, double *spectrum) {
+    Packed packed;
+    packed.scale = std::ldexp(1.0, std::ilogb(own / (step / 2 * std::sqrt(static_cast<double>(count)))));
+    const double low =
+        std::sqrt(active->ConvPack_64f(x, spectrum, count, 0x1.8p52 * step, packed.scale)) * (1 + 1e-6);
+    packed.isWhole = low == 0;
+    packed.norm = std::hypot(own + low, packed.scale * low);
+    std::fill(spectrum + 2 * count, spectrum + 2 * n, 0.0);
+    plan.Forward(spectrum, spectrum, scratch, 1.0);
+    return packed;
+  };
+
+  // Both of |z| may be half as much again as those of the operands. Convolutions of noise keep their norm; if
+  // these amplify more than 4 times, it takes another turn.
+  double bound = CyclicBound(error, 1.5 * norms.x, 1.5 * norms.taps, 4 * norms.x * norms.taps);
+  const double sizes = norms.taps / norms.x * std::sqrt(static_cast<double>(job.len) / job.tapCount);
+  for (int turn = 0; turn < 3; ++turn) {
+    // Steps that cut as many bits from the one as from the other.
+    const double tapStep = std::ldexp(1.0, std::ilogb(std::sqrt(4 * bound * sizes)));
+    const Packed taps = transform(job.taps, job.tapCount, norms.taps, tapStep, tapBins);
+    const double step = std::ldexp(1.0, std::ilogb(2.1 * bound / tapStep) + 1);
+    const Packed values = transform(job.x, job.len, norms.x, step, bins);
+    const double scale = std::min(taps.scale, values.scale) / 2;
+    const double energy = active->ConvPackedProduct_64f(bins, tapBins, n, scale / taps.scale,
+                                                        scale / values.scale, 1 / taps.scale);
+    const double gained = std::sqrt(energy / static_cast<double>(n)) / 4;
+    bound = CyclicBound(error, values.norm, taps.norm, gained) * (1 + 1e-6);
+    if (2.05 * bound > step * tapStep) continue;
+    plan.Inverse(bins, bins, scratch, 0.25 / length);
+    // Where both have nothing but whole steps, the result is exact.
+    const bool isExact = values.isWhole && taps.isWhole;
+    const double smallest =
+        active->ConvUnpack_64f(bins, job.dst, job.count, 0x1.8p52 * step * tapStep, isExact ? 0 : 1 / scale);
+    return {smallest, isExact ? 0 : bound / scale / kShare<double>};
   }
-  return true;
+  return {0, std::numeric_limits<double>::infinity()};
+}
+
+template <class T> bool RunWhole(const Correlation<T> &job, int length, bool convolve) {
+  constexpr int kParts = Element<T>::kParts;
+  const double energy = Energy(Parts(job.x), kParts * static_cast<Index>(job.len));
+  const double tapEnergy = Energy(Parts(job.taps), kParts * static_cast<Index>(job.tapCount));
+  if (!InRange<T>(energy) || !InRange<T>(tapEnergy) || !InRange<T>(energy * tapEnergy)) return false;
+  if (energy == 0 || tapEnergy == 0) {
+    std::fill_n(job.dst, job.count, T{});
+    return true;
+  }
+  const Norms norms{std::sqrt(tapEnergy) * (1 + 1e-6), std::sqrt(energy) * (1 + 1e-6)};
+  const Figures figures = Transform(job, length, convolve, norms);
+  return figures.smallest >= figures.least ||
+         (std::isfinite(figures.least) && Certify(job, length, convolve, norms, figures.least));
 }
 
 } // namespace
@@ -161,14 +337,58 @@ template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
   return RunWhole(job, length, false);
 }
 
-bool ConvolveWhole(const float *taps, int tapCount, const float *x, int len, float *dst, int length) {
-  return RunWhole<float>({taps, tapCount, x, len, 0, static_cast<Index>(tapCount) + len - 1, dst}, length,
-                         true);
+template <class T> bool ConvolveWhole(const T *taps, int tapCount, const T *x, int len, T *dst, int length) {
+  const Index count = static_cast<Index>(tapCount) + len - 1;
+  if constexpr (std::is_same_v<T, double>) {
+    // Without the silence at their ends, whose outputs are zero.
+    const auto trimmed = [](const T *&values, int &size) {
+      const T *const begin = values, *end = values + size;
+      while (values != end && *values == 0) ++values;
+      while (values != end && end[-1] == 0) --end;
+      size = static_cast<int>(end - values);
+      return values - begin;
+    };
+    const Index before = trimmed(taps, tapCount) + trimmed(x, len);
+    if (tapCount == 0 || len == 0) {
+      std::fill_n(dst, count, 0.0);
+      return true;
+    }
+    const Index own = static_cast<Index>(tapCount) + len - 1;
+    std::fill_n(dst, before, 0.0);
+    std::fill(dst + before + own, dst + count, 0.0);
+    return RunWhole<T>({taps, tapCount, x, len, 0, own, dst + before}, length, true);
+  } else {
+    return RunWhole<T>({taps, tapCount, x, len, 0, count, dst}, length, true);
+  }
+}
+
+void ConvolveEnds(const double *taps, int tapCount, const double *x, int len, double *dst, Index early,
+                  Index late) {
+  const WorkArray<double> outputs(2 * std::max(early, late), Life::kCall);
+  const auto convolve = [&](Index count, bool isLate, double *to) {
+    if (count == 0) return;
+    const int ownTaps = static_cast<int>(std::min<Index>(count, tapCount)),
+              ownLen = static_cast<int>(std::min<Index>(count, len));
+    const double *const firstTap = taps + (isLate ? tapCount - ownTaps : 0), *const first =
+                                                                                 x +
+                                                                                 (isLate ? len - ownLen : 0);
+    const Index all = static_cast<Index>(ownTaps) + ownLen - 1;
+    double limit = DirectCost<double>(std::min(ownTaps, ownLen), all, 1.0 * ownTaps * ownLen);
+    const int length = WholeLength<double>(ownTaps, ownLen, limit);
+    if (length == 0 || !ConvolveWhole(firstTap, ownTaps, first, ownLen, outputs.Data(), length))
+      active->Conv_64f(firstTap, ownTaps, first, ownLen, outputs.Data());
+    std::copy_n(outputs.Data() + (isLate ? all - count : 0), count, to);
+  };
+  convolve(early, false, dst);
+  convolve(late, true, dst + (static_cast<Index>(tapCount) + len - 1 - late));
 }
 
 template int WholeLength<float>(Index, Index, double &);
+template int WholeLength<double>(Index, Index, double &);
 template int WholeLength<Cplx32>(Index, Index, double &);
 template bool CorrelateWhole(const Correlation<float> &, int);
 template bool CorrelateWhole(const Correlation<Cplx32> &, int);
+template bool ConvolveWhole(const float *, int, const float *, int, float *, int);
+template bool ConvolveWhole(const double *, int, const double *, int, double *, int);
 
 } // namespace QORN::fourier

@@ -1,6 +1,6 @@
-// Cyclic convolutions of floats by transforms in double; see infra/fourier/Cyclic.h for the layout. The
-// values are widened by the first step and rounded by the last one, and the product with the taps' spectrum
-// is made between two butterflies, in registers.
+// Cyclic convolutions by transforms in double; see infra/fourier/Cyclic.h for the layout. Floats are widened
+// by the first step and rounded by the last one; doubles are cut in two by the first one and joined by the
+// last one. The product with the taps' spectrum is made between two butterflies, in registers.
 #ifndef QORN_SRC_INFRA_FOURIER_PASSES_CYCLIC_H
 #define QORN_SRC_INFRA_FOURIER_PASSES_CYCLIC_H
 
@@ -14,10 +14,10 @@ inline constexpr int kCyclicLine = fourier::CyclicSteps::kWidth;
 inline constexpr Index kLineScalars = 2 * kCyclicLine;
 inline constexpr int kCyclicLanes = kComplexLanes<double>;
 
-/// Complex values in a register, as doubles and as floats.
+/// Complex values in a register; the same as floats; and the real parts of as many.
 using CyclicValues = Complex<double, kCyclicLanes>;
 using NarrowValues = Complex<float, kCyclicLanes>;
-using NarrowParts = Vec<float, kCyclicLanes>;
+template <class T> using ValueParts = Vec<T, kCyclicLanes>;
 
 // As instructions: GCC 12 converts the widest vectors in halves. With masks: it warns of those without.
 [[gnu::always_inline]] inline CyclicValues Widened(NarrowValues x) {
@@ -44,24 +44,44 @@ struct CplxSource {
   }
 };
 
+template <class E, int... I> [[gnu::always_inline]] inline auto InterleavedAs(E re, E im, Seq<I...>) {
+  return __builtin_shufflevector(re, im, (I / 2 + I % 2 * kCyclicLanes)...);
+}
+template <class T>
+[[gnu::always_inline]] inline Complex<T, kCyclicLanes> InterleavedParts(ValueParts<T> re, ValueParts<T> im) {
+  if constexpr (kCyclicLanes == 1) {
+    return Complex<T, 1>{re, im};
+  } else {
+    return InterleavedAs(re, im, MakeSeq<2 * kCyclicLanes>{});
+  }
+}
+
 // The parts from two arrays.
 struct PairSource {
   const float *re, *im;
 
   [[gnu::always_inline]] inline CyclicValues Get(Index at) const {
-    NarrowValues x;
-    if constexpr (kCyclicLanes == 1) {
-      x = NarrowValues{re[at], im[at]};
-    } else {
-      x = Interleaved(Load<NarrowParts>(re + at), Load<NarrowParts>(im + at), MakeSeq<2 * kCyclicLanes>{});
-    }
-    return Widened(x);
+    return Widened(
+        InterleavedParts<float>(Load<ValueParts<float>>(re + at), Load<ValueParts<float>>(im + at)));
   }
+};
 
-private:
-  template <int... I>
-  [[gnu::always_inline]] static inline NarrowValues Interleaved(NarrowParts a, NarrowParts b, Seq<I...>) {
-    return __builtin_shufflevector(a, b, (I / 2 + I % 2 * kCyclicLanes)...);
+// Whole steps of doubles: adding and subtracting `magic`, 1.5 * 2^52 steps, rounds to them.
+[[gnu::always_inline]] inline CyclicValues WholeSteps(CyclicValues x, double magic) {
+  const auto rounder = Broadcast<CyclicValues>(magic);
+  return (x + rounder) - rounder;
+}
+
+// Of the parts from two arrays the whole steps, or what they leave. A part may be missing.
+template <bool kRest> struct StepSource {
+  const double *re, *im;
+  double magic;
+
+  [[gnu::always_inline]] inline CyclicValues Get(Index at) const {
+    using P = ValueParts<double>;
+    const CyclicValues x = InterleavedParts<double>(Load<P>(re + at), im == nullptr ? P{} : Load<P>(im + at));
+    const CyclicValues steps = WholeSteps(x, magic);
+    return kRest ? x - steps : steps;
   }
 };
 
@@ -78,10 +98,11 @@ private:
 
 // Every other one of the first 2 V scalars, for results `at` to at + V - 1, as far as they are among the
 // `count` wanted ones. Apart from the step, which calls it for the first few and the last few results only.
-[[gnu::noinline]] void StorePart(const double *x, float *dst, Index stride, Index at, Index count,
+template <class T>
+[[gnu::noinline]] void StorePart(const double *x, T *dst, Index stride, Index at, Index count,
                                  double &smallest) {
   for (Index i = at < 0 ? -at : 0; i < kCyclicLanes && at + i < count; ++i) {
-    dst[(at + i) * stride] = static_cast<float>(x[2 * i]);
+    dst[(at + i) * stride] = static_cast<T>(x[2 * i]);
     const double size = __builtin_fabs(x[2 * i]);
     if (size < smallest) smallest = size;
   }
@@ -113,8 +134,8 @@ struct CplxSink {
   }
 };
 
-struct PairSink {
-  float *re, *im;
+template <class T> struct PairSink {
+  T *re, *im;
   Index first, reCount, imCount;
   std::size_t reWhole = WholePlaces(reCount), imWhole = WholePlaces(imCount);
 
@@ -122,9 +143,9 @@ struct PairSink {
                                          double &smallest) const {
     const auto place = static_cast<std::size_t>(at);
     if (place < reWhole && place < imWhole) [[likely]] {
-      const NarrowValues narrow = Narrowed(x);
-      StoreEveryOther<0>(narrow, re + at);
-      StoreEveryOther<1>(narrow, im + at);
+      const auto values = Rounded(x);
+      StoreEveryOther<0>(values, re + at);
+      StoreEveryOther<1>(values, im + at);
       least = LesserMagnitude(x, least);
     } else if (at > -kCyclicLanes && (at < reCount || at < imCount)) {
       least = PutParts(at, x, least, smallest);
@@ -132,21 +153,29 @@ struct PairSink {
   }
 
 private:
+  [[gnu::always_inline]] static inline Complex<T, kCyclicLanes> Rounded(CyclicValues x) {
+    if constexpr (sizeof(T) == sizeof(double)) {
+      return x;
+    } else {
+      return Narrowed(x);
+    }
+  }
+
   // Where one of the signals ends before the other, or both do. Returns the new `least`.
   [[gnu::noinline]] CyclicValues PutParts(Index at, CyclicValues x, CyclicValues least,
                                           double &smallest) const {
     const auto place = static_cast<std::size_t>(at);
-    const NarrowValues narrow = Narrowed(x);
+    const auto values = Rounded(x);
     double part[2 * kCyclicLanes];
     Store(part, x);
     if (place < reWhole) {
-      StoreEveryOther<0>(narrow, re + at);
+      StoreEveryOther<0>(values, re + at);
       least = LesserMagnitude(Shuffle<NeighbourTwice<0>, 2 * kCyclicLanes>(x, x), least);
     } else {
       StorePart(part, re, 1, at, reCount, smallest);
     }
     if (place < imWhole) {
-      StoreEveryOther<1>(narrow, im + at);
+      StoreEveryOther<1>(values, im + at);
       least = LesserMagnitude(Shuffle<NeighbourTwice<1>, 2 * kCyclicLanes>(x, x), least);
     } else {
       StorePart(part + 1, im, 1, at, imCount, smallest);
@@ -154,74 +183,107 @@ private:
     return least;
   }
 
-  template <int Odd> [[gnu::always_inline]] static inline void StoreEveryOther(NarrowValues x, float *to) {
+  template <int Odd, class E> [[gnu::always_inline]] static inline void StoreEveryOther(E x, T *to) {
     if constexpr (kCyclicLanes == 1) {
       *to = x[Odd];
     } else {
       Store(to, PartsAs<Odd>(x, MakeSeq<kCyclicLanes>{}));
     }
   }
-  template <int Odd, int... I>
-  [[gnu::always_inline]] static inline NarrowParts PartsAs(NarrowValues x, Seq<I...>) {
+  template <int Odd, class E, int... I>
+  [[gnu::always_inline]] static inline ValueParts<T> PartsAs(E x, Seq<I...>) {
     return __builtin_shufflevector(x, x, (2 * I + Odd)...);
   }
 };
 
-// From the samples to the strips.
+// Butterflies of the W columns from `at` on to strips from `strips` on, `apart` scalars from each other.
 template <int R, class Source>
-[[gnu::flatten]] void ColumnsDown(const fourier::CyclicSteps &plan, const Source &source, double *strips) {
+[[gnu::always_inline]] inline void ColumnDown(const Source &source, Index at, Index rowsApart,
+                                              const double *w, double *strips, Index apart) {
   using E = CyclicValues;
-  const Index columns = plan.columns;
+  E z[R];
+  Points<double, R, false, E>([&](auto a) { return source.Get(at + a * rowsApart); },
+                              [&](auto k, E x) {
+                                if constexpr (k == 0) {
+                                  z[k] = x;
+                                } else {
+                                  z[k] = Multiplied<false>(x, Load<E>(w + (k - 1) * kLineScalars));
+                                }
+                              });
+  GiveColumns<double, kCyclicLanes, R>(z, [&](auto, auto row, auto i, E x) {
+    Store(strips + row / kCyclicLine * apart + i * kLineScalars + 2 * (row % kCyclicLine), x);
+  });
+}
+
+// From the samples to the strips, the sources being those of their parts.
+template <int R, class... Sources>
+[[gnu::flatten]] void ColumnsDown(const fourier::CyclicSteps &plan, double *strips,
+                                  const Sources &...sources) {
+  constexpr int kParts = sizeof...(Sources);
+  const Index columns = plan.columns, strip = columns * kLineScalars;
   const double *w = plan.columnTurns;
   for (Index at = 0; at < columns; at += kCyclicLine, w += (R - 1) * kLineScalars) {
     for (int v = 0; v < kCyclicLine; v += kCyclicLanes) {
-      E z[R];
-      Points<double, R, false, E>([&](auto a) { return source.Get(a * columns + at + v); },
-                                  [&](auto k, E x) {
-                                    if constexpr (k == 0) {
-                                      z[k] = x;
-                                    } else {
-                                      z[k] =
-                                          Multiplied<false>(x, Load<E>(w + (k - 1) * kLineScalars + 2 * v));
-                                    }
-                                  });
-      GiveColumns<double, kCyclicLanes, R>(z, [&](auto, auto row, auto i, E x) {
-        Store(strips + (row / kCyclicLine * columns + at + v + i) * kLineScalars + 2 * (row % kCyclicLine),
-              x);
-      });
+      double *to = strips + (at + v) * kLineScalars;
+      ((ColumnDown<R>(sources, at + v, columns, w + 2 * v, to, kParts * strip), to += strip), ...);
     }
   }
 }
 
-// From the strips to the results.
-template <int R, class Sink>
-[[gnu::flatten]] double ColumnsUp(const fourier::CyclicSteps &plan, const double *strips, const Sink &sink) {
+// Butterflies of W columns of strips from `strips` on, `apart` scalars from each other: put(a, x) takes rows
+// a.
+template <int R, class Put>
+[[gnu::always_inline]] inline void ColumnUp(const double *strips, Index apart, const double *w,
+                                            const Put &put) {
   using E = CyclicValues;
-  const Index columns = plan.columns;
+  E z[R];
+  Unroll<R / kCyclicLanes>([&](auto group) {
+    constexpr int kRow = group * kCyclicLanes;
+    const double *const x = strips + kRow / kCyclicLine * apart + 2 * (kRow % kCyclicLine);
+    Unroll<kCyclicLanes>([&](auto i) { z[kRow + i] = Load<E>(x + i * kLineScalars); });
+    TransposeComplex<double, kCyclicLanes>(z + kRow);
+  });
+  Points<double, R, true, E>(
+      [&](auto k) {
+        if constexpr (k == 0) {
+          return z[k];
+        } else {
+          return Multiplied<true>(z[k], Load<E>(w + (k - 1) * kLineScalars));
+        }
+      },
+      put);
+}
+
+// What the results are made of: themselves, or whole steps and the rest, whose strips lie behind those.
+struct Plain {
+  static constexpr int kParts = 1;
+};
+struct Steps {
+  static constexpr int kParts = 2;
+  double magic;
+};
+
+// From the strips to the results.
+template <int R, class Made, class Sink>
+[[gnu::flatten]] double ColumnsUp(const fourier::CyclicSteps &plan, const double *strips, const Made &made,
+                                  const Sink &sink) {
+  using E = CyclicValues;
+  const Index columns = plan.columns, strip = columns * kLineScalars;
   const double *w = plan.columnTurns;
   double smallest = __builtin_huge_val();
   E least = Broadcast<E>(smallest);
   for (Index at = 0; at < columns; at += kCyclicLine, w += (R - 1) * kLineScalars) {
     for (int v = 0; v < kCyclicLine; v += kCyclicLanes) {
-      E z[R];
-      Unroll<R / kCyclicLanes>([&](auto group) {
-        constexpr int kRow = group * kCyclicLanes;
-        const double *const x =
-            strips + (kRow / kCyclicLine * columns + at + v) * kLineScalars + 2 * (kRow % kCyclicLine);
-        Unroll<kCyclicLanes>([&](auto i) { z[kRow + i] = Load<E>(x + i * kLineScalars); });
-        TransposeComplex<double, kCyclicLanes>(z + kRow);
+      const double *const from = strips + (at + v) * kLineScalars;
+      Index rowsApart = columns;
+      Hide(rowsApart); // as in Step
+      E rest[R];
+      if constexpr (Made::kParts == 2)
+        ColumnUp<R>(from + strip, 2 * strip, w + 2 * v, [&](auto a, E x) { rest[a] = x; });
+      ColumnUp<R>(from, Made::kParts * strip, w + 2 * v, [&](auto a, E x) {
+        if constexpr (Made::kParts == 2) x = WholeSteps(x, made.magic) + rest[a];
+        sink.Put(at + v - sink.first + a * rowsApart, x, least, smallest);
       });
-      Index apart = columns;
-      Hide(apart); // as in Step
-      Points<double, R, true, E>(
-          [&](auto k) {
-            if constexpr (k == 0) {
-              return z[k];
-            } else {
-              return Multiplied<true>(z[k], Load<E>(w + (k - 1) * kLineScalars + 2 * v));
-            }
-          },
-          [&](auto a, E x) { sink.Put(at + v - sink.first + a * apart, x, least, smallest); });
     }
   }
   for (int i = 0; i < 2 * kCyclicLanes; ++i) smallest = least[i] < smallest ? least[i] : smallest;
@@ -294,19 +356,58 @@ template <int R>
   Unroll<kSums>([&](auto i) { energy[i] = sums[i]; });
 }
 
-// The last step of `count` parts to the spectrum h, scaled. `most` is the largest squared magnitude of the
-// bins so far, before that.
+// The squares of bins, summed up.
+struct PartSums {
+  CyclicValues low{}, coarse{}, rest{};
+};
+
+// The same for doubles, whole steps and the rest: of the former the product with the whole steps of the taps,
+// and of the latter that with all of the taps, and of the former with the rest of the taps. In h, lines of
+// those and of these taps take turns.
 template <int R>
-[[gnu::flatten]] void Finish(const double *lines, Index count, double scale, double *h, CyclicValues &most) {
+[[gnu::flatten]] void FilterParts(double *steps, double *rest, Index count, const double *h,
+                                  PartSums &energy) {
+  using E = CyclicValues;
+  PartSums sums = energy;
+  for (Index part = 0; part < count;
+       ++part, steps += R * kLineScalars, rest += R * kLineScalars, h += 2 * R * kLineScalars) {
+    for (int v = 0; v < kLineScalars; v += 2 * kCyclicLanes) {
+      E z[R], y[R];
+      Points<double, R, false, E>([&](auto i) { return Load<E>(steps + i * kLineScalars + v); },
+                                  [&](auto k, E x) { z[k] = x; });
+      Points<double, R, false, E>([&](auto i) { return Load<E>(rest + i * kLineScalars + v); },
+                                  [&](auto k, E x) {
+                                    const E taps = Load<E>(h + 2 * k * kLineScalars + v),
+                                            fine = Load<E>(h + (2 * k + 1) * kLineScalars + v);
+                                    sums.low = MulAdd(x, x, sums.low);
+                                    y[k] = MultipliedAdd(x, taps + fine, Multiplied<false>(z[k], fine));
+                                    z[k] = Multiplied<false>(z[k], taps);
+                                    sums.coarse = MulAdd(z[k], z[k], sums.coarse);
+                                    sums.rest = MulAdd(y[k], y[k], sums.rest);
+                                  });
+      Points<double, R, true, E>([&](auto k) { return z[k]; },
+                                 [&](auto i, E x) { Store(steps + i * kLineScalars + v, x); });
+      Points<double, R, true, E>([&](auto k) { return y[k]; },
+                                 [&](auto i, E x) { Store(rest + i * kLineScalars + v, x); });
+    }
+  }
+  energy = sums;
+}
+
+// The last step of `count` parts to the spectrum h, scaled, whose lines are `apart` scalars from each other.
+// `most` is the largest squared magnitude of the bins so far, before that.
+template <int R>
+[[gnu::flatten]] void Finish(const double *lines, Index count, double scale, double *h, Index apart,
+                             CyclicValues &most) {
   using E = CyclicValues;
   E largest = most;
-  for (Index part = 0; part < count; ++part, lines += R * kLineScalars, h += R * kLineScalars) {
+  for (Index part = 0; part < count; ++part, lines += R * kLineScalars, h += R * apart) {
     for (int v = 0; v < kLineScalars; v += 2 * kCyclicLanes) {
       Points<double, R, false, E>([&](auto i) { return Load<E>(lines + i * kLineScalars + v); },
                                   [&](auto k, E x) {
                                     const E squares = x * x, size = squares + Swapped(squares);
                                     largest = size > largest ? size : largest;
-                                    Store(h + k * kLineScalars + v, x * scale);
+                                    Store(h + k * apart + v, x * scale);
                                   });
     }
   }
@@ -320,8 +421,8 @@ template <class F> [[gnu::always_inline]] inline void WithStripRadix(int radix, 
   });
 }
 
-// All steps of strips but the last one, from `step` on, there and, with Back, back. In between last(lines,
-// count) gets all parts of the last step, always in the same order.
+// All steps of strips but the last one, from `step` on, there and, with Back, back. In between last(strips,
+// count) gets all parts of the last step, `count` of each strip, always in the same order.
 template <bool Back, class Last>
 void RunSteps(const fourier::CyclicStep *step, StripGroup strips, const Last &last) {
   const int radix = step->radix;
@@ -332,65 +433,98 @@ void RunSteps(const fourier::CyclicStep *step, StripGroup strips, const Last &la
       for (Index k = 0; k < radix; ++k)
         RunSteps<Back>(step + 1, {strips.part + k * next, strips.count, strips.apart}, last);
     } else {
-      for (Index strip = 0; strip < strips.count; ++strip) last(strips.part + strip * strips.apart, radix);
+      last(strips, radix);
     }
     if constexpr (Back) {
       WithStripRadix(radix, [&]<int R>(Int<R>) { Step<R, true>(*step, strips); });
     }
   } else {
-    for (Index strip = 0; strip < strips.count; ++strip) last(strips.part + strip * strips.apart, 1);
+    last(strips, 1);
   }
 }
 
 // Few short strips at once, so that the processor need not wait for the end of a step; others one by one, so
-// that each stays in a near cache.
-template <bool Back, class Last>
+// that each stays in a near cache. Those of kParts parts of the same values go together.
+template <bool Back, int kParts, class Last>
 void RunStrips(const fourier::CyclicSteps &plan, double *strips, const Last &last) {
-  constexpr Index kShort = 1024;
-  const Index apart = plan.columns * kLineScalars, count = plan.first / kCyclicLine;
-  const Index together = plan.length <= kShort ? count : 1;
+  constexpr Index kShort = kParts == 1 ? 1024 : 256;
+  const Index apart = plan.columns * kLineScalars, count = kParts * (plan.first / kCyclicLine);
+  const Index together = plan.length <= kShort ? count : kParts;
   for (Index strip = 0; strip < count; strip += together)
     RunSteps<Back>(plan.steps, {strips + strip * apart, together, apart}, last);
 }
 
-template <class Source> void RunDown(const fourier::CyclicSteps &plan, const Source &source, double *strips) {
-  return plan.first == 8 ? ColumnsDown<8>(plan, source, strips) : ColumnsDown<16>(plan, source, strips);
+template <class... Sources>
+void RunDown(const fourier::CyclicSteps &plan, double *strips, const Sources &...sources) {
+  return plan.first == 8 ? ColumnsDown<8>(plan, strips, sources...)
+                         : ColumnsDown<16>(plan, strips, sources...);
+}
+template <class Made, class Sink>
+double RunUp(const fourier::CyclicSteps &plan, const double *strips, const Made &made, const Sink &sink) {
+  return plan.first == 8 ? ColumnsUp<8>(plan, strips, made, sink) : ColumnsUp<16>(plan, strips, made, sink);
+}
+
+inline int LastRadix(const fourier::CyclicSteps &plan) { return plan.steps[plan.stepCount - 1].radix; }
+
+inline double Total(CyclicValues x) {
+  double sum = 0;
+  for (int i = 0; i < 2 * kCyclicLanes; ++i) sum += x[i];
+  return sum;
 }
 
 template <class Source, class Sink>
 fourier::CyclicFigures RunCyclic(const fourier::Cyclic &job, const Source &source, const Sink &sink) {
   const fourier::CyclicSteps &plan = *job.plan;
-  const int radix = plan.steps[plan.stepCount - 1].radix;
-  RunDown(plan, source, job.scratch);
+  const int radix = LastRadix(plan);
+  RunDown(plan, job.scratch, source);
   const double *h = job.spectrum;
   CyclicValues energy[kSums] = {};
-  RunStrips<true>(plan, job.scratch, [&](double *lines, Index count) {
-    WithStripRadix(radix, [&]<int R>(Int<R>) { Filter<R>(lines, count, h, energy); });
-    h += count * radix * kLineScalars;
+  RunStrips<true, 1>(plan, job.scratch, [&](const StripGroup &strips, Index count) {
+    WithStripRadix(radix, [&]<int R>(Int<R>) {
+      for (Index strip = 0; strip < strips.count; ++strip, h += count * R * kLineScalars)
+        Filter<R>(strips.part + strip * strips.apart, count, h, energy);
+    });
   });
-  const CyclicValues all = (energy[0] + energy[1]) + (energy[2] + energy[3]);
-  double sum = 0;
-  for (int i = 0; i < 2 * kCyclicLanes; ++i) sum += all[i];
   // The values' energy is that of the bins over N (Parseval).
-  return {sum / static_cast<double>(plan.length),
-          plan.first == 8 ? ColumnsUp<8>(plan, job.scratch, sink) : ColumnsUp<16>(plan, job.scratch, sink)};
+  return {Total((energy[0] + energy[1]) + (energy[2] + energy[3])) / static_cast<double>(plan.length),
+          RunUp(plan, job.scratch, Plain{}, sink)};
+}
+
+// The strips, of kParts parts, to the spectrum. Returns the largest squared magnitude of the first part's
+// bins, before they are scaled.
+template <int kParts> double FinishSpectrum(const fourier::Cyclic &job, double *spectrum) {
+  const fourier::CyclicSteps &plan = *job.plan;
+  const int radix = LastRadix(plan);
+  const double scale = 1 / static_cast<double>(plan.length);
+  CyclicValues most[kParts] = {};
+  RunStrips<false, kParts>(plan, job.scratch, [&](const StripGroup &strips, Index count) {
+    WithStripRadix(radix, [&]<int R>(Int<R>) {
+      for (Index strip = 0; strip < strips.count; ++strip) {
+        const Index part = strip % kParts;
+        Finish<R>(strips.part + strip * strips.apart, count, scale, spectrum + part * kLineScalars,
+                  kParts * kLineScalars, most[part]);
+        if (part == kParts - 1) spectrum += kParts * count * R * kLineScalars;
+      }
+    });
+  });
+  double largest = 0;
+  for (int i = 0; i < 2 * kCyclicLanes; ++i) largest = most[0][i] > largest ? most[0][i] : largest;
+  return largest;
 }
 
 /// The spectrum of a job from its taps, complex values filled up with zeros. They may stand where it goes.
 /// Returns the largest squared magnitude of the taps' transform.
 double RunSpectrum(const fourier::Cyclic &job, const float *taps, double *spectrum) {
-  const fourier::CyclicSteps &plan = *job.plan;
-  const int radix = plan.steps[plan.stepCount - 1].radix;
-  const double scale = 1 / static_cast<double>(plan.length);
-  RunDown(plan, CplxSource{taps}, job.scratch);
-  CyclicValues most{};
-  RunStrips<false>(plan, job.scratch, [&](const double *lines, Index count) {
-    WithStripRadix(radix, [&]<int R>(Int<R>) { Finish<R>(lines, count, scale, spectrum, most); });
-    spectrum += count * radix * kLineScalars;
-  });
-  double largest = 0;
-  for (int i = 0; i < 2 * kCyclicLanes; ++i) largest = most[i] > largest ? most[i] : largest;
-  return largest;
+  RunDown(*job.plan, job.scratch, CplxSource{taps});
+  return FinishSpectrum<1>(job, spectrum);
+}
+
+/// The same for doubles, real taps, those of their whole steps and of the rest. The figure is that of the
+/// former.
+double RunPartSpectra(const fourier::Cyclic &job, const double *taps, double magic, double *spectrum) {
+  RunDown(*job.plan, job.scratch, StepSource<false>{taps, nullptr, magic},
+          StepSource<true>{taps, nullptr, magic});
+  return FinishSpectrum<2>(job, spectrum);
 }
 
 /// Results first to first + count - 1 of complex values.
@@ -402,7 +536,31 @@ fourier::CyclicFigures RunCyclicCplx(const fourier::Cyclic &job, const float *x,
 /// Of two real signals with real taps results first to first + count0 - 1 and first + count1 - 1.
 fourier::CyclicFigures RunCyclicPair(const fourier::Cyclic &job, const float *x0, const float *x1,
                                      float *dst0, float *dst1, Index first, Index count0, Index count1) {
-  return RunCyclic(job, PairSource{x0, x1}, PairSink{dst0, dst1, first, count0, count1});
+  return RunCyclic(job, PairSource{x0, x1}, PairSink<float>{dst0, dst1, first, count0, count1});
+}
+
+/// The same for doubles. `magic` rounds the signals to whole steps, `product` the results.
+fourier::CyclicParts RunCyclicParts(const fourier::Cyclic &job, const fourier::CyclicPair &pair, double magic,
+                                    double product) {
+  const fourier::CyclicSteps &plan = *job.plan;
+  const int radix = LastRadix(plan);
+  RunDown(plan, job.scratch, StepSource<false>{pair.x0, pair.x1, magic},
+          StepSource<true>{pair.x0, pair.x1, magic});
+  const double *h = job.spectrum;
+  PartSums energy;
+  RunStrips<true, 2>(plan, job.scratch, [&](const StripGroup &strips, Index count) {
+    WithStripRadix(radix, [&]<int R>(Int<R>) {
+      double *part = strips.part;
+      for (Index strip = 0; strip < strips.count; strip += 2, part += 2 * strips.apart) {
+        FilterParts<R>(part, part + strips.apart, count, h, energy);
+        h += 2 * count * R * kLineScalars;
+      }
+    });
+  });
+  const auto n = static_cast<double>(plan.length);
+  const double smallest = RunUp(plan, job.scratch, Steps{product},
+                                PairSink<double>{pair.dst0, pair.dst1, pair.first, pair.count0, pair.count1});
+  return {Total(energy.low) / n, Total(energy.coarse) * n, Total(energy.rest) * n, smallest};
 }
 
 } // namespace

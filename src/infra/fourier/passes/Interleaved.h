@@ -68,6 +68,12 @@ template <bool Inverse = false, class E> [[gnu::always_inline]] inline E Multipl
   return Inverse ? MulAddSub(x, re, im) : MulSubAdd(x, re, im);
 }
 
+/// x * w + y.
+template <class E> [[gnu::always_inline]] inline E MultipliedAdd(E x, E w, E y) {
+  const E re = Shuffle<NeighbourTwice<0>, kScalars<E>>(w, w);
+  return MulSubAdd(x, re, MulSubAdd(Swapped(x), Shuffle<NeighbourTwice<1>, kScalars<E>>(w, w), y));
+}
+
 /// x * exp(-j 2 pi K / N), the constant known to the compiler.
 template <class T, int K, int N, bool Inverse, class E> [[gnu::always_inline]] inline E TurnedBy(E x) {
   constexpr T c = static_cast<T>(Cosine(1, 8));

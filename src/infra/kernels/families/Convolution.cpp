@@ -462,33 +462,6 @@ template <class T> double ConvEnergy(const T *x, Index len) {
   return total;
 }
 
-// high[i] + low[i] = x0[i] + j x1[i] without an error, where high has whole multiples of a step: adding and
-// subtracting `magic`, 1.5 * 2^52 steps, rounds to it. Returns the sum of the squares of low.
-double ConvSplit(const double *x0, const double *x1, double *high, double *low, Index len, double magic) {
-  constexpr int V = kPerRegister<double>;
-  Doubles sum{};
-  const Doubles rounder = Broadcast<Doubles>(magic);
-  Index i = 0;
-  for (; i + V <= len; i += V) {
-    const auto re = Load<Doubles>(x0 + i), im = Load<Doubles>(x1 + i);
-    const auto highRe = (re + rounder) - rounder, highIm = (im + rounder) - rounder;
-    const auto lowRe = re - highRe, lowIm = im - highIm;
-    StoreComplex<double, V>(high + 2 * i, highRe, highIm);
-    StoreComplex<double, V>(low + 2 * i, lowRe, lowIm);
-    sum = MulAdd(lowRe, lowRe, MulAdd(lowIm, lowIm, sum));
-  }
-  double total = 0;
-  for (int lane = 0; lane < V; ++lane) total += sum[lane];
-  for (; i < len; ++i) {
-    const double highRe = (x0[i] + magic) - magic, highIm = (x1[i] + magic) - magic;
-    const double lowRe = x0[i] - highRe, lowIm = x1[i] - highIm;
-    StoreComplex<double, 1>(high + 2 * i, highRe, highIm);
-    StoreComplex<double, 1>(low + 2 * i, lowRe, lowIm);
-    total += lowRe * lowRe + lowIm * lowIm;
-  }
-  return total;
-}
-
 // How many of the counts in the lanes.
 template <class M> [[gnu::always_inline]] inline Index Total(M counts) {
   Index total = 0;
@@ -497,28 +470,6 @@ template <class M> [[gnu::always_inline]] inline Index Total(M counts) {
 }
 
 [[gnu::always_inline]] inline Doubles Magnitude(Doubles x) { return x < 0 ? -x : x; }
-
-// dst[i] = high[2 i], rounded to whole multiples of a step as in ConvSplit, + low[2 i].
-Index ConvJoin(const double *high, const double *low, double *dst, Index len, double magic, double least) {
-  constexpr int V = kPerRegister<double>;
-  auto counts = Doubles{} != Doubles{};
-  const Doubles rounder = Broadcast<Doubles>(magic);
-  Index i = 0;
-  for (; i + V < len; i += V) {
-    Doubles whole, rest, im;
-    LoadComplex<double, V>(high + 2 * i, whole, im);
-    LoadComplex<double, V>(low + 2 * i, rest, im);
-    const auto result = ((whole + rounder) - rounder) + rest;
-    Store(dst + i, result);
-    counts += Magnitude(result) < least;
-  }
-  Index below = Total(counts);
-  for (; i < len; ++i) {
-    dst[i] = ((high[2 * i] + magic) - magic) + low[2 * i];
-    below += __builtin_fabs(dst[i]) < least;
-  }
-  return below;
-}
 
 // The number of values before the first one of whose kParts parts none has at least the magnitude `least`.
 template <class T, int kParts> Index ConvLarge(const T *x, Index len, T least) {
@@ -546,6 +497,38 @@ template <class T, int kParts> Index ConvLarge(const T *x, Index len, T least) {
   return i / kParts;
 }
 
+// Takes 1 off the counts of the lanes in which x is above y.
+using LaneCounts = decltype(Doubles{} > Doubles{});
+[[gnu::always_inline]] inline void CountAbove(Doubles x, Doubles y, LaneCounts &counts) {
+#if defined(__AVX512F__)
+  // As instructions: GCC 12 makes a vector of each mask.
+  const auto values = reinterpret_cast<__m512i>(counts);
+  counts = reinterpret_cast<LaneCounts>(
+      _mm512_mask_add_epi64(values, _mm512_cmp_pd_mask(x, y, _CMP_GT_OQ), values, _mm512_set1_epi64(-1)));
+#else
+  counts += x > y;
+#endif
+}
+
+// counts[3 b + j] := the number of values before block b, of 64 each, whose magnitude is above steps[j], for
+// 0 <= b <= blocks.
+void ConvCountAbove(const double *x, Index blocks, const double *steps, Index *counts) {
+  constexpr int V = kPerRegister<double>, kBlock = 64, kSteps = 3;
+  Doubles at[kSteps];
+  for (int j = 0; j < kSteps; ++j) {
+    at[j] = Broadcast<Doubles>(steps[j]);
+    counts[j] = 0;
+  }
+  for (Index block = 0; block < blocks; ++block, counts += kSteps) {
+    LaneCounts above[kSteps] = {};
+    for (int i = 0; i < kBlock; i += V) {
+      const Doubles size = Magnitude(Load<Doubles>(x + block * kBlock + i));
+      for (int j = 0; j < kSteps; ++j) CountAbove(size, at[j], above[j]);
+    }
+    for (int j = 0; j < kSteps; ++j) counts[kSteps + j] = counts[j] + Total(above[j]);
+  }
+}
+
 // Rounds to float and returns the smallest magnitude, infinite without values.
 double ConvRound(const double *src, float *dst, Index len) {
   constexpr int V = kPerRegister<double>;
@@ -568,25 +551,102 @@ double ConvRound(const double *src, float *dst, Index len) {
   return smallest;
 }
 
-// dst[i] = src1[i] factor1[i] + src2[i] factor2[i], complex.
-void ConvSumOfProducts(const double *src1, const double *factor1, const double *src2, const double *factor2,
-                       double *dst, Index len) {
+// dst[i] = high + j scale low, high + low being src[i] without an error and high whole multiples of a step,
+// as in ConvSplit. Returns the sum of the squares of low.
+double ConvPack(const double *src, double *dst, Index len, double magic, double scale) {
   constexpr int V = kPerRegister<double>;
-  const auto body = [&]<int L>(Index i, Int<L>) {
-    Vec<double, L> re, im, wre, wim, sumRe, sumIm;
-    LoadComplex<double, L>(src1 + 2 * i, re, im);
-    LoadComplex<double, L>(factor1 + 2 * i, wre, wim);
-    sumRe = MulSub(re, wre, im * wim);
-    sumIm = MulAdd(re, wim, im * wre);
-    LoadComplex<double, L>(src2 + 2 * i, re, im);
-    LoadComplex<double, L>(factor2 + 2 * i, wre, wim);
-    sumRe = MulAdd(re, wre, NegMulAdd(im, wim, sumRe));
-    sumIm = MulAdd(re, wim, MulAdd(im, wre, sumIm));
-    StoreComplex<double, L>(dst + 2 * i, sumRe, sumIm);
+  const auto body = [&]<int L>(Index i, Int<L>, auto &sum) {
+    using E = Vec<double, L>;
+    const E x = Load<E>(src + i), rounder = Broadcast<E>(magic), high = (x + rounder) - rounder,
+            low = x - high;
+    StoreComplex<double, L>(dst + 2 * i, high, low * scale);
+    sum = MulAdd(low, low, sum);
   };
+  Doubles sum{};
+  double total = 0;
   Index i = 0;
-  for (; i + V <= len; i += V) body(i, Int<V>{});
-  for (; i < len; ++i) body(i, Int<1>{});
+  for (; i + V <= len; i += V) body(i, Int<V>{}, sum);
+  for (; i < len; ++i) body(i, Int<1>{}, total);
+  for (int lane = 0; lane < V; ++lane) total += sum[lane];
+  return total;
+}
+
+// The transforms x and taps of len values each are those of high + j low, both parts being real. Of 4 high
+// high' + 4 j (high tapUnit low' + low unit (high' + partsRatio low')), the convolutions' transforms, those
+// of the taps being primed, x receives the transform. len is even. Returns the sum of the result's squares.
+double ConvPackedProduct(double *x, const double *taps, Index len, double tapUnit, double unit,
+                         double partsRatio) {
+  constexpr int V = kPerRegister<double>;
+  // Of bins k and len - k, which hold the two parts' bins k: of their sums 2 high and 2 low.
+  const auto body = [&]<int L>(Index k, Int<L>, auto &sum) {
+    using E = Vec<double, L>;
+    const Index mirror = len - k - (L - 1);
+    const auto parts = [&](const double *of, E &highRe, E &highIm, E &lowRe, E &lowIm) {
+      E re, im, mirrorRe, mirrorIm;
+      LoadComplex<double, L>(of + 2 * k, re, im);
+      LoadComplex<double, L>(of + 2 * mirror, mirrorRe, mirrorIm);
+      mirrorRe = Reverse<double, L>(mirrorRe);
+      mirrorIm = Reverse<double, L>(mirrorIm);
+      highRe = re + mirrorRe;
+      highIm = im - mirrorIm;
+      lowRe = im + mirrorIm;
+      lowIm = mirrorRe - re;
+    };
+    E highRe, highIm, lowRe, lowIm, tapRe, tapIm, fineRe, fineIm;
+    parts(x, highRe, highIm, lowRe, lowIm);
+    parts(taps, tapRe, tapIm, fineRe, fineIm);
+    const E ratio = Broadcast<E>(partsRatio), allRe = MulAdd(fineRe, ratio, tapRe) * unit,
+            allIm = MulAdd(fineIm, ratio, tapIm) * unit;
+    fineRe *= tapUnit;
+    fineIm *= tapUnit;
+    const E coarseRe = MulSub(highRe, tapRe, highIm * tapIm),
+            coarseIm = MulAdd(highRe, tapIm, highIm * tapRe);
+    const E restRe = MulAdd(lowRe, allRe, NegMulAdd(lowIm, allIm, MulSub(highRe, fineRe, highIm * fineIm))),
+            restIm = MulAdd(lowRe, allIm, MulAdd(lowIm, allRe, MulAdd(highRe, fineIm, highIm * fineRe)));
+    StoreComplex<double, L>(x + 2 * k, coarseRe - restIm, coarseIm + restRe);
+    StoreComplex<double, L>(x + 2 * mirror, Reverse<double, L>(coarseRe + restIm),
+                            Reverse<double, L>(restRe - coarseIm));
+    sum += MulAdd(coarseRe, coarseRe, coarseIm * coarseIm) + MulAdd(restRe, restRe, restIm * restIm);
+  };
+  const auto alone = [&](Index k) {
+    const double high = 2 * x[2 * k], low = 2 * x[2 * k + 1], tap = 2 * taps[2 * k],
+                 fine = 2 * taps[2 * k + 1];
+    const double coarse = high * tap;
+    const double rest = MulAdd(low, MulAdd(fine, partsRatio, tap) * unit, high * (fine * tapUnit));
+    x[2 * k] = coarse;
+    x[2 * k + 1] = rest;
+    return coarse * coarse + rest * rest;
+  };
+  Doubles sum{};
+  double total = 0;
+  Index k = 1;
+  for (; k + V <= len / 2; k += V) body(k, Int<V>{}, sum);
+  for (; k < len / 2; ++k) body(k, Int<1>{}, total);
+  for (int lane = 0; lane < V; ++lane) total += sum[lane];
+  return 2 * total + alone(0) + alone(len / 2); // each sum is that of two bins
+}
+
+// dst[i] = high, rounded to whole multiples of a step as in ConvPack, + unit low, of src[i] = high + j low.
+// Returns the smallest magnitude, infinite without values.
+double ConvUnpack(const double *src, double *dst, Index len, double magic, double unit) {
+  constexpr int V = kPerRegister<double>;
+  const auto body = [&]<int L>(Index i, Int<L>, auto &smallest) {
+    using E = Vec<double, L>;
+    E high, low;
+    LoadComplex<double, L>(src + 2 * i, high, low);
+    const E rounder = Broadcast<E>(magic),
+            result = MulAdd(low, Broadcast<E>(unit), (high + rounder) - rounder);
+    const E size = result < 0 ? -result : result;
+    Store(dst + i, result);
+    smallest = size < smallest ? size : smallest;
+  };
+  double smallest = __builtin_inf();
+  Doubles least = Broadcast<Doubles>(smallest);
+  Index i = 0;
+  for (; i + V <= len; i += V) body(i, Int<V>{}, least);
+  for (; i < len; ++i) body(i, Int<1>{}, smallest);
+  for (int lane = 0; lane < V; ++lane) smallest = least[lane] < smallest ? least[lane] : smallest;
+  return smallest;
 }
 
 } // namespace
