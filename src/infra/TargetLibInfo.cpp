@@ -72,7 +72,7 @@ unsigned long long Features() {
 
 const char *LevelName() {
   for (const kernels::Level &level : kernels::AvailableLevels()) {
-    if (level.table == kernels::active) return level.name;
+    if (level.table == kernels::Chosen()) return level.name;
   }
   return "base";
 }

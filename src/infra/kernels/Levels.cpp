@@ -2,7 +2,25 @@
 
 namespace QORN::kernels {
 
+namespace base {
+#define QORN_KERNEL(cls, name, params, args, ...) void name params;
+#define QORN_KERNEL_OWN_FORWARDER(cls, result, name, params, args, ...) result name params;
+#include "families/All.inc"
+#undef QORN_KERNEL
+#undef QORN_KERNEL_OWN_FORWARDER
+} // namespace base
+
+constinit Table current = {
+#define QORN_KERNEL(cls, name, params, args, ...) &base::name,
+#define QORN_KERNEL_OWN_FORWARDER(cls, result, name, params, args, ...) &base::name,
+#include "families/All.inc"
+#undef QORN_KERNEL
+#undef QORN_KERNEL_OWN_FORWARDER
+};
+
 namespace {
+
+constinit const Table *chosen = &base::table;
 
 struct Candidate {
   Level level;
@@ -45,10 +63,14 @@ const Table *Best() {
 
 } // namespace
 
-constinit const Table *active = &base::table;
+const Table *Chosen() { return chosen; }
+void Choose(const Table *table) {
+  chosen = table;
+  current = *table;
+}
 
 namespace {
-[[maybe_unused]] const bool raised = (active = Best(), true);
+[[maybe_unused]] const bool raised = (Choose(Best()), true);
 }
 
 std::vector<Level> AvailableLevels() {

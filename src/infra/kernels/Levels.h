@@ -13,10 +13,17 @@ struct Level {
   const Table *table;
 };
 
-/// The table that the public kernels go through. Constant-initialised to the base level, so that a kernel
-/// works at once from any static constructor, and raised to the best level that the processor has when the
-/// library's own statics are initialised. Never written afterwards, except by ScopedLevel.
-extern const Table *active;
+/// The table that the public kernels go through: a copy of a level's, since a call that found its table by a
+/// pointer would wait for two loads in a row, which is felt below a few hundred elements.
+/// Constant-initialised to the base level, so that a kernel works at once from any static constructor, and
+/// raised to the best level that the processor has when the library's own statics are initialised. Never
+/// written afterwards, except by ScopedLevel.
+[[gnu::visibility("hidden")]] extern Table current;
+inline constexpr const Table *active = &current;
+
+/// The level's table of which the current one is a copy.
+const Table *Chosen();
+void Choose(const Table *table);
 
 /// The levels that were built and that this processor and operating system can run, lowest first.
 std::vector<Level> AvailableLevels();
@@ -24,8 +31,8 @@ std::vector<Level> AvailableLevels();
 /// Runs the process on one level for the life of the object. For tests and benchmarks, on one thread.
 class ScopedLevel {
 public:
-  explicit ScopedLevel(const Level &level) : m_former(active) { active = level.table; }
-  ~ScopedLevel() { active = m_former; }
+  explicit ScopedLevel(const Level &level) : m_former(Chosen()) { Choose(level.table); }
+  ~ScopedLevel() { Choose(m_former); }
   ScopedLevel(const ScopedLevel &) = delete;
   ScopedLevel &operator=(const ScopedLevel &) = delete;
 
