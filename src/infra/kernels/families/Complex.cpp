@@ -17,8 +17,8 @@ template <class C, class T> void Imag(const C *src, T *dst, int len) {
   for (Index i = 0; i < len; ++i) dst[i] = src[i].im;
 }
 
-// A complex float as one word, with the sign of the imaginary part on top: neither a part with another sign
-// than its neighbour nor pairs of parts in reversed order would vectorise well.
+// A complex float as one word, with the sign of the imaginary part on top: a part with another sign than its
+// neighbour would not vectorise well.
 struct [[gnu::packed, gnu::aligned(alignof(Cplx32)), gnu::may_alias]] Word {
   std::uint64_t bits;
 };
@@ -52,52 +52,90 @@ void Conj(const Cplx64 *src, Cplx64 *dst, int len) {
 }
 template <class C> void Conj(C *srcDst, int len) { Conj(srcDst, srcDst, len); }
 
-// Where source and destination are one array, the elements change places in pairs; a middle one meets itself.
-template <class T, class F> inline void Reverse(const T *src, T *dst, Index len, F element) {
-  if (src == dst) {
-    T *first = dst, *last = dst + len - 1;
-    for (; first <= last; ++first, --last) {
-      const T low = *first;
-      *first = element(*last);
-      *last = element(low);
-    }
-  } else {
-    // Read upwards, as caches expect it. Rounds of several vectors would gain in the first-level cache and
-    // lose in the others.
-    for (Index i = 0; i < len; ++i) dst[len - 1 - i] = element(src[i]);
-  }
-}
-template <class T> void Flip(const T *src, T *dst, int len) {
-  Reverse(src, dst, len, [](T x) { return x; });
-}
-template <class T> void Flip(T *srcDst, int len) { Flip(srcDst, srcDst, len); }
-
-struct ComplexesReversed {
-  static constexpr int At(int i) { return kDoubles - 2 - i / 2 * 2 + i % 2; }
+// Elements in reversed order, each of kLanesEach lanes of type E, by registers of V lanes and what is left by
+// narrower ones; Element is what becomes of each on the way.
+template <int kLanesEach, int V> struct GroupsReversed {
+  static constexpr int At(int i) { return V - kLanesEach - i / kLanesEach * kLanesEach + i % kLanesEach; }
 };
-template <class F> inline void ReverseWith(Bits signs, const Cplx64 *src, Cplx64 *dst, Index len, F element) {
-  if (src == dst) return Reverse(src, dst, len, element);
-  const Index whole = len - len % kComplexes;
-  for (Index i = 0; i < whole; i += kComplexes) {
-    const Bits x = Load<Bits>(src + i) ^ signs;
-    Store(dst + len - i - kComplexes, Shuffle<ComplexesReversed, kDoubles>(x, x));
+struct Same {
+  template <int, int, class E> static E Of(E x) { return x; }
+};
+struct Conjugated {
+  // The last lane of each element has the sign of its imaginary part on top.
+  template <int kLanesEach, int V, class E> static E Of(E x) {
+    constexpr std::uint64_t kTop = std::uint64_t{1} << 63;
+    if constexpr (V == 1) {
+      return x ^ kTop;
+    } else {
+      E signs;
+      for (int j = 0; j < V; ++j) signs[j] = j % kLanesEach == kLanesEach - 1 ? kTop : 0;
+      return x ^ signs;
+    }
   }
-  for (Index i = whole; i < len; ++i) dst[len - 1 - i] = element(src[i]);
-}
-void Flip(const Cplx64 *src, Cplx64 *dst, int len) {
-  ReverseWith(Bits{}, src, dst, len, [](Cplx64 x) { return x; });
-}
-void ConjFlip(const Cplx64 *src, Cplx64 *dst, int len) {
-  ReverseWith(ImaginarySigns(), src, dst, len, [](Cplx64 x) { return Conjugate(x); });
-}
+};
 
-void Flip(const Cplx32 *src, Cplx32 *dst, int len) {
-  Reverse(Words(src), Words(dst), len, [](Word x) { return x; });
+template <class E, int kLanesEach, class Element> struct Reversal {
+  static constexpr int kMost = kRegisterBytes / static_cast<int>(sizeof(E));
+
+  template <int V> [[gnu::always_inline]] static Vec<E, V> Reversed(Vec<E, V> x) {
+    if constexpr (V > kLanesEach) x = Shuffle<GroupsReversed<kLanesEach, V>, V>(x, x);
+    return Element::template Of<kLanesEach, V>(x);
+  }
+
+  // Two registers a round: more would gain nothing in the first-level cache, and lose in the others.
+  template <int V, class T> [[gnu::always_inline]] static void Apart(const T *src, T *dst, Index len) {
+    constexpr Index kCount = V / kLanesEach;
+    const auto move = [&](Index i) __attribute__((always_inline)) {
+      Store(dst + i, Reversed<V>(Load<Vec<E, V>>(src + len - kCount - i)));
+    };
+    Index i = 0;
+    for (; len - i >= 2 * kCount; i += 2 * kCount) {
+      move(i);
+      move(i + kCount);
+    }
+    if (len - i >= kCount) {
+      move(i);
+      i += kCount;
+    }
+    if constexpr (V > kLanesEach) Apart<V / 2>(src, dst + i, len - i);
+  }
+
+  // Where source and destination are one array, the elements change places in pairs; a middle one stays.
+  template <int V, class T> [[gnu::always_inline]] static void InPlace(T *first, T *end) {
+    constexpr Index kCount = V / kLanesEach;
+    for (; end - first >= 2 * kCount; first += kCount, end -= kCount) {
+      const auto low = Load<Vec<E, V>>(first), high = Load<Vec<E, V>>(end - kCount);
+      Store(first, Reversed<V>(high));
+      Store(end - kCount, Reversed<V>(low));
+    }
+    if constexpr (V > kLanesEach) {
+      InPlace<V / 2>(first, end);
+    } else if (first < end) {
+      Store(first, Reversed<V>(Load<Vec<E, V>>(first)));
+    }
+  }
+
+  template <class T> static void Run(const T *src, T *dst, Index len) {
+    if (src == dst) return InPlace<kMost>(dst, dst + len);
+    Apart<kMost>(src, dst, len);
+  }
+};
+
+template <class Element> inline void Reverse(const float *src, float *dst, Index len) {
+  Reversal<std::uint32_t, 1, Element>::Run(src, dst, len);
 }
-void Flip(Cplx32 *srcDst, int len) { Flip(srcDst, srcDst, len); }
-void ConjFlip(const Cplx32 *src, Cplx32 *dst, int len) {
-  Reverse(Words(src), Words(dst), len, [](Word x) { return Conjugate(x); });
+template <class Element> inline void Reverse(const double *src, double *dst, Index len) {
+  Reversal<std::uint64_t, 1, Element>::Run(src, dst, len);
 }
+template <class Element> inline void Reverse(const Cplx32 *src, Cplx32 *dst, Index len) {
+  Reversal<std::uint64_t, 1, Element>::Run(src, dst, len);
+}
+template <class Element> inline void Reverse(const Cplx64 *src, Cplx64 *dst, Index len) {
+  Reversal<std::uint64_t, 2, Element>::Run(src, dst, len);
+}
+template <class T> void Flip(const T *src, T *dst, int len) { Reverse<Same>(src, dst, len); }
+template <class T> void Flip(T *srcDst, int len) { Reverse<Same>(srcDst, srcDst, len); }
+template <class C> void ConjFlip(const C *src, C *dst, int len) { Reverse<Conjugated>(src, dst, len); }
 
 } // namespace
 
