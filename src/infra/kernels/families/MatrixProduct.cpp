@@ -84,7 +84,9 @@ template <int height, class T> void Stripe(const T *a, const T *b, T *dst, Index
 template <class T> void MatrixProduct(const T *a, const T *b, T *dst, int rows, int inner, int cols) {
   Index i = 0;
   for (; rows - i >= 4; i += 4) Stripe<4>(a, b, dst, i, inner, cols);
-  for (; i < rows; ++i) Stripe<1>(a, b, dst, i, inner, cols);
+  if (rows - i == 3) return Stripe<3>(a, b, dst, i, inner, cols);
+  if (rows - i == 2) return Stripe<2>(a, b, dst, i, inner, cols);
+  if (rows - i == 1) Stripe<1>(a, b, dst, i, inner, cols);
 }
 
 } // namespace
