@@ -90,6 +90,13 @@ template <class F> constexpr typename F::Value Rising(typename F::Value bits) {
   return F::kFloating ? bits ^ ((bits >> (8 * sizeof bits - 1)) & kAllButSign) : bits;
 }
 template <class F, bool kDown> bool AreInOrder(const typename F::Key *bits, Index len) {
+  // One value alone takes half the time.
+  const typename F::Value one = bits[0];
+  if (bits[len - 1] == one &&
+      AllOf(
+          len, 1, [=](Index i) __attribute__((always_inline)) { return bits[i] == one; })) {
+    return true;
+  }
   const bool rise = AllOf(
       len, 1, [=](Index i) __attribute__((always_inline)) {
         const typename F::Value here = Rising<F>(bits[i]), before = Rising<F>(bits[i - 1]);
