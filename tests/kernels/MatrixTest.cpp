@@ -1,9 +1,12 @@
 // Inversion against inverses known in closed form, and by its residual.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "qorn/infra/TargetLib.h"
@@ -172,6 +175,110 @@ TEST(TargetLibMatrix, Invert_SmallColumnBesideALargeOne_IsInverted) {
   ExpectInverseOfTwo(1e20F, 1e20F, 1e-25F, -1e-25F);
   ExpectInverseOfTwo(1e200, 1e-200, 1e200, -1e-200);
   ExpectInverseOfTwo(1e200, 3.33333e-200, 1e200, -1.1e-200);
+}
+
+// The steps of the inversion one by one: scale rows and columns by powers of two, take the first largest
+// element that is left as the pivot, eliminate, put the order and the scales back.
+template <class T> Inverse<T> InvertedStepByStep(const std::vector<T> &matrix, int size) {
+  const auto n = static_cast<std::size_t>(size);
+  constexpr int kNone = -100000;
+  const auto exponent = [](T x) { return x == 0 ? kNone : std::ilogb(x) + 1; };
+  std::vector<int> rows(n, kNone), columns(n, kNone);
+  for (std::size_t i = 0; i < n * n; ++i) rows[i / n] = std::max(rows[i / n], exponent(matrix[i]));
+  for (std::size_t i = 0; i < n * n; ++i) {
+    columns[i % n] = std::max(columns[i % n], exponent(matrix[i]) - rows[i / n]);
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    if (rows[i] < kNone / 2 || columns[i] < kNone / 2) return {false, {}};
+  }
+  std::vector<T> a(n * n);
+  for (std::size_t i = 0; i < n * n; ++i) a[i] = std::ldexp(matrix[i], -rows[i / n] - columns[i % n]);
+  std::vector<std::size_t> places;
+  for (std::size_t k = 0; k < n; ++k) {
+    std::size_t best = k * n + k;
+    T largest = -1;
+    for (std::size_t i = k * n; i < n * n; ++i) {
+      if (i % n < k || !(std::fabs(a[i]) > largest)) continue;
+      largest = std::fabs(a[i]);
+      best = i;
+    }
+    if (!(largest > static_cast<T>(size) * std::numeric_limits<T>::epsilon())) return {false, {}};
+    places.push_back(best);
+    for (std::size_t j = 0; j < n; ++j) std::swap(a[best / n * n + j], a[k * n + j]);
+    for (std::size_t i = 0; i < n; ++i) std::swap(a[i * n + best % n], a[i * n + k]);
+    const T pivot = a[k * n + k];
+    a[k * n + k] = 1;
+    for (std::size_t j = 0; j < n; ++j) a[k * n + j] /= pivot;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (i == k) continue;
+      const T factor = a[i * n + k];
+      a[i * n + k] = 0;
+      for (std::size_t j = 0; j < n; ++j) {
+        const volatile T product = factor * a[k * n + j]; // rounded before it is taken away
+        a[i * n + j] -= product;
+      }
+    }
+  }
+  for (std::size_t k = n; k-- > 0;) {
+    for (std::size_t i = 0; i < n; ++i) std::swap(a[i * n + places[k] / n], a[i * n + k]);
+    for (std::size_t j = 0; j < n; ++j) std::swap(a[places[k] % n * n + j], a[k * n + j]);
+  }
+  for (std::size_t i = 0; i < n * n; ++i) a[i] = std::ldexp(a[i], -columns[i / n] - rows[i % n]);
+  return {true, a};
+}
+
+// Row by row, and column by column, which leaves gaps between the elements of a row.
+template <class T> void CheckBits(const std::vector<T> &matrix, int size, const Inverse<T> &expected) {
+  const auto n = static_cast<std::size_t>(size);
+  const int step = static_cast<int>(sizeof(T));
+  std::vector<T> byColumns(n * n), buffer(n * (n + 1)), values(n * n);
+  for (std::size_t i = 0; i < n * n; ++i) byColumns[i % n * n + i / n] = matrix[i];
+  for (const QORN::kernels::Level &level : QORN::kernels::AvailableLevels()) {
+    const QORN::kernels::ScopedLevel scope(level);
+    const Inverse<T> inverse = Inverted(matrix);
+    ASSERT_EQ(inverse.success, expected.success) << level.name << ", size " << size;
+    ASSERT_EQ(
+        Invert(byColumns.data(), step, size * step, buffer.data(), values.data(), step, size * step, size),
+        expected.success);
+    for (std::size_t i = 0; i < n * n && expected.success; ++i) {
+      const std::size_t across = i % n * n + i / n;
+      ASSERT_TRUE(QORN::test::Same()(inverse.values[i], expected.values[i])) << level.name << ", " << i;
+      ASSERT_TRUE(QORN::test::Same()(values[across], expected.values[i])) << level.name << ", " << i;
+    }
+  }
+}
+
+TYPED_TEST(TargetLibMatrix, Invert_AnySizeAtEveryLevel_HasTheBitsOfTheStepsOneByOne) {
+  using T = TypeParam;
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  constexpr int kFar = std::is_same_v<T, float> ? 60 : 500;
+  int inverses = 0, others = 0;
+  const auto check = [&](const std::vector<T> &matrix, int size) {
+    const Inverse<T> expected = InvertedStepByStep(matrix, size);
+    ++(expected.success ? inverses : others);
+    CheckBits(matrix, size, expected);
+  };
+  for (int size = 1; size <= 70; size += size < 36 ? 1 : 17) {
+    const auto n = static_cast<std::size_t>(size);
+    std::vector<T> matrix(n * n);
+    for (T &x : matrix) x = static_cast<T>(uniform(random));
+    check(matrix, size);
+    // Many elements that are equally large, and many zeros.
+    for (T &x : matrix) x = static_cast<T>(static_cast<int>(random() % 3) - 1);
+    check(matrix, size);
+    // Rows and columns so far apart that no one factor scales them, and denormal elements.
+    std::vector<int> exponents(2 * n);
+    for (int &exponent : exponents) exponent = static_cast<int>(random() % (2 * kFar)) - kFar;
+    for (std::size_t i = 0; i < n * n; ++i) {
+      matrix[i] = static_cast<T>(std::ldexp(uniform(random), exponents[i / n] + exponents[n + i % n]));
+    }
+    check(matrix, size);
+    for (T &x : matrix) x *= std::numeric_limits<T>::min();
+    check(matrix, size);
+  }
+  EXPECT_GT(inverses, 90);
+  EXPECT_GT(others, 3);
 }
 
 TYPED_TEST(TargetLibMatrix, Invert_NotFinite_IsFalse) {
