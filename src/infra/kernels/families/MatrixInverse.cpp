@@ -320,7 +320,7 @@ private:
     T *const pivotRow = Row(k);
     const T pivot = pivotRow[k], reciprocal = T(1) / pivot;
     Rewrite(pivotRow, [=](Index j) { return Load<Values>(pivotRow + j) / pivot; });
-    const auto eliminate = [ =, this ](T * row, auto look) __attribute__((always_inline)) {
+    const auto eliminate = [&](T * row, auto look) __attribute__((always_inline)) {
       const T factor = row[k];
       Rewrite(
           row, [=](Index j) __attribute__((always_inline)) {
