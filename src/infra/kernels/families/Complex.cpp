@@ -101,22 +101,32 @@ template <class E, int kLanesEach, class Element> struct Reversal {
   }
 
   // Where source and destination are one array, the elements change places in pairs; a middle one stays.
-  template <int V, class T> [[gnu::always_inline]] static void InPlace(T *first, T *end) {
+  template <int V, class T> [[gnu::always_inline]] static void InPlace(T *x, Index len) {
     constexpr Index kCount = V / kLanesEach;
-    for (; end - first >= 2 * kCount; first += kCount, end -= kCount) {
-      const auto low = Load<Vec<E, V>>(first), high = Load<Vec<E, V>>(end - kCount);
+    const auto exchange = [&](Index i) __attribute__((always_inline)) {
+      T *const first = x + i, *const last = x + len - kCount - i;
+      const auto low = Load<Vec<E, V>>(first), high = Load<Vec<E, V>>(last);
       Store(first, Reversed<V>(high));
-      Store(end - kCount, Reversed<V>(low));
+      Store(last, Reversed<V>(low));
+    };
+    Index i = 0;
+    // Registers of 64 bytes fill the ports by one pair a round, and cost a short array less.
+    if constexpr (kRegisterBytes < 64) {
+      for (; len - 2 * i >= 4 * kCount; i += 2 * kCount) {
+        exchange(i);
+        exchange(i + kCount);
+      }
     }
+    for (; len - 2 * i >= 2 * kCount; i += kCount) exchange(i);
     if constexpr (V > kLanesEach) {
-      InPlace<V / 2>(first, end);
-    } else if (first < end) {
-      Store(first, Reversed<V>(Load<Vec<E, V>>(first)));
+      InPlace<V / 2>(x + i, len - 2 * i);
+    } else if (2 * i < len) {
+      Store(x + i, Reversed<V>(Load<Vec<E, V>>(x + i)));
     }
   }
 
   template <class T> static void Run(const T *src, T *dst, Index len) {
-    if (src == dst) return InPlace<kMost>(dst, dst + len);
+    if (src == dst) return InPlace<kMost>(dst, len);
     Apart<kMost>(src, dst, len);
   }
 };
