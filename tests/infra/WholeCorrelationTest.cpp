@@ -374,11 +374,11 @@ TEST(WholeCorrelation, ConvolveWholeDoubles_Integers_IsExact) {
 }
 
 TEST(WholeCorrelation, ConvolveWholeDoubles_Silence_IsExactlyZero) {
-  Doubles taps = DoubleNoise(40, 31), x = DoubleNoise(1000, 32);
+  Doubles taps = DoubleNoise(40, 31), x = DoubleNoise(5000, 32);
   std::fill_n(x.begin(), 20, 0.0);
-  std::fill_n(x.begin() + 500, 50, 0.0);
+  std::fill_n(x.begin() + 2500, 50, 0.0);
   std::fill_n(x.end() - 30, 30, 0.0);
-  EXPECT_TRUE(CheckDoubles(taps, x, 1152));
+  EXPECT_TRUE(CheckDoubles(taps, x, 5120));
   // Operands that are mostly silent at their ends.
   x.assign(6000, 0.0);
   const Doubles burst = DoubleNoise(3000, 33);

@@ -375,14 +375,14 @@ private:
   public:
     Known() = default;
     Known(Job &job, Index first, const double *window, double norm, double least)
-        : m_taps(&job.TapSizes()),
-          m_sizes(window, job.m_engine.Length(), norm, Life::kCall), m_group{first,
-                                                                             job.m_last < 512 ? 64 : 128,
-                                                                             job.m_last + 1,
-                                                                             true,
-                                                                             job.m_job.len,
-                                                                             first - job.m_last},
-          m_first(first), m_least(least) {}
+        : m_taps(&job.TapSizes()), m_sizes(window, job.m_engine.Length(), norm, Life::kCall), m_first(first),
+          m_least(least) {
+      m_group.count = job.m_last < 512 ? 64 : 128;
+      m_group.tapCount = job.m_last + 1;
+      m_group.isReversed = true;
+      m_group.xLen = job.m_job.len;
+      m_group.xFirst = first - job.m_last;
+    }
     Known(Job &, Index, const float *, double, double) {}
 
     // Behind the group of output n; there is but one if nothing is known.
@@ -438,13 +438,16 @@ private:
                            m_last,     pair[0].count, pair[1].count};
       // First as if the taps amplified no more than white noise; where that was too little, again with all
       // that they can amplify.
-      for (double gain = std::min(m_gain, 4 * m_norm);; gain = m_gain) {
+      for (double gain = m_amplifies ? m_gain : std::min(m_gain, 4 * m_norm);; gain = m_gain) {
         // Half a step is to be above the error of the coarse product, whose factors' norms are at most twice
         // the whole ones'.
         const double coarse = Bound(2 * norm, m_norm + m_fineNorm, gain);
         const double step = std::ldexp(1.0, std::ilogb(2.1 * coarse / m_tapStep) + 1);
         const CyclicParts got = m_engine.Run(job, 0x1.8p52 * step, 0x1.8p52 * step * m_tapStep);
-        if (gain != m_gain && std::sqrt(got.coarse) > (1 - 1e-6) * 2 * norm * gain) continue;
+        if (gain != m_gain && std::sqrt(got.coarse) > (1 - 1e-6) * 2 * norm * gain) {
+          m_amplifies = true; // and so they will the next block
+          continue;
+        }
         // What the inverse transform adds is told by the norm of what it gave.
         const double low = std::sqrt(got.low) * (1 + 1e-6);
         const double error = Bound(norm + low, m_fineNorm, 0) + Bound(low, m_norm + m_fineNorm, 0) +
@@ -662,6 +665,7 @@ private:
 
   // Of doubles.
   double m_tapStep = 0, m_fineNorm = 0;
+  bool m_amplifies = false;
   std::optional<Magnitudes> m_tapSizes;
 };
 

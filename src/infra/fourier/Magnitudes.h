@@ -26,14 +26,14 @@ public:
   /// QORNException 11001 if there is no memory.
   Magnitudes(const double *x, std::ptrdiff_t len, double norm, Life life);
 
-  /// Some outputs of a convolution y[n] = sum over i of h[i] x[n - i], x being 0 outside 0 to xLen - 1.
+  /// Some outputs of a convolution y[n] = sum over i of h[i] x[n - i], x being 0 outside 0 to xLen - 1. The
+  /// magnitudes of x go as far as these outputs reach.
   struct Outputs {
     std::ptrdiff_t first, count;
     std::ptrdiff_t tapCount;
     bool isReversed; ///< the magnitudes are those of the taps from the last one to h[0]
     std::ptrdiff_t xLen;
-    std::ptrdiff_t
-        xFirst; ///< the magnitudes of x begin with this value, and go as far as these outputs reach
+    std::ptrdiff_t xFirst; ///< the place of the first value whose magnitude is known
   };
 
   /// Whether the lower bound of every one of these outputs is at least `least`.

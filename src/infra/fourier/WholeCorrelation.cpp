@@ -144,7 +144,7 @@ struct Figures {
 // Deals with the outputs that do not speak for themselves: before the first nonzero value and behind the last
 // one they are zero; others stand if the sum of their magnitudes is large enough, as `next` may know, which
 // gives the first one from n on of which it does not, or else are summed directly. False if that would take
-// longer than the transforms did.
+// about as long as the transforms did.
 template <class T, class Next>
 bool Certify(const Correlation<T> &job, int length, bool convolve, double least, const Next &next) {
   const auto isZero = [](const T &x) { return Size(x) == 0; };
@@ -152,7 +152,9 @@ bool Certify(const Correlation<T> &job, int length, bool convolve, double least,
   const Index begin = std::find_if_not(values, behind, isZero) - values;
   const Index rest = std::find_if_not(std::reverse_iterator(behind), std::reverse_iterator(values), isZero) -
                      std::reverse_iterator(behind);
-  Index terms = Index{8} * length;
+  // Doubles are summed with what the roundings leave out, which takes several times as long.
+  constexpr Index kTerms = std::is_same_v<T, double> ? 2 : 8, kEach = std::is_same_v<T, double> ? 6 : 1;
+  Index terms = kTerms * length;
   const Index end = job.first + job.count;
   for (Index n = job.first;; ++n) {
     n += CountLarge(job.dst + (n - job.first), end - n, least);
@@ -174,7 +176,7 @@ bool Certify(const Correlation<T> &job, int length, bool convolve, double least,
       return sizes < least && --terms > 0;
     });
     if (sizes >= least) continue;
-    terms -= std::min<Index>(job.tapCount, n + 1);
+    terms -= kEach * std::min({Index{job.tapCount}, Index{job.len}, n + 1, job.len + job.tapCount - 1 - n});
     if (terms < 0) return false;
     result = Exactly(job, n, convolve);
   }
@@ -205,6 +207,10 @@ bool Certify(const Correlation<double> &job, int length, bool convolve, const No
     };
     while (head > 0 && isKnown((head - 1) * group)) --head;
     while (tail < groups && isKnown(tail * group)) ++tail;
+    // Where a signal is quiet, a few products do not help.
+    Index unknown = 0;
+    for (Index i = head; i < tail; ++i) unknown += isKnown(i * group) ? 0 : 1;
+    if (16 * unknown > groups) return false;
     const Index first = head * group, end = std::min(tail * group, job.count);
     const Correlation<double> middle{job.taps, job.tapCount, job.x,          job.len,
                                      first,    end - first,  job.dst + first};
@@ -273,45 +279,58 @@ Figures Transform(const Correlation<double> &job, int length, bool, const Norms 
   double *const bins = work.Data(), *const tapBins = bins + 2 * n, *const scratch = tapBins + 2 * n;
   const double error = TransformError(2 * length);
 
+  // p for so many values of this norm.
+  const auto scaleOf = [](double own, Index count, double step) {
+    return std::ldexp(1.0, std::ilogb(own / (step / 2 * std::sqrt(static_cast<double>(count)))));
+  };
   struct Packed {
-    double scale; // p
     bool isWhole; // low is zero
     double norm;  // |z|
   };
-  const auto transform = [&](const double *x, Index count, double own, double step, double *spectrum) {
-    Packed packed;
-    packed.scale = std::ldexp(1.0, std::ilogb(own / (step / 2 * std::sqrt(static_cast<double>(count)))));
+  const auto transform = [&](const double *x, Index count, double own, double step, double scale,
+                             double *spectrum) {
     const double low =
-        std::sqrt(active->ConvPack_64f(x, spectrum, count, 0x1.8p52 * step, packed.scale)) * (1 + 1e-6);
-    packed.isWhole = low == 0;
-    packed.norm = std::hypot(own + low, packed.scale * low);
+        std::sqrt(active->ConvPack_64f(x, spectrum, count, 0x1.8p52 * step, scale)) * (1 + 1e-6);
     std::fill(spectrum + 2 * count, spectrum + 2 * n, 0.0);
     plan.Forward(spectrum, spectrum, scratch, 1.0);
-    return packed;
+    return Packed{low == 0, std::hypot(own + low, scale * low)};
   };
 
-  // Both of |z| may be half as much again as those of the operands. Convolutions of noise keep their norm; if
-  // these amplify more than 4 times, it takes another turn.
-  double bound = CyclicBound(error, 1.5 * norms.x, 1.5 * norms.taps, 4 * norms.x * norms.taps);
+  // What so many products of noise come to.
+  const double most = 0.6 * norms.taps * norms.x / std::sqrt(static_cast<double>(job.tapCount) * job.len) *
+                      std::min(job.tapCount, job.len);
+  // Both of |z| may be half as much again as those of the operands. Convolutions of noise keep their norm,
+  // but for that of the sums' product. If these amplify more than 4 times, it takes another turn.
+  double tapSum = 0, sum = 0;
+  active->Sum_64f(job.taps, job.tapCount, &tapSum);
+  active->Sum_64f(job.x, job.len, &sum);
+  double bound = CyclicBound(
+      error, 1.5 * norms.x, 1.5 * norms.taps,
+      std::max(4 * norms.x * norms.taps, 1.5 * std::fabs(tapSum * sum) / std::sqrt(static_cast<double>(n))));
   const double sizes = norms.taps / norms.x * std::sqrt(static_cast<double>(job.len) / job.tapCount);
   for (int turn = 0; turn < 3; ++turn) {
     // Steps that cut as many bits from the one as from the other.
     const double tapStep = std::ldexp(1.0, std::ilogb(std::sqrt(4 * bound * sizes)));
-    const Packed taps = transform(job.taps, job.tapCount, norms.taps, tapStep, tapBins);
     const double step = std::ldexp(1.0, std::ilogb(2.1 * bound / tapStep) + 1);
-    const Packed values = transform(job.x, job.len, norms.x, step, bins);
-    const double scale = std::min(taps.scale, values.scale) / 2;
-    const double energy = active->ConvPackedProduct_64f(bins, tapBins, n, scale / taps.scale,
-                                                        scale / values.scale, 1 / taps.scale);
+    const double tapScale = scaleOf(norms.taps, job.tapCount, tapStep),
+                 ownScale = scaleOf(norms.x, job.len, step), scale = std::min(tapScale, ownScale) / 2;
+    const auto leastFor = [&](double largest) { return largest / scale / kShare<double>; };
+    if (leastFor(bound) > 4 * most) break; // it is seldom a fourth of that
+    const Packed taps = transform(job.taps, job.tapCount, norms.taps, tapStep, tapScale, tapBins);
+    const Packed values = transform(job.x, job.len, norms.x, step, ownScale, bins);
+    const double energy =
+        active->ConvPackedProduct_64f(bins, tapBins, n, scale / tapScale, scale / ownScale, 1 / tapScale);
     const double gained = std::sqrt(energy / static_cast<double>(n)) / 4;
     bound = CyclicBound(error, values.norm, taps.norm, gained) * (1 + 1e-6);
     if (2.05 * bound > step * tapStep) continue;
-    plan.Inverse(bins, bins, scratch, 0.25 / length);
     // Where both have nothing but whole steps, the result is exact.
     const bool isExact = values.isWhole && taps.isWhole;
+    const double least = isExact ? 0 : leastFor(bound);
+    if (least > most) break;
+    plan.Inverse(bins, bins, scratch, 0.25 / length);
     const double smallest =
         active->ConvUnpack_64f(bins, job.dst, job.count, 0x1.8p52 * step * tapStep, isExact ? 0 : 1 / scale);
-    return {smallest, isExact ? 0 : bound / scale / kShare<double>};
+    return {smallest, least};
   }
   return {0, std::numeric_limits<double>::infinity()};
 }
