@@ -25,11 +25,12 @@ Magnitudes::Magnitudes(const double *x, std::ptrdiff_t len, double norm, Life li
 }
 
 std::array<double, Magnitudes::kSteps> Magnitudes::Above(Range range) const {
-  const std::ptrdiff_t first = (range.first + kBlock - 1) / kBlock, end = std::max(first, range.end / kBlock);
   constexpr auto kStride = static_cast<std::ptrdiff_t>(kSteps);
+  const std::ptrdiff_t first = (range.first + kBlock - 1) / kBlock, end = range.end / kBlock;
+  std::array<double, kSteps> above{};
+  if (first >= end) return above; // and the blocks may have come to an end
   const std::ptrdiff_t *const from = m_counts.Data() + kStride * first;
   const std::ptrdiff_t *const to = m_counts.Data() + kStride * end;
-  std::array<double, kSteps> above;
   for (std::size_t i = 0; i < kSteps; ++i) above[i] = static_cast<double>(to[i] - from[i]);
   return above;
 }
