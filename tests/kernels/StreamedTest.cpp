@@ -34,9 +34,8 @@ private:
 };
 
 TEST(Streamed, Limit_IsTwiceTheLargestCache) {
-  const std::int64_t cache = QORN::LargestCacheBytes();
 #if defined(__SSE2__)
-  if (cache != 0) {
+  if (const std::int64_t cache = QORN::LargestCacheBytes(); cache != 0) {
     EXPECT_EQ(kernels::streamedBytes, 2 * static_cast<std::size_t>(cache));
     return;
   }
