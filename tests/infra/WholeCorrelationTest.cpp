@@ -399,6 +399,8 @@ TEST(WholeCorrelation, ConvolveWholeDoubles_WhatItCannotVouchFor_IsRefused) {
     spoiled[100] = bad;
     EXPECT_FALSE(isGood(spoiled, noise));
     EXPECT_FALSE(isGood(noise, spoiled));
+    EXPECT_FALSE(isGood(spoiled, Doubles(400)));
+    EXPECT_FALSE(isGood(Doubles(400), spoiled));
   }
   Doubles quiet = noise;
   for (std::size_t i = 100; i < 400; ++i) quiet[i] *= 1e-12;

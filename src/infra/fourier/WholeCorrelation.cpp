@@ -369,6 +369,8 @@ template <class T> bool ConvolveWhole(const T *taps, int tapCount, const T *x, i
     };
     const Index before = trimmed(taps, tapCount) + trimmed(x, len);
     if (tapCount == 0 || len == 0) {
+      // What is not finite would show.
+      if (!std::isfinite(Energy(taps, tapCount)) || !std::isfinite(Energy(x, len))) return false;
       std::fill_n(dst, count, 0.0);
       return true;
     }
@@ -386,11 +388,10 @@ void ConvolveEnds(const double *taps, int tapCount, const double *x, int len, do
   const WorkArray<double> outputs(2 * std::max(early, late), Life::kCall);
   const auto convolve = [&](Index count, bool isLate, double *to) {
     if (count == 0) return;
-    const int ownTaps = static_cast<int>(std::min<Index>(count, tapCount)),
-              ownLen = static_cast<int>(std::min<Index>(count, len));
-    const double *const firstTap = taps + (isLate ? tapCount - ownTaps : 0), *const first =
-                                                                                 x +
-                                                                                 (isLate ? len - ownLen : 0);
+    const int ownTaps = static_cast<int>(std::min<Index>(count, tapCount));
+    const int ownLen = static_cast<int>(std::min<Index>(count, len));
+    const double *const firstTap = isLate ? taps + (tapCount - ownTaps) : taps;
+    const double *const first = isLate ? x + (len - ownLen) : x;
     const Index all = static_cast<Index>(ownTaps) + ownLen - 1;
     double limit = DirectCost<double>(std::min(ownTaps, ownLen), all, 1.0 * ownTaps * ownLen);
     const int length = WholeLength<double>(ownTaps, ownLen, limit);
