@@ -69,14 +69,13 @@ void Convolve(void (*direct)(const T *, int, const T *, int, T *), const T *src1
     std::swap(len1, len2);
   }
   const Index outputs = static_cast<Index>(len1) + len2 - 1;
-  const Method method = Choose<T>(len1, len2, outputs, static_cast<double>(len1) * len2);
-  if (method.IsDirect()) return direct(src1, len1, src2, len2, dst);
+  const double terms = static_cast<double>(len1) * len2;
+  Method method = Choose<T>(len1, len2, outputs, terms);
   if (method.whole != 0) {
     if (fourier::ConvolveWhole(src1, len1, src2, len2, dst, method.whole)) return;
-    const double terms = static_cast<double>(len1) * len2,
-                 directly = fourier::DirectCost<T>(len1, outputs, terms);
-    if (fourier::BlockLength<T>(len1, outputs, directly) == 0) return direct(src1, len1, src2, len2, dst);
+    method = {0, fourier::BlockLength<T>(len1, outputs, fourier::DirectCost<T>(len1, outputs, terms))};
   }
+  if (method.IsDirect()) return direct(src1, len1, src2, len2, dst);
   const fourier::WorkArray<T> taps(len1, fourier::Life::kCall);
   Reverse(src1, len1, taps.Data());
   const Index end = EndOf<T>(len1);
