@@ -383,7 +383,7 @@ private:
       m_group.xLen = job.m_job.len;
       m_group.xFirst = first - job.m_last;
     }
-    Known(Job &, Index, const float *, double, double) {}
+    Known(Job &, Index, const float *, double, double) {} // never made of floats
 
     // Behind the group of output n; there is but one if nothing is known.
     Index GroupEnd(Index n) const {

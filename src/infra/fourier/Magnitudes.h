@@ -14,7 +14,7 @@ namespace QORN::fourier {
 ///
 /// Of m products a b, if p of the |a| are above s and q of the |b| above t, at least p + q - m have both. So
 /// the sum of all |a b| is at least the sum over all pairs of steps of (s - s') (t - t') max(p + q - m, 0),
-/// s' and t' being the next lower steps, or 0. For Gaussian noise that is a quarter of the sum.
+/// s' and t' being the next lower steps, or 0. For Gaussian noise that is a fifth of the sum.
 class Magnitudes {
 public:
   static constexpr std::ptrdiff_t kBlock = 64;

@@ -469,7 +469,7 @@ template <class M> [[gnu::always_inline]] inline Index Total(M counts) {
   return total;
 }
 
-[[gnu::always_inline]] inline Doubles Magnitude(Doubles x) { return x < 0 ? -x : x; }
+template <class E> [[gnu::always_inline]] inline E Magnitude(E x) { return x < 0 ? -x : x; }
 
 // The number of values before the first one of whose kParts parts none has at least the magnitude `least`.
 template <class T, int kParts> Index ConvLarge(const T *x, Index len, T least) {
@@ -551,8 +551,8 @@ double ConvRound(const double *src, float *dst, Index len) {
   return smallest;
 }
 
-// dst[i] = high + j scale low, high + low being src[i] without an error and high whole multiples of a step,
-// as in ConvSplit. Returns the sum of the squares of low.
+// dst[i] = high + j scale low, high + low being src[i] without an error and high whole multiples of a step:
+// adding and subtracting `magic`, 1.5 * 2^52 steps, rounds to it. Returns the sum of the squares of low.
 double ConvPack(const double *src, double *dst, Index len, double magic, double scale) {
   constexpr int V = kPerRegister<double>;
   const auto body = [&]<int L>(Index i, Int<L>, auto &sum) {
@@ -635,8 +635,7 @@ double ConvUnpack(const double *src, double *dst, Index len, double magic, doubl
     E high, low;
     LoadComplex<double, L>(src + 2 * i, high, low);
     const E rounder = Broadcast<E>(magic),
-            result = MulAdd(low, Broadcast<E>(unit), (high + rounder) - rounder);
-    const E size = result < 0 ? -result : result;
+            result = MulAdd(low, Broadcast<E>(unit), (high + rounder) - rounder), size = Magnitude(result);
     Store(dst + i, result);
     smallest = size < smallest ? size : smallest;
   };
