@@ -1,4 +1,4 @@
-// Full convolutions and correlations beside those by FFTW.
+// Full convolutions and correlations, of every pair of lengths, beside those by FFTW and direct loops.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
@@ -10,6 +10,7 @@
 
 #include "infra/kernels/Levels.h"
 #include "peers/convolution.h"
+#include "peers/plain.h"
 #include "qorn/infra/TargetLib.h"
 
 namespace {
@@ -19,10 +20,7 @@ using QORN::TargetLib;
 
 namespace kernels = QORN::kernels;
 
-constexpr struct {
-  int taps, len;
-} kSizes[] = {{16, 16},     {64, 64},     {256, 256},    {64, 4096},     {256, 4096},   {1024, 1024},
-              {4096, 4096}, {256, 65536}, {1024, 65536}, {16384, 65536}, {65536, 65536}};
+constexpr int kLengths[] = {16, 64, 256, 1024, 4096, 16384, 65536};
 
 template <class T> struct Data {
   std::vector<T> taps, x, dst;
@@ -44,73 +42,84 @@ template <class T> struct Data {
   }
 };
 
-std::string Title(const char *name, const std::string &who, int taps, int len) {
-  return std::string(name) + "/" + who + "/" + std::to_string(taps) + "x" + std::to_string(len);
-}
-
-template <class T, class Kernel>
-void Add(const char *name, const kernels::Level &level, const Kernel &kernel) {
-  for (const auto &size : kSizes) {
-    benchmark::RegisterBenchmark(Title(name, level.name, size.taps, size.len).c_str(),
-                                 [=](benchmark::State &state) {
-                                   const kernels::ScopedLevel scope(level);
-                                   Data<T> data(size.taps, size.len);
-                                   for (auto _ : state) {
-                                     kernel(data);
-                                     benchmark::ClobberMemory();
-                                   }
-                                 });
-  }
-}
-
-#if defined(QORN_PEER_FFTW)
-template <class T, class Part> void AddPeer(const char *name) {
-  for (const auto &size : kSizes) {
-    // The plans are made once for all repetitions.
-    const auto peer = std::make_shared<std::unique_ptr<peers::FftwConvolution<Part>>>();
-    benchmark::RegisterBenchmark(Title(name, "peer:fftw", size.taps, size.len).c_str(),
-                                 [=](benchmark::State &state) {
-                                   if (*peer == nullptr) {
-                                     *peer = std::make_unique<peers::FftwConvolution<Part>>(
-                                         size.taps, size.len, std::is_same_v<T, Cplx32>);
-                                   }
-                                   Data<T> data(size.taps, size.len);
-                                   for (auto _ : state) {
-                                     (*peer)->Run(reinterpret_cast<const Part *>(data.taps.data()),
-                                                  reinterpret_cast<const Part *>(data.x.data()),
-                                                  reinterpret_cast<Part *>(data.dst.data()));
-                                     benchmark::ClobberMemory();
-                                   }
-                                 });
-  }
-}
-#endif
-
 template <class T> int Length(const std::vector<T> &x) { return static_cast<int>(x.size()); }
 
-const bool registered = [] {
+template <class Run> void Repeat(benchmark::State &state, const Run &run) {
+  for (auto _ : state) {
+    run();
+    benchmark::ClobberMemory();
+  }
+}
+
+// A row for every pair of lengths, taps <= len, with what make(taps, len) returns: it takes the state and the
+// data.
+template <class T, class Make> void AddPairs(const char *name, const std::string &who, const Make &make) {
+  for (const int taps : kLengths) {
+    for (const int len : kLengths) {
+      if (taps > len) continue;
+      const std::string title =
+          std::string(name) + "/" + who + "/" + std::to_string(taps) + "x" + std::to_string(len);
+      benchmark::RegisterBenchmark(title.c_str(),
+                                   [taps, len, measure = make(taps, len)](benchmark::State &state) {
+                                     Data<T> data(taps, len);
+                                     measure(state, data);
+                                   });
+    }
+  }
+}
+
+// Part is the type of a real or imaginary part.
+template <class T, class Part, class Kernel, class Loop>
+void Add(const char *name, const Kernel &kernel, const Loop &loop) {
   for (const kernels::Level &level : kernels::AvailableLevels()) {
-    Add<float>("Conv_32f", level, [](Data<float> &d) {
-      TargetLib::Conv_32f(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data());
-    });
-    Add<double>("Conv_64f", level, [](Data<double> &d) {
-      TargetLib::Conv_64f(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data());
-    });
-    Add<float>("CrossCorr_32f", level, [](Data<float> &d) {
-      TargetLib::CrossCorr_32f(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data(),
-                               Length(d.dst), 1 - Length(d.taps));
-    });
-    Add<Cplx32>("CrossCorr_32fc", level, [](Data<Cplx32> &d) {
-      TargetLib::CrossCorr_32fc(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data(),
-                                Length(d.dst), 1 - Length(d.taps));
+    AddPairs<T>(name, level.name, [=](int, int) {
+      return [=](benchmark::State &state, Data<T> &data) {
+        const kernels::ScopedLevel scope(level);
+        Repeat(state, [&] { kernel(data); });
+      };
     });
   }
+  AddPairs<T>(name, "peer:plain", [=](int, int) {
+    return [=](benchmark::State &state, Data<T> &data) {
+      Repeat(state, [&] {
+        loop(data.taps.data(), Length(data.taps), data.x.data(), Length(data.x), data.dst.data());
+      });
+    };
+  });
 #if defined(QORN_PEER_FFTW)
-  AddPeer<float, float>("Conv_32f");
-  AddPeer<double, double>("Conv_64f");
-  AddPeer<float, float>("CrossCorr_32f");
-  AddPeer<Cplx32, float>("CrossCorr_32fc");
+  AddPairs<T>(name, "peer:fftw", [](int taps, int len) {
+    // The plans are made once for all repetitions.
+    const auto peer = std::make_shared<std::unique_ptr<peers::FftwConvolution<Part>>>();
+    return [=](benchmark::State &state, Data<T> &data) {
+      if (*peer == nullptr) {
+        *peer = std::make_unique<peers::FftwConvolution<Part>>(taps, len, std::is_same_v<T, Cplx32>);
+      }
+      const auto parts = [](auto &values) { return reinterpret_cast<Part *>(values.data()); };
+      Repeat(state, [&] { (*peer)->Run(parts(data.taps), parts(data.x), parts(data.dst)); });
+    };
+  });
 #endif
+}
+
+// Of correlations, all lags.
+template <class T, class Kernel> auto Correlation(const Kernel &kernel) {
+  return [kernel](Data<T> &d) {
+    kernel(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data(), Length(d.dst),
+           1 - Length(d.taps));
+  };
+}
+
+template <class T, class Kernel> auto Convolution(const Kernel &kernel) {
+  return
+      [kernel](Data<T> &d) { kernel(d.taps.data(), Length(d.taps), d.x.data(), Length(d.x), d.dst.data()); };
+}
+
+const bool registered = [] {
+  using peers::Plain;
+  Add<float, float>("Conv_32f", Convolution<float>(TargetLib::Conv_32f), Plain::Conv_32f);
+  Add<double, double>("Conv_64f", Convolution<double>(TargetLib::Conv_64f), Plain::Conv_64f);
+  Add<float, float>("CrossCorr_32f", Correlation<float>(TargetLib::CrossCorr_32f), Plain::CrossCorr_32f);
+  Add<Cplx32, float>("CrossCorr_32fc", Correlation<Cplx32>(TargetLib::CrossCorr_32fc), Plain::CrossCorr_32fc);
   return true;
 }();
 

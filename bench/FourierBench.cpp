@@ -22,17 +22,12 @@ using peers::Way;
 using QORN::kernels::Level;
 using QORN::kernels::ScopedLevel;
 
-std::vector<int> AllLengths() {
+std::vector<int> Lengths() {
   std::vector<int> lengths = {12,   60,   100,   120,   360,   1000,   1023,   1200,
                               1536, 4095, 10000, 65537, 99991, 100000, 131071, 1048575};
   for (int bits = 3; bits <= 22; ++bits) lengths.push_back(1 << bits);
   std::sort(lengths.begin(), lengths.end());
   return lengths;
-}
-
-std::vector<int> SomeLengths() {
-  return {8,   12,   16,   32,   60,   64,    100,   120,   128,   256,
-          360, 1000, 1023, 1024, 4096, 10000, 16384, 65536, 262144};
 }
 
 template <class T> void Fill(T *x, int n) {
@@ -102,9 +97,8 @@ template <class T> void Peer(benchmark::State &state, int n, bool real, Way way)
 }
 #endif
 
-template <class In, class Out, class T>
-void Register(const std::string &workload, const std::vector<int> &lengths, Way way) {
-  for (const int n : lengths) {
+template <class In, class Out, class T> void Register(const std::string &workload, Way way) {
+  for (const int n : Lengths()) {
     const std::string size = std::string("/").append(std::to_string(n));
     for (const Level &level : QORN::kernels::AvailableLevels()) {
       benchmark::RegisterBenchmark(
@@ -120,11 +114,9 @@ void Register(const std::string &workload, const std::vector<int> &lengths, Way 
 }
 
 template <class In, class Out, class T> void RegisterKind(const std::string &kind) {
-  Register<In, Out, T>("Fourier_" + kind, AllLengths(), Way::Forward);
-  Register<In, Out, T>("FourierInverse_" + kind, SomeLengths(), Way::Inverse);
-  if constexpr (std::is_same_v<In, Out>) {
-    Register<In, Out, T>("FourierInPlace_" + kind, SomeLengths(), Way::InPlace);
-  }
+  Register<In, Out, T>("Fourier_" + kind, Way::Forward);
+  Register<In, Out, T>("FourierInverse_" + kind, Way::Inverse);
+  if constexpr (std::is_same_v<In, Out>) Register<In, Out, T>("FourierInPlace_" + kind, Way::InPlace);
 }
 
 const bool registered = [] {

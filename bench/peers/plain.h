@@ -69,6 +69,11 @@ struct Plain {
   static void Flip_64f(const double *src, double *dst, int len);
   static void Flip_32f_I(float *srcDst, int len);
   static void ConjFlip_32fc(const Cplx32 *src, Cplx32 *dst, int len);
+  // All len1 + len2 - 1 results.
+  static void Conv_32f(const float *src1, int len1, const float *src2, int len2, float *dst);
+  static void Conv_64f(const double *src1, int len1, const double *src2, int len2, double *dst);
+  static void CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst);
+  static void CrossCorr_32fc(const Cplx32 *src1, int len1, const Cplx32 *src2, int len2, Cplx32 *dst);
 };
 
 struct Fast {
