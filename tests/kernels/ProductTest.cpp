@@ -247,6 +247,78 @@ TEST(TargetLib, CrossCorr_InfiniteElement_ReachesOnlyItsResults) {
   EXPECT_EQ(dst[2], 1);
 }
 
+// As above, for every place of the element and every way in which results lie about the ends.
+TEST(TargetLib, CrossCorr_InfiniteElementAnywhere_ReachesOnlyItsResults) {
+  const float inf = std::numeric_limits<float>::infinity();
+  std::mt19937 random(11);
+  for (const int len1 : {1, 2, 7, 16, 31}) {
+    for (const int len2 : {1, 3, 16, 40, 150}) {
+      std::vector<float> a, b;
+      for (int i = 0; i < len1; ++i) a.push_back(std::fabs(RandomValue<float>(random)) + 0.1F);
+      for (int i = 0; i < len2; ++i) b.push_back(std::fabs(RandomValue<float>(random)) + 0.1F);
+      const int count = len1 + len2 - 1;
+      std::vector<float> plain(static_cast<std::size_t>(count)), dst(plain);
+      for (const kernels::Level &level : kernels::AvailableLevels()) {
+        const kernels::ScopedLevel scope(level);
+        const auto correlate = [&](std::vector<float> &results) {
+          TargetLib::CrossCorr_32f(a.data(), len1, b.data(), len2, results.data(), count, 1 - len1);
+        };
+        correlate(plain);
+        for (int spoiled = 0; spoiled < len1 + len2; ++spoiled) {
+          const bool isTap = spoiled < len1;
+          const int at = isTap ? spoiled : spoiled - len1;
+          float &element = isTap ? a[static_cast<std::size_t>(at)] : b[static_cast<std::size_t>(at)];
+          const float before = element;
+          element = inf;
+          correlate(dst);
+          element = before;
+          for (int n = 0; n < count; ++n) {
+            const int lag = n + 1 - len1, other = isTap ? at + lag : at - lag;
+            const bool meets = other >= 0 && other < (isTap ? len2 : len1);
+            const float result = dst[static_cast<std::size_t>(n)], usual = plain[static_cast<std::size_t>(n)];
+            // What an infinite value of the signal does not reach keeps its bits.
+            ASSERT_TRUE(meets   ? result == inf
+                        : isTap ? std::isfinite(result)
+                                : result == usual)
+                << level.name << ' ' << len1 << ' ' << len2 << ' ' << spoiled << ' ' << n << ": " << result;
+          }
+        }
+      }
+    }
+  }
+}
+
+template <class T, class Kernel> void CheckAnyPart(const Kernel &kernel) {
+  std::mt19937 random(12);
+  for (const int len1 : {1, 2, 5, 8, 16, 21, 31}) {
+    for (const int len2 : {1, 6, 16, 64, 90, 200}) {
+      Guarded<T> a(len1, 3), b(len2, 5);
+      FillRandom(a, len1, random);
+      FillRandom(b, len2, random);
+      const int count = len1 + len2 - 1;
+      for (const kernels::Level &level : kernels::AvailableLevels()) {
+        const kernels::ScopedLevel scope(level);
+        std::vector<T> whole(static_cast<std::size_t>(count)), part(whole);
+        kernel(a.data(), len1, b.data(), len2, whole.data(), count, 1 - len1);
+        for (int first = 0; first < count; first += 3) {
+          for (int n = 1; n <= count - first; n += n < 20 ? 1 : 17) {
+            kernel(a.data(), len1, b.data(), len2, part.data(), n, 1 - len1 + first);
+            ASSERT_EQ(std::memcmp(part.data(), whole.data() + first, sizeof(T) * static_cast<std::size_t>(n)),
+                      0)
+                << level.name << ' ' << len1 << ' ' << len2 << ' ' << first << ' ' << n;
+          }
+        }
+      }
+    }
+  }
+}
+
+// However many results are asked for, from whichever lag on, each has the same bytes.
+TEST(TargetLib, CrossCorr_AnyPartOfTheLags_HasTheSameBytes) {
+  CheckAnyPart<float>(&TargetLib::CrossCorr_32f);
+  CheckAnyPart<Cplx32>(&TargetLib::CrossCorr_32fc);
+}
+
 TEST(TargetLib, CrossCorr_EmptyOrNull_DoesNothing) {
   float a[2] = {1, 1}, dst[2] = {9, 9};
   TargetLib::CrossCorr_32f(a, 0, a, 2, dst, 2, 0);

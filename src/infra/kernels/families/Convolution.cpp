@@ -275,9 +275,37 @@ template <int V> struct Alternating {
   static constexpr int At(int i) { return i % 2 == 0 ? i : V + i; }
 };
 
-// Adds up the parts of the results' sums.
+#if defined(__AVX512F__)
+// As instructions: GCC 12 makes a vector of each mask.
+[[gnu::always_inline]] inline bool AllZero(Register<float> x) {
+  return _mm512_cmp_ps_mask(x, Register<float>{}, _CMP_NEQ_UQ) == 0;
+}
+[[gnu::always_inline]] inline bool AllZero(Register<double> x) {
+  return _mm512_cmp_pd_mask(x, Register<double>{}, _CMP_NEQ_UQ) == 0;
+}
+#else
+template <class E> [[gnu::always_inline]] inline bool AllZero(E x) {
+  return Folded<1, sizeof(E) / sizeof(x[0])>(x, [](auto a, auto b) { return a + b; })[0] == 0;
+}
+#endif
+
+template <class T, int kRegisters> struct Results {
+  Register<T> in[kRegisters];
+
+  [[gnu::always_inline]] void Store(T *dst) const {
+    Unroll<kRegisters>([&](auto r) { QORN_LEVEL::Store(dst + r * kPerRegister<T>, in[r]); });
+  }
+  [[gnu::always_inline]] bool AllFinite() const {
+    Register<T> zero{};
+    Unroll<kRegisters>([&](auto r) { zero += in[r] - in[r]; });
+    return AllZero(zero);
+  }
+};
+
+// Adds up the parts of the sums.
 template <class T, int kParts, int kRegisters>
-[[gnu::always_inline]] inline void StoreResults(const Sums<T, kParts, kRegisters> &sums, T *dst) {
+[[gnu::always_inline]] inline Results<T, kRegisters> ResultsOf(const Sums<T, kParts, kRegisters> &sums) {
+  Results<T, kRegisters> results;
   Unroll<kRegisters>([&](auto r) {
     Register<T> result = sums.byRe[r].Value();
     if constexpr (kParts == 2) { // conj(tap) x = (re x.re + im x.im, re x.im - im x.re)
@@ -285,43 +313,66 @@ template <class T, int kParts, int kRegisters>
       const Register<T> swapped = Shuffle<Swapped, kPerRegister<T>>(im, im);
       result = Shuffle<Alternating<kPerRegister<T>>, kPerRegister<T>>(result + swapped, result - swapped);
     }
-    Store(dst + r * kPerRegister<T>, result);
+    results.in[r] = result;
   });
+  return results;
 }
 
-// A block of results that needs what is before or behind x.
+// Copies fewer than 2 kAtOnce values, in two copies of as many that may overlap.
+template <int kAtOnce, class T>
+[[gnu::always_inline]] inline void CopyLess(const T *src, T *dst, Index count) {
+  if constexpr (kAtOnce == 1) {
+    if (count > 0) *dst = *src;
+  } else if (count >= kAtOnce) {
+    using E = Vec<T, kAtOnce>;
+    const E low = Load<E>(src), high = Load<E>(src + count - kAtOnce);
+    Store(dst, low);
+    Store(dst + count - kAtOnce, high);
+  } else {
+    CopyLess<kAtOnce / 2>(src, dst, count);
+  }
+}
+
+// Copies what does not overlap, and is too short for a function of the C library.
+template <class T> [[gnu::noinline]] void CopyFew(const T *src, T *dst, Index count) {
+  constexpr int kAtOnce = kPerRegister<T>;
+  for (; count >= 2 * kAtOnce; src += kAtOnce, dst += kAtOnce, count -= kAtOnce)
+    Store(dst, Load<Register<T>>(src));
+  CopyLess<kAtOnce>(src, dst, count);
+}
+
+// A block of results that needs what is before or behind x. Zeros stand there; a tap that is not finite would
+// show in every result that it meets, and only then the terms are left out one by one.
 template <class T, int kParts, int kStride, int kRegisters, class Tap>
 [[gnu::noinline, gnu::flatten]] void CorrelateEdge(Tap tap, Index taps, const T *x, Index len, Index start,
                                                    T *dst) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
   constexpr int kFull = kFullApart<T, kParts>;
-  Sums<T, kParts, kRegisters> sums;
-  for (Index k = 0; k < taps;) {
-    const Index end = taps - k >= kChain * kFull ? k + kChain * kFull : taps;
-    // What these taps need: `size` scalars from `at` on.
-    const Index at = start + k * kStride, size = (end - k - 1) * kStride + kWidth;
-    const T *values = x + at;
-    T padded[kChain * kFull * kStride + kWidth];
-    if (at < 0 || at + size > len) {
-      const Index first = at < 0 ? -at : 0, last = at + size > len ? len - at : size;
-      if (first >= last) {
-        k = end;
-        continue;
+  for (bool sparing = false;; sparing = true) {
+    Sums<T, kParts, kRegisters> sums;
+    for (Index k = 0, end = 0; k < taps; k = end) {
+      end = taps - k >= kChain * kFull ? k + kChain * kFull : taps;
+      // What these taps need: `size` scalars from `at` on.
+      const Index at = start + k * kStride, size = (end - k - 1) * kStride + kWidth;
+      const T *values = x + at;
+      T padded[kChain * kFull * kStride + kWidth];
+      if (at < 0 || at + size > len) {
+        const Index first = at < 0 ? -at : 0, last = at + size > len ? len - at : size;
+        if (first >= last) continue;
+        if (sparing && !AllFinite(tap, k, end)) {
+          AddSparingly<T, kParts, kStride, kRegisters>(tap, k, end, x, len, at, sums);
+          continue;
+        }
+        for (Index i = 0; i < size; i += kPerRegister<T>) Store(padded + i, Register<T>{});
+        CopyFew(x + at + first, padded + first, last - first);
+        values = padded;
       }
-      if (!AllFinite(tap, k, end)) {
-        AddSparingly<T, kParts, kStride, kRegisters>(tap, k, end, x, len, at, sums);
-        k = end;
-        continue;
-      }
-      for (Index i = 0; i < first; ++i) padded[i] = 0;
-      for (Index i = first; i < last; ++i) padded[i] = x[at + i];
-      for (Index i = last; i < size; ++i) padded[i] = 0;
-      values = padded;
+      AddTaps<kFull>(tap, k, end, Line<T, kStride>{values - k * kStride}, sums);
     }
-    AddTaps<kFull>(tap, k, end, Line<T, kStride>{values - k * kStride}, sums);
-    k = end;
+    const auto results = ResultsOf(sums);
+    if (!sparing && !results.AllFinite() && !AllFinite(tap, 0, taps)) continue;
+    return results.Store(dst);
   }
-  StoreResults(sums, dst);
 }
 
 template <class T, int kParts, int kStride, int kRegisters, class Tap>
@@ -332,32 +383,35 @@ template <class T, int kParts, int kStride, int kRegisters, class Tap>
   }
   Sums<T, kParts, kRegisters> sums;
   AddTaps<kFullApart<T, kParts>>(tap, 0, taps, Line<T, kStride>{x + start}, sums);
-  StoreResults(sums, dst);
+  ResultsOf(sums).Store(dst);
 }
 
-// Blocks of kRegisters as far as they go, then smaller ones.
+// Blocks of kRegisters as far as they go, from result `done` on; then smaller ones, or one that covers what
+// is left and repeats what is before that. dst is clear of x.
 template <class T, int kParts, int kRegisters, class Tap>
-void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
+void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index done, Index count) {
   constexpr int kWidth = kRegisters * kPerRegister<T>;
-  Index done = 0;
-  for (; done + kWidth <= count; done += kWidth) {
-    CorrelateBlock<T, kParts, kParts, kRegisters>(tap, taps, x, len, start + done, dst + done);
-  }
-  if constexpr (kRegisters > 1) {
-    Correlate<T, kParts, Smaller(kRegisters)>(tap, taps, x, len, start + done, dst + done, count - done);
-  } else if (done < count) {
-    T last[kWidth];
-    CorrelateBlock<T, kParts, kParts, 1>(tap, taps, x, len, start + done, last);
-    __builtin_memcpy(dst + done, last, sizeof(T) * static_cast<std::size_t>(count - done));
+  constexpr int kSmaller = Smaller(kRegisters), kSmallerWidth = kSmaller * kPerRegister<T>;
+  const auto block = [&](Index first, T *results) {
+    CorrelateBlock<T, kParts, kParts, kRegisters>(tap, taps, x, len, start + first, results);
+  };
+  for (; done + kWidth <= count; done += kWidth) block(done, dst + done);
+  if (count - done > kSmallerWidth) {
+    if (count >= kWidth) return block(count - kWidth, dst + count - kWidth);
+    T few[kWidth];
+    block(done, few);
+    CopyFew(few, dst + done, count - done);
+  } else if constexpr (kSmaller > 0) {
+    Correlate<T, kParts, kSmaller>(tap, taps, x, len, start, dst, done, count);
   }
 }
 
 template <class T, int kParts, class Tap>
 void Correlate(Tap tap, Index taps, const T *x, Index len, Index start, T *dst, Index count) {
   if (TakesFewer<T, kParts>(taps))
-    Correlate<T, kParts, kFewerRegisters<kParts>>(tap, taps, x, len, start, dst, count);
+    Correlate<T, kParts, kFewerRegisters<kParts>>(tap, taps, x, len, start, dst, 0, count);
   else
-    Correlate<T, kParts, kResultRegisters<kParts>>(tap, taps, x, len, start, dst, count);
+    Correlate<T, kParts, kResultRegisters<kParts>>(tap, taps, x, len, start, dst, 0, count);
 }
 
 template <class T>
@@ -395,7 +449,7 @@ void CorrelateBackwards(Tap tap, Index taps, const T *x, Index len, T *dst, Inde
   } else if (count > 0) {
     T last[kWidth];
     CorrelateBlock<T, kParts, kStride, 1>(tap, taps, x, len, 0, last);
-    __builtin_memcpy(dst, last, sizeof(T) * static_cast<std::size_t>(count));
+    CopyFew(last, dst, count);
   }
 }
 
@@ -429,7 +483,7 @@ template <class T, int kRegisters = kResultRegisters<1>>
     Sums<T, 1, kRegisters> sums;
     const auto tap = [taps](Index k) { return taps[k]; };
     AddTaps<kFullApart<T, 1>>(tap, 0, tapCount, Listed<T>{x, offsets}, sums);
-    StoreResults(sums, results);
+    ResultsOf(sums).Store(results);
   };
   for (; count >= kWidth; count -= kWidth, x += kWidth, dst += kWidth) block(dst);
   if constexpr (kRegisters > 1) {
@@ -437,7 +491,7 @@ template <class T, int kRegisters = kResultRegisters<1>>
   } else if (count > 0) {
     T last[kWidth];
     block(last);
-    __builtin_memcpy(dst, last, sizeof(T) * static_cast<std::size_t>(count));
+    CopyFew(last, dst, count);
   }
 }
 
