@@ -6,9 +6,12 @@ namespace {
 
 // A kernel call for each block would take longer than a short block itself. So each block is brought down to
 // one narrow vector, and the vectors of a few blocks together to their results. A block is read in rows, no
-// wider than it needs; what its last row lacks is replaced by what changes nothing.
+// wider than it needs. What the last row of a sum lacks is replaced by what changes nothing; that of a search
+// reaches back over the one before it.
 
-// The first count elements from p on, and `other` in the lanes beyond. Nothing is read from end on.
+// The first count elements from p on, and `other` in the lanes beyond. Nothing is read from end on. Masked
+// loads would do without the comparison with end, but long signals then come from memory several times as
+// slowly.
 template <int kL>
 [[gnu::always_inline]] inline Vec<float, kL> LoadPart(const float *p, Index count, const float *end,
                                                       float other) {
@@ -52,12 +55,18 @@ template <class Term, int kWidth> struct Sums {
     });
   }
 
-  // Lane j and lane j + half of them, down to the last two.
-  [[gnu::always_inline]] Vec<double, 2> Pair() {
-    for (int half = kN / 2; half > 0; half /= 2) {
-      for (int k = 0; k < half; ++k) lane[k] += lane[k + half];
+  template <int kRegisters> [[gnu::always_inline]] D Halved() {
+    if constexpr (kRegisters > 1) {
+      Unroll<kRegisters / 2>([&](auto k) { lane[k] += lane[k + kRegisters / 2]; });
+      return Halved<kRegisters / 2>();
     }
-    return Folded<2, kL>(lane[0], [](auto a, auto b) { return a + b; });
+    return lane[0];
+  }
+
+  // Lane j and lane j + half of them, down to the last two. The registers by constants: GCC keeps in memory
+  // what a loop over some of them adds up.
+  [[gnu::always_inline]] Vec<double, 2> Pair() {
+    return Folded<2, kL>(Halved<kN>(), [](auto a, auto b) { return a + b; });
   }
 };
 
@@ -134,23 +143,30 @@ struct Below {
   template <class E> static E Of(E x, E best) { return x < best ? x : best; }
 };
 
-// The extreme in each of four lanes, of a block of one row or of any length.
-template <class Order, int kL, bool kOneRow>
+enum class Rows { kOne, kTwo, kMore };
+
+// The extreme in each of four lanes, of a block of one row, or a part of it, of two or of any number of them.
+// Rows are read in their order, and by the same few instructions in all blocks of more than two: from memory,
+// which is then read ahead, half as fast again.
+template <class Order, int kL, Rows kRows>
 [[gnu::always_inline]] inline Vec<float, 4> BestFour(const float *x, Index len, const float *end) {
   using F = Vec<float, kL>;
   const F worst = Broadcast<F>(Order::kWorst);
-  const auto last = [=](const float *row, Index rest) {
-    return Order::Of(rest < kL ? LoadPart<kL>(row, rest, end, Order::kWorst) : Load<F>(row), worst);
-  };
   const auto order = [](auto a, auto b) { return Order::Of(a, b); };
-  if constexpr (kOneRow) return Folded<4, kL>(last(x, len), order);
+  if constexpr (kRows == Rows::kOne) {
+    const F row = len < kL ? LoadPart<kL>(x, len, end, Order::kWorst) : Load<F>(x);
+    return Folded<4, kL>(Order::Of(row, worst), order);
+  }
+  if constexpr (kRows == Rows::kTwo)
+    return Folded<4, kL>(Order::Of(Load<F>(x + len - kL), Order::Of(Load<F>(x), worst)), order);
   F best[4] = {worst, worst, worst, worst}; // chains of comparisons at once
   for (; len >= 4 * kL; len -= 4 * kL, x += 4 * kL) {
     Unroll<4>([&](auto k) { best[k] = Order::Of(Load<F>(x + k * kL), best[k]); });
   }
-  Unroll<4>([&](auto k) {
-    if (len > k * kL) best[k] = Order::Of(last(x + k * kL, len - k * kL), best[k]);
+  Unroll<3>([&](auto k) {
+    if (len > (k + 1) * kL) best[k] = Order::Of(Load<F>(x + k * kL), best[k]);
   });
+  best[3] = Order::Of(Load<F>(x + len - kL), best[3]);
   return Folded<4, kL>(Order::Of(Order::Of(best[0], best[1]), Order::Of(best[2], best[3])), order);
 }
 
@@ -164,19 +180,24 @@ template <class Order> inline float Settled(float best, const float *x, Index le
   return x[0];
 }
 
-template <class Order, int kL, bool kOneRow>
+template <class Order, int kL, Rows kRows>
 void ExtremesOf(const float *src, Index ratio, int count, const float *end, float *best) {
   const auto four = [=](int b) __attribute__((always_inline)) {
-    return BestFour<Order, kL, kOneRow>(src + b * ratio, ratio, end);
+    return BestFour<Order, kL, kRows>(src + b * ratio, ratio, end);
+  };
+  const auto folded = [](Vec<float, 4> x, Vec<float, 4> y) {
+    return Order::Of(__builtin_shufflevector(x, y, 0, 1, 4, 5), __builtin_shufflevector(x, y, 2, 3, 6, 7));
   };
   int b = 0;
   for (; b + 4 <= count; b += 4) {
-    using F = Vec<float, 4>;
-    const auto two = [=](int first) {
-      const F x = four(first), y = four(first + 1);
-      return Order::Of(__builtin_shufflevector(x, y, 0, 1, 4, 5), __builtin_shufflevector(x, y, 2, 3, 6, 7));
-    };
-    const F x = two(b), y = two(b + 2);
+    Vec<float, 4> each[4];
+    if constexpr (kRows == Rows::kMore) {
+#pragma GCC unroll 1
+      for (int j = 0; j < 4; ++j) each[j] = four(b + j);
+    } else {
+      Unroll<4>([&](auto j) { each[j] = four(b + j); });
+    }
+    const auto x = folded(each[0], each[1]), y = folded(each[2], each[3]);
     Store(best + b,
           Order::Of(__builtin_shufflevector(x, y, 0, 2, 4, 6), __builtin_shufflevector(x, y, 1, 3, 5, 7)));
   }
@@ -189,17 +210,15 @@ void ExtremesOf(const float *src, Index ratio, int count, const float *end, floa
   for (b = 0; b < count && doubtful != 0; ++b) best[b] = Settled<Order>(best[b], src + b * ratio, ratio);
 }
 
-template <class Order>
+template <class Order, int kL = 4>
 void ExtremesOf(const float *src, Index ratio, int count, const float *end, float *best) {
-  constexpr int kMost = kRegisterBytes / static_cast<int>(sizeof(float));
-  if (ratio <= 4) return ExtremesOf<Order, 4, true>(src, ratio, count, end, best);
-  if constexpr (kMost >= 8) {
-    if (ratio <= 8) return ExtremesOf<Order, 8, true>(src, ratio, count, end, best);
+  if (kL == 4 && ratio <= kL) return ExtremesOf<Order, 4, Rows::kOne>(src, ratio, count, end, best);
+  if (ratio <= 2 * kL) return ExtremesOf<Order, kL, Rows::kTwo>(src, ratio, count, end, best);
+  if constexpr (kL < kRegisterBytes / static_cast<int>(sizeof(float))) {
+    return ExtremesOf<Order, 2 * kL>(src, ratio, count, end, best);
+  } else {
+    return ExtremesOf<Order, kL, Rows::kMore>(src, ratio, count, end, best);
   }
-  if constexpr (kMost >= 16) {
-    if (ratio <= 16) return ExtremesOf<Order, 16, true>(src, ratio, count, end, best);
-  }
-  return ExtremesOf<Order, kMost, false>(src, ratio, count, end, best);
 }
 
 // One point of a block for each order. Groups are short enough to be in the nearest caches for the second.
