@@ -118,6 +118,62 @@ TEST(TargetLib, DotProd_RandomOperands_IsWithinItsBoundAndTheSameAtEveryLevel) {
   CheckDot("DotProd_32f32fc", 32, &TargetLib::DotProd_32f32fc);
 }
 
+// The sums one by one: product i goes to lane i mod `lanes`, and the upper half of the lanes to the lower one
+// until `left` are left.
+template <class T, class Product>
+std::vector<T> LaneSums(std::size_t lanes, std::size_t left, std::size_t count, Product product) {
+  std::vector<T> sums(lanes);
+  for (std::size_t i = 0; i < count; ++i) sums[i % lanes] += product(i);
+  for (; lanes > left; lanes /= 2) {
+    for (std::size_t i = 0; i < lanes / 2; ++i) sums[i] += sums[i + lanes / 2];
+  }
+  return sums;
+}
+
+template <class T, class C>
+void CheckLanes(const std::string &where, std::size_t len, void (*real)(const T *, const T *, int, T *),
+                void (*cplx)(const C *, const C *, int, C *)) {
+  constexpr std::size_t kLanes = 256 / sizeof(T);
+  std::mt19937 random(7);
+  std::vector<C> x(len), y(len);
+  for (std::size_t i = 0; i < len; ++i) {
+    x[i] = RandomValue<C>(random);
+    y[i] = i % 5 == 0 ? C{T(-0.0), T(0)} : RandomValue<C>(random);
+  }
+  const T *a = &x[0].re, *b = &y[0].re;
+  const auto sum = LaneSums<T>(kLanes, 1, len, [=](std::size_t i) { return static_cast<T>(a[i] * b[i]); });
+  T result{};
+  real(a, b, static_cast<int>(len), &result);
+  EXPECT_EQ(std::memcmp(&result, &sum[0], sizeof result), 0) << where << ", real";
+  const auto straight =
+      LaneSums<T>(kLanes / 2, 2, 2 * len, [=](std::size_t i) { return static_cast<T>(a[i] * b[i]); });
+  const auto crossed =
+      LaneSums<T>(kLanes / 2, 2, 2 * len, [=](std::size_t i) { return static_cast<T>(a[i] * b[i ^ 1]); });
+  const C expected{straight[0] - straight[1], crossed[0] + crossed[1]};
+  C both{};
+  cplx(x.data(), y.data(), static_cast<int>(len), &both);
+  EXPECT_EQ(std::memcmp(&both, &expected, sizeof both), 0) << where << ", complex";
+  if constexpr (sizeof(T) == sizeof(float)) {
+    const auto mixed =
+        LaneSums<T>(kLanes, 2, 2 * len, [=](std::size_t i) { return static_cast<T>(a[i / 2] * b[i]); });
+    const C parts{mixed[0], mixed[1]};
+    TargetLib::DotProd_32f32fc(a, y.data(), static_cast<int>(len), &both);
+    EXPECT_EQ(std::memcmp(&both, &parts, sizeof both), 0) << where << ", real with complex";
+  }
+}
+
+TEST(TargetLib, DotProd_EveryLength_AddsInItsLanes) {
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    for (std::size_t len = 1; len <= 300; ++len) {
+      const std::string where = std::string(level.name) + ", length " + std::to_string(len);
+      CheckLanes(where + ", float", len, &TargetLib::DotProd_32f, &TargetLib::DotProd_32fc);
+      CheckLanes(where + ", double", len, &TargetLib::DotProd_64f, &TargetLib::DotProd_64fc);
+      if (HasFailure()) return;
+    }
+  }
+}
+
 TEST(TargetLib, DotProd_Complex_DoesNotConjugate) {
   const Cplx64 a[] = {{1, 2}, {0, 1}}, b[] = {{3, 4}, {0, 1}};
   Cplx64 result{};
