@@ -6,7 +6,7 @@ namespace {
 template <class T> constexpr int kPerRegister = kRegisterBytes / static_cast<int>(sizeof(T));
 template <class T> using Register = Vec<T, kPerRegister<T>>;
 
-// Each pair of parts exchanged; each of the lower half of the lanes twice.
+// Each pair of parts exchanged; and each lane twice.
 struct Swapped {
   static constexpr int At(int i) { return i ^ 1; }
 };
