@@ -267,6 +267,10 @@ TYPED_TEST(TargetLibMatrix, Invert_AnySizeAtEveryLevel_HasTheBitsOfTheStepsOneBy
     // Many elements that are equally large, and many zeros.
     for (T &x : matrix) x = static_cast<T>(static_cast<int>(random() % 3) - 1);
     check(matrix, size);
+    // Zeros of either sign beside few others.
+    for (T &x : matrix) x = random() % 16 == 0 ? T(1) : random() % 2 == 0 ? T(0) : T(-0.0);
+    for (std::size_t i = 0; i < n; ++i) matrix[i * n + (5 * i + 3) % n] = T(1 + random() % 3);
+    check(matrix, size);
     // Rows and columns so far apart that no one factor scales them, and denormal elements.
     std::vector<int> exponents(2 * n);
     for (int &exponent : exponents) exponent = static_cast<int>(random() % (2 * kFar)) - kFar;

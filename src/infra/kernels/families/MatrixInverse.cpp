@@ -126,12 +126,12 @@ public:
   }
 
   // The first place by rows that has it.
-  Pivot<T> Found(const T *work, Index size) const {
+  [[gnu::always_inline]] Pivot<T> Found(const T *work, Index stride, Index size) const {
     const T largest = OfLanes<V>(m_largest, Larger());
     const Index row =
         OfLanes<V>(m_largest == largest ? m_number : S::All(static_cast<Number>(size)), Smaller());
     for (Index j = m_first; j < size; ++j) {
-      if (Several<T, 1>::Magnitude(work[row * size + j]) == largest) return Pivot<T>::At(row, j);
+      if (Several<T, 1>::Magnitude(work[row * stride + j]) == largest) return Pivot<T>::At(row, j);
     }
     return Pivot<T>::At(m_first, m_first);
   }
@@ -153,8 +153,10 @@ template <class T, class Byte> struct Strided {
   }
 };
 
-// Of a matrix of at least V rows and columns.
-template <class T, int V> class Inversion {
+// Of a matrix of at least V rows and columns. The work matrix is small, with rows of kRegisters registers
+// padded by zeros, or in the caller's buffer, without padding, if that is none: then the last register of a
+// row reaches back over the one before it.
+template <class T, int V, int kRegisters> class Inversion {
   using S = Several<T, V>;
   using Values = typename S::Values;
   using Numbers = typename S::Numbers;
@@ -162,7 +164,12 @@ template <class T, int V> class Inversion {
 
 public:
   Inversion(Strided<const T, const char> src, T *buffer, Index size)
-      : m_src(src), m_work(buffer), m_extra(buffer + size * size), m_size(size) {}
+      : m_src(src), m_work(buffer), m_size(size), m_extra(buffer + size * Stride()) {
+    for (Index i = 0; i <= size && kRegisters > 1; ++i) Store(Row(i) + Stride() - V, Values{});
+  }
+
+  // Elements of a small work matrix with the extra row.
+  static constexpr int kRoom = kRegisters * V * (kRegisters * V + 1);
 
   bool Run(Strided<T, char> dst) {
     if (!LoadScaled() || !Eliminate()) return false;
@@ -175,19 +182,27 @@ public:
   }
 
 private:
-  T *Row(Index i) { return m_work + i * m_size; }
+  static constexpr bool kSmall = kRegisters > 0;
 
-  // The last register reaches back over the one before it.
+  Index Stride() const { return kSmall ? kRegisters * V : m_size; }
+  T *Row(Index i) { return m_work + i * Stride(); }
+
+  // The columns from which a register holds a part of the source's rows; the last one reaches back.
   template <class F> [[gnu::always_inline]] void OverRow(F at) const {
     for (Index j = 0; j < m_size - V; j += V) at(j);
     at(m_size - V);
   }
-  // In place, the last one is taken before the one before it is written.
+  // The registers of a row of the work matrix. In place, the last one is taken before the one before it is
+  // written.
   template <class F> [[gnu::always_inline]] void Rewrite(T *row, F value) const {
-    const Index end = m_size - V;
-    const Values last = value(end);
-    for (Index j = 0; j < end; j += V) Store(row + j, value(j));
-    Store(row + end, last);
+    if constexpr (kSmall) {
+      Unroll<kRegisters>([&](auto r) { Store(row + r * V, value(r * V)); });
+    } else {
+      const Index end = m_size - V;
+      const Values last = value(end);
+      for (Index j = 0; j < end; j += V) Store(row + j, value(j));
+      Store(row + end, last);
+    }
   }
 
   Values Source(Index i, Index j) const {
@@ -274,15 +289,23 @@ private:
   void ExchangeRows(Index i, Index k) {
     if (i == k) return;
     T *a = Row(i), *b = Row(k);
-    const Index end = m_size - V;
-    const auto lastOfA = Load<Values>(a + end), lastOfB = Load<Values>(b + end);
-    for (Index j = 0; j < end; j += V) {
-      const auto x = Load<Values>(a + j);
-      Store(a + j, Load<Values>(b + j));
-      Store(b + j, x);
+    if constexpr (kSmall) {
+      Rewrite(a, [a, b](Index j) {
+        const auto x = Load<Values>(b + j);
+        Store(b + j, Load<Values>(a + j));
+        return x;
+      });
+    } else {
+      const Index end = m_size - V;
+      const auto lastOfA = Load<Values>(a + end), lastOfB = Load<Values>(b + end);
+      for (Index j = 0; j < end; j += V) {
+        const auto x = Load<Values>(a + j);
+        Store(a + j, Load<Values>(b + j));
+        Store(b + j, x);
+      }
+      Store(a + end, lastOfB);
+      Store(b + end, lastOfA);
     }
-    Store(a + end, lastOfB);
-    Store(b + end, lastOfA);
   }
   void ExchangeColumns(Index j, Index k) {
     for (Index i = 0; i < m_size && j != k; ++i) {
@@ -303,34 +326,50 @@ private:
       OverRow([&](Index j) { all.Look(Load<Values>(Row(i) + j), j); });
       all.EndRow(i);
     }
-    Pivot<T> pivot = all.Found(m_work, m_size);
+    Pivot<T> pivot = all.Found(m_work, Stride(), m_size);
     for (Index k = 0; k < m_size; ++k) {
       if (!(Several<T, 1>::Magnitude(Row(pivot.row)[pivot.column]) > negligible)) return false;
       ExchangeRows(pivot.row, k);
-      ExchangeColumns(pivot.column, k);
+      if constexpr (!kSmall) ExchangeColumns(pivot.column, k);
       Store(m_extra + k, pivot);
-      pivot = Step(k);
+      pivot = Step(k, pivot.column);
     }
     return true;
   }
 
+  // x, which a row has from column j on, with other in one column.
+  [[gnu::always_inline]] static Values With(Index column, T other, Values x, Index j) {
+    return S::LaneNumbers() == static_cast<Number>(column - j) ? Broadcast<Values>(other) : x;
+  }
+
   // Turns column k of the work matrix into column k of what will be the inverse, and finds the next pivot.
-  // The elements of that column are written last: a register would have to wait for one that was just stored.
-  Pivot<T> Step(Index k) {
+  // A register would have to wait for an element in it that was just stored. So in small matrices columns k
+  // and `column` are exchanged on the way, and what column k becomes is what its products leave of zeros; in
+  // others they have been exchanged before, and the elements of column k are written last.
+  Pivot<T> Step(Index k, Index column) {
+    const Index from = kSmall ? column : k;
+    // What a row has from column j on, its element of column k being `ofK`, with `own` there.
+    const auto exchanged = [=](const T *row, Index j, T ofK, T own) __attribute__((always_inline)) {
+      const auto x = Load<Values>(row + j);
+      return kSmall ? With(k, own, With(column, ofK, x, j), j) : x;
+    };
     T *const pivotRow = Row(k);
-    const T pivot = pivotRow[k], reciprocal = T(1) / pivot;
-    Rewrite(pivotRow, [=](Index j) { return Load<Values>(pivotRow + j) / pivot; });
+    const T pivot = pivotRow[from], pivotRowK = pivotRow[k], reciprocal = T(1) / pivot;
+    Rewrite(pivotRow, [=](Index j) {
+      const Values quotient = exchanged(pivotRow, j, pivotRowK, pivot) / pivot;
+      return kSmall ? With(k, reciprocal, quotient, j) : quotient;
+    });
     const auto eliminate = [&](T * row, auto look) __attribute__((always_inline)) {
-      const T factor = row[k];
+      const T factor = row[from], rowK = row[k];
       Rewrite(
           row, [=](Index j) __attribute__((always_inline)) {
             // Not Rounded(): GCC 12 leaves this form unfused, but takes registers apart at the barrier.
             const Values product = factor * Load<Values>(pivotRow + j);
-            const Values difference = Load<Values>(row + j) - product;
+            const Values difference = exchanged(row, j, rowK, T(0)) - product;
             look(difference, j);
             return difference;
           });
-      row[k] = T(0) - Rounded(factor * reciprocal);
+      if constexpr (!kSmall) row[k] = T(0) - Rounded(factor * reciprocal);
     };
     for (Index i = 0; i < k; ++i) eliminate(Row(i), [](Values, Index) {});
     Search<T, V> rest(k + 1);
@@ -339,8 +378,8 @@ private:
           Row(i), [&rest](Values x, Index j) __attribute__((always_inline)) { rest.Look(x, j); });
       rest.EndRow(i);
     }
-    pivotRow[k] = reciprocal;
-    return k + 1 < m_size ? rest.Found(m_work, m_size) : Pivot<T>{};
+    if constexpr (!kSmall) pivotRow[k] = reciprocal;
+    return k + 1 < m_size ? rest.Found(m_work, Stride(), m_size) : Pivot<T>{};
   }
 
   // What was a row of the matrix is a column of its inverse; so exchanges are undone the other way round,
@@ -354,9 +393,9 @@ private:
   }
 
   Strided<const T, const char> m_src;
-  T *m_work;  // size x size
-  T *m_extra; // size
+  T *m_work; // size rows
   Index m_size;
+  T *m_extra; // a row
   Number m_farthest = 0;
 };
 
@@ -365,7 +404,16 @@ bool InverseByLanes(Strided<const T, const char> src, T *buffer, Strided<T, char
   if constexpr (V > 1) {
     if (size < V) return InverseByLanes<V / 2>(src, buffer, dst, size);
   }
-  return Inversion<T, V>(src, buffer, size).Run(dst);
+  const auto small = [=]<int kRegisters>(Int<kRegisters>) __attribute__((noinline)) {
+    using Small = Inversion<T, V, kRegisters>;
+    T work[Small::kRoom];
+    return Small(src, work, size).Run(dst);
+  };
+  if constexpr (V >= 2) {
+    if (size == V) return small(Int<1>{});
+    if (size <= 2 * V) return small(Int<2>{});
+  }
+  return Inversion<T, V, 0>(src, buffer, size).Run(dst);
 }
 
 template <class T>
