@@ -295,6 +295,37 @@ TEST(TargetLib, Sum_Integers_IsExactThenSaturates) {
   }
 }
 
+// So many of the largest and then of the smallest that sums of them in 32 bits would overflow, though the
+// whole does not; and every length, of sums that do not saturate.
+template <class T> void CheckLongSum(void (*sum)(const T *, int, T *), int half) {
+  constexpr T kLeast = std::numeric_limits<T>::min(), kMost = std::numeric_limits<T>::max();
+  std::vector<T> x(static_cast<std::size_t>(half), kMost);
+  x.insert(x.end(), static_cast<std::size_t>(half), kLeast);
+  for (int above = half - 77; above > 0; above -= std::min<int>(above, kMost)) // each pair made -1
+    x.push_back(static_cast<T>(std::min<int>(above, kMost)));
+  for (const kernels::Level &level : kernels::AvailableLevels()) {
+    const kernels::ScopedLevel scope(level);
+    T result{};
+    sum(x.data(), static_cast<int>(x.size()), &result);
+    EXPECT_EQ(result, -77) << level.name;
+    for (int len = 1; len <= 300; ++len) {
+      int expected = 0;
+      std::vector<T> some;
+      for (int i = 0; i < len; ++i) {
+        some.push_back(static_cast<T>((i * 37 % 201 - 100) * (i % 2 == 0 ? 1 : -1)));
+        expected += some.back();
+      }
+      sum(some.data(), len, &result);
+      ASSERT_EQ(result, expected) << level.name << ", length " << len;
+    }
+  }
+}
+
+TEST(TargetLib, Sum_ManyLargeIntegers_IsExact) {
+  CheckLongSum<short>(&TargetLib::Sum_16s, 2200000);
+  CheckLongSum<int>(&TargetLib::Sum_32s, 1100000);
+}
+
 // With a computed mean that is off by d, the squared deviations sum to S + n d^2, and each square may lose
 // half of the least denormal. Of such an addition the root leaves at most the smaller of its own root and its
 // half over the root of S. Forming the terms costs 3 u and adding them on lanes n / 8 + 9, which the root

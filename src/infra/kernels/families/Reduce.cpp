@@ -1,4 +1,5 @@
 #include "Registers.h"
+#include "Unroll.h"
 #include "infra/kernels/Lanes.h"
 
 namespace QORN::kernels::QORN_LEVEL {
@@ -321,10 +322,61 @@ void Sum(const Cplx64 *src, int len, Cplx64 *result) { Narrow(CplxTotal(src, len
 void Mean(const Cplx32 *src, int len, Cplx32 *result) { CplxMean(src, len, result); }
 void Mean(const Cplx64 *src, int len, Cplx64 *result) { CplxMean(src, len, result); }
 
-// Integers sum exactly in 64 bits: there are less than 2^31 of them.
-template <class T> inline void SaturatedSum(const T *src, int len, T *result, long long low, long long high) {
-  long long sum = 0;
-  for (Index i = 0; i < len; ++i) sum += src[i];
+// Integers sum exactly in 64 bits: there are less than 2^31 of them. Words of one or two of them are split
+// into halves of 16 bits, each of which, made positive by its sign bit, goes to a lane of 32 bits; a lane is
+// emptied before it could overflow.
+template <class T> class IntegerSum {
+  static constexpr int kV = kRegisterBytes / 4;
+  static constexpr bool kPairs = sizeof(T) == 2;
+  using Words = Vec<std::uint32_t, kV>;
+  using Wide = Vec<std::uint64_t, kV / 2>;
+
+public:
+  static constexpr Index kStep = kRegisterBytes / sizeof(T);
+
+  // Of whole steps.
+  [[gnu::always_inline]] void Add(const T *src, Index len) {
+    constexpr Index kMost = 65535 * kStep;
+    for (Index start = 0; start < len; start += kMost) {
+      const Index end = len - start < kMost ? len : start + kMost;
+      Words low{}, high{};
+      QORN_UNROLLED
+      for (Index i = start; i < end; i += kStep) {
+        const Words word = Load<Words>(src + i) ^ (kPairs ? 0x80008000U : 0x80000000U);
+        low += word & 0xFFFFU;
+        high += word >> 16;
+      }
+      m_sum += InPairs(low) + (kPairs ? InPairs(high) : InPairs(high) << 16);
+    }
+    m_count += len;
+  }
+  long long Value() const {
+    constexpr long long kOffset = 1LL << (8 * sizeof(T) - 1);
+    const auto pair = Folded<2, kV / 2>(m_sum, [](auto x, auto y) { return x + y; });
+    return static_cast<long long>(pair[0] + pair[1]) - m_count * kOffset;
+  }
+
+private:
+  static Wide InPairs(Words x) {
+    const auto both = __builtin_bit_cast(Wide, x);
+    return (both & 0xFFFFFFFFU) + (both >> 32);
+  }
+  Wide m_sum{};
+  long long m_count = 0;
+};
+
+template <class T>
+inline void SaturatedSum(const T *src, Index len, T *result, long long low, long long high) {
+  constexpr Index kStep = IntegerSum<T>::kStep;
+  IntegerSum<T> total;
+  const Index whole = len - len % kStep, rest = len - whole;
+  if (whole > 0) total.Add(src, whole);
+  if (rest > 0) {
+    T block[kStep] = {};
+    __builtin_memcpy(block, src + whole, sizeof(T) * static_cast<std::size_t>(rest));
+    total.Add(block, kStep);
+  }
+  const long long sum = total.Value();
   *result = static_cast<T>(sum > high ? high : sum < low ? low : sum);
 }
 void Sum(const short *src, int len, short *result) { SaturatedSum(src, len, result, -32768, 32767); }
