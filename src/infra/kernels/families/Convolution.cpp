@@ -3,8 +3,6 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
-template <class T> constexpr int kPerRegister = kRegisterBytes / static_cast<int>(sizeof(T));
-template <class T> using Register = Vec<T, kPerRegister<T>>;
 using Doubles = Register<double>;
 
 // Lanes first, first + 1, ... of a followed by b.
@@ -267,10 +265,7 @@ template <class Tap> inline bool AllFinite(Tap tap, Index k, Index end) {
   return true;
 }
 
-// Each pair of lanes exchanged; even lanes of a, odd lanes of b.
-struct Swapped {
-  static constexpr int At(int i) { return i ^ 1; }
-};
+// Even lanes of a, odd lanes of b.
 template <int V> struct Alternating {
   static constexpr int At(int i) { return i % 2 == 0 ? i : V + i; }
 };

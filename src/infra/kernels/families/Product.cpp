@@ -3,13 +3,7 @@
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
 
-template <class T> constexpr int kPerRegister = kRegisterBytes / static_cast<int>(sizeof(T));
-template <class T> using Register = Vec<T, kPerRegister<T>>;
-
-// Each pair of parts exchanged; and each lane twice.
-struct Swapped {
-  static constexpr int At(int i) { return i ^ 1; }
-};
+// Each lane twice.
 template <int... I> [[gnu::always_inline]] inline auto Twice(Vec<float, sizeof...(I) / 2> x, Seq<I...>) {
   return __builtin_shufflevector(x, x, (I / 2)...);
 }

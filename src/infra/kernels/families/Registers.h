@@ -1,4 +1,5 @@
-// What kernels do with registers beyond what the Fourier passes need: floats in double, and folds of lanes.
+// What kernels do with registers beyond what the Fourier passes need: whole ones of any type, floats in
+// double, and folds of lanes.
 #ifndef QORN_SRC_INFRA_KERNELS_REGISTERS_H
 #define QORN_SRC_INFRA_KERNELS_REGISTERS_H
 
@@ -10,6 +11,14 @@
 
 namespace QORN::kernels::QORN_LEVEL {
 namespace {
+
+template <class T> inline constexpr int kPerRegister = kRegisterBytes / static_cast<int>(sizeof(T));
+template <class T> using Register = Vec<T, kPerRegister<T>>;
+
+/// Each pair of lanes exchanged.
+struct Swapped {
+  static constexpr int At(int i) { return i ^ 1; }
+};
 
 /// Floats in double. GCC splits the conversion of a generic vector into narrower ones, down to single
 /// elements; and it warns of what the form without a mask leaves undefined.
