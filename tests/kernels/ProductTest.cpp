@@ -1,6 +1,7 @@
 // Dot products, correlation and convolution against direct sums in long double.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -303,45 +304,69 @@ TEST(TargetLib, CrossCorr_InfiniteElement_ReachesOnlyItsResults) {
   EXPECT_EQ(dst[2], 1);
 }
 
-// As above, for every place of the element and every way in which results lie about the ends.
-TEST(TargetLib, CrossCorr_InfiniteElementAnywhere_ReachesOnlyItsResults) {
-  const float inf = std::numeric_limits<float>::infinity();
+// correlate(a, b, dst) gives all results, of which a[i] and b[i + n + 1 - the length of a] meet in number n.
+// An infinite element anywhere shows in every part of those that it belongs to, and in no other.
+template <class T, class Kernel> void CheckInfiniteElement(const Kernel &correlate) {
   std::mt19937 random(11);
   for (const int len1 : {1, 2, 7, 16, 31}) {
     for (const int len2 : {1, 3, 16, 40, 150}) {
-      std::vector<float> a, b;
-      for (int i = 0; i < len1; ++i) a.push_back(std::fabs(RandomValue<float>(random)) + 0.1F);
-      for (int i = 0; i < len2; ++i) b.push_back(std::fabs(RandomValue<float>(random)) + 0.1F);
+      std::vector<T> a(static_cast<std::size_t>(len1)), b(static_cast<std::size_t>(len2));
+      for (auto *values : {&a, &b}) {
+        for (T &value : *values) value = RandomValue<T>(random);
+      }
       const int count = len1 + len2 - 1;
-      std::vector<float> plain(static_cast<std::size_t>(count)), dst(plain);
+      std::vector<T> plain(static_cast<std::size_t>(count)), dst(plain);
       for (const kernels::Level &level : kernels::AvailableLevels()) {
         const kernels::ScopedLevel scope(level);
-        const auto correlate = [&](std::vector<float> &results) {
-          TargetLib::CrossCorr_32f(a.data(), len1, b.data(), len2, results.data(), count, 1 - len1);
-        };
-        correlate(plain);
+        correlate(a, b, plain);
         for (int spoiled = 0; spoiled < len1 + len2; ++spoiled) {
           const bool isTap = spoiled < len1;
           const int at = isTap ? spoiled : spoiled - len1;
-          float &element = isTap ? a[static_cast<std::size_t>(at)] : b[static_cast<std::size_t>(at)];
-          const float before = element;
-          element = inf;
-          correlate(dst);
+          T &element = isTap ? a[static_cast<std::size_t>(at)] : b[static_cast<std::size_t>(at)];
+          const T before = element;
+          *reinterpret_cast<Part<T> *>(&element) = std::numeric_limits<Part<T>>::infinity();
+          correlate(a, b, dst);
           element = before;
           for (int n = 0; n < count; ++n) {
             const int lag = n + 1 - len1, other = isTap ? at + lag : at - lag;
             const bool meets = other >= 0 && other < (isTap ? len2 : len1);
-            const float result = dst[static_cast<std::size_t>(n)], usual = plain[static_cast<std::size_t>(n)];
-            // What an infinite value of the signal does not reach keeps its bits.
-            ASSERT_TRUE(meets   ? result == inf
-                        : isTap ? std::isfinite(result)
-                                : result == usual)
-                << level.name << ' ' << len1 << ' ' << len2 << ' ' << spoiled << ' ' << n << ": " << result;
+            const auto *result = reinterpret_cast<const Part<T> *>(&dst[static_cast<std::size_t>(n)]);
+            const auto *usual = reinterpret_cast<const Part<T> *>(&plain[static_cast<std::size_t>(n)]);
+            for (std::size_t part = 0; part < sizeof(T) / sizeof(Part<T>); ++part) {
+              ASSERT_EQ(std::isfinite(result[part]), !meets)
+                  << level.name << ' ' << len1 << ' ' << len2 << ' ' << spoiled << ' ' << n;
+              // What an infinite element of the longer array does not reach keeps its bits.
+              if (!meets && !isTap && len1 <= len2) {
+                ASSERT_EQ(result[part], usual[part])
+                    << level.name << ' ' << len1 << ' ' << len2 << ' ' << spoiled << ' ' << n;
+              }
+            }
           }
         }
       }
     }
   }
+}
+
+TEST(TargetLib, CrossCorr_InfiniteElementAnywhere_ReachesOnlyItsResults) {
+  const auto correlation = [](auto kernel) {
+    return [kernel](const auto &a, const auto &b, auto &dst) {
+      const int len1 = static_cast<int>(a.size());
+      kernel(a.data(), len1, b.data(), static_cast<int>(b.size()), dst.data(), static_cast<int>(dst.size()),
+             1 - len1);
+    };
+  };
+  CheckInfiniteElement<float>(correlation(&TargetLib::CrossCorr_32f));
+  CheckInfiniteElement<Cplx32>(correlation(&TargetLib::CrossCorr_32fc));
+}
+
+TEST(TargetLib, Conv_InfiniteElementAnywhere_ReachesOnlyItsResults) {
+  CheckInfiniteElement<double>(
+      [](std::vector<double> a, const std::vector<double> &b, std::vector<double> &dst) {
+        std::reverse(a.begin(), a.end());
+        TargetLib::Conv_64f(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                            dst.data());
+      });
 }
 
 template <class T, class Kernel> void CheckAnyPart(const Kernel &kernel) {
