@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <utility>
+#include <type_traits>
 
 namespace peers {
 
@@ -19,22 +19,29 @@ template <class C> C Quotient(C a, C b) {
   return {(a.re * b.re + a.im * b.im) / square, (a.im * b.re - a.re * b.im) / square};
 }
 
-float MulAdd(float sum, float a, float b) { return sum + a * b; }
-double MulAdd(double sum, double a, double b) { return sum + a * b; }
-Cplx32 MulAdd(Cplx32 sum, Cplx32 a, Cplx32 b) {
-  return {sum.re + (a.re * b.re - a.im * b.im), sum.im + (a.re * b.im + a.im * b.re)};
+float Conj(float x) { return x; }
+Cplx32 Conj(Cplx32 x) { return {x.re, -x.im}; }
+
+// Sums that do not depend on each other, which a compiler vectorises without leave to change their order.
+template <class T> void AddMultiple(T factor, const T *src, int len, T *sums) {
+  for (int i = 0; i < len; ++i) {
+    if constexpr (std::is_floating_point_v<T>) {
+      sums[i] += factor * src[i];
+    } else {
+      const T product = Product(factor, src[i]);
+      sums[i] = {sums[i].re + product.re, sums[i].im + product.im};
+    }
+  }
 }
 
-// Each element of src1 times all of src2 is added to the results from its place on; so the inner loop
-// has independent sums, which a compiler vectorises without leave to change their order.
-template <class T, class TapAt>
-void SumProducts(const T *src1, int len1, const T *src2, int len2, T *dst, TapAt tapAt) {
+template <class T> void Convolve(const T *src1, int len1, const T *src2, int len2, T *dst) {
   std::fill_n(dst, len1 + len2 - 1, T{});
-  for (int i = 0; i < len1; ++i) {
-    const auto [tap, place] = tapAt(src1[i], i);
-    T *sums = dst + place;
-    for (int j = 0; j < len2; ++j) sums[j] = MulAdd(sums[j], tap, src2[j]);
-  }
+  for (int i = 0; i < len1; ++i) AddMultiple(src1[i], src2, len2, dst + i);
+}
+
+template <class T> void Correlate(const T *src1, int len1, const T *src2, int len2, T *dst) {
+  std::fill_n(dst, len1 + len2 - 1, T{});
+  for (int i = 0; i < len1; ++i) AddMultiple(Conj(src1[i]), src2, len2, dst + (len1 - 1 - i));
 }
 
 } // namespace
@@ -216,18 +223,16 @@ void Plain::ConjFlip_32fc(const Cplx32 *src, Cplx32 *dst, int len) {
 }
 
 void Plain::Conv_32f(const float *src1, int len1, const float *src2, int len2, float *dst) {
-  SumProducts(src1, len1, src2, len2, dst, [](float tap, int i) { return std::pair(tap, i); });
+  Convolve(src1, len1, src2, len2, dst);
 }
 void Plain::Conv_64f(const double *src1, int len1, const double *src2, int len2, double *dst) {
-  SumProducts(src1, len1, src2, len2, dst, [](double tap, int i) { return std::pair(tap, i); });
+  Convolve(src1, len1, src2, len2, dst);
 }
 void Plain::CrossCorr_32f(const float *src1, int len1, const float *src2, int len2, float *dst) {
-  SumProducts(src1, len1, src2, len2, dst, [len1](float tap, int i) { return std::pair(tap, len1 - 1 - i); });
+  Correlate(src1, len1, src2, len2, dst);
 }
 void Plain::CrossCorr_32fc(const Cplx32 *src1, int len1, const Cplx32 *src2, int len2, Cplx32 *dst) {
-  SumProducts(src1, len1, src2, len2, dst, [len1](Cplx32 tap, int i) {
-    return std::pair(Cplx32{tap.re, -tap.im}, len1 - 1 - i);
-  });
+  Correlate(src1, len1, src2, len2, dst);
 }
 
 } // namespace peers
