@@ -185,6 +185,9 @@ TEST(Convolution, Conv_LongLengths_IsWithinItsBound) {
     CheckConv<double>(65536, len1, 0, 3);
     if (HasFailure()) return;
   }
+  // Long blocks, whose errors are the larger ones.
+  CheckConv<double>(8192, 49152, 0, 0);
+  CheckConv<double>(65536, 16384, 0, 0);
 }
 
 // Every kind of signal through every other, with transforms.

@@ -80,31 +80,36 @@ template <> constexpr double kPerTerm<Cplx32> = 0.046;
 
 // How much of such a product one with what is beside an array takes: most of these are left out.
 template <class T> constexpr double kBeside = sizeof(T) == sizeof(float) ? 0.2 : 0.5;
+template <> constexpr double kBeside<Cplx32> = 0.12;
 
 // What an output near an end of the signal takes more than another one.
-template <class T> constexpr double kPerEdge = Element<T>::kParts == 1 ? 1.5 : 4.5;
+template <class T> constexpr double kPerEdge = sizeof(T) == sizeof(float) ? 1.3 : 2;
+template <> constexpr double kPerEdge<Cplx32> = 2.6;
 
-// A pair of real blocks, or a complex one, there and back. The taps take half of it. Doubles are two such
-// blocks, and their outputs are nearer to what can be told.
+// Up to these lengths, transforms take so many times as long as in the nearest cache. Doubles are two blocks,
+// and their outputs are nearer to what can be told.
+struct Slowdown {
+  Index length;
+  double times;
+};
+constexpr Index kEndless = std::numeric_limits<Index>::max();
+constexpr Slowdown kSlowdowns[] = {{1536, 1.06},   {12288, 1.16},  {32768, 1.33}, {81920, 1.39},
+                                   {131072, 1.52}, {196608, 1.65}, {524288, 2},   {kEndless, 3.2}};
+constexpr Slowdown kSlowdownsOfDoubles[] = {{2048, 3.25},  {24576, 3},    {36864, 3.3}, {131072, 3.8},
+                                            {196608, 4.3}, {524288, 5.4}, {kEndless, 8}};
+
+// A pair of real blocks, or a complex one, there and back. The taps and the first block, which has nothing in
+// the caches yet, take 0.65 of it more.
 template <class T> double RunCost(Index length) {
-  constexpr bool kTwice = std::is_same_v<T, double>;
-  constexpr double kPerRun = 80;
-  const Index size = kTwice ? 2 * length : length;
-  const double outside = size <= 8192     ? 1
-                         : size <= 131072 ? 1.2
-                         : size <= 262144 ? 1.4
-                         : size <= 524288 ? 2.2
-                                          : 3.2;
-  // Steps of 5 and 9 points take longer, and samples that lie pages apart push each other out of the nearest
-  // cache, until they leave it anyway.
-  const bool odd = length % 9 == 0 || length % 5 == 0, paged = size % 8192 == 0 && size <= 32768;
-  const double perPoint = (odd ? 1.04 : 1) * (paged ? 1.1 : 1) * (0.38 + 0.1 * Log2(length)) * outside;
-  const double once = kPerRun + perPoint * static_cast<double>(length);
-  return kTwice ? 2.5 * once : once;
+  constexpr double kPerRun = 80, kTimes = std::is_same_v<T, float> ? 1.03 : 1;
+  const auto *slowdown = std::is_same_v<T, double> ? kSlowdownsOfDoubles : kSlowdowns;
+  while (slowdown->length < length) ++slowdown;
+  return kTimes * (kPerRun + (0.38 + 0.1 * Log2(length)) * slowdown->times * static_cast<double>(length));
 }
+constexpr double kFirst = 0.65;
 
 // To get and to free the memory.
-constexpr double kPerCall = 1000;
+constexpr double kPerCall = 450;
 
 // The largest transforms whose work memory an int can count.
 template <class T> constexpr int kLargestLog2 = 25;
@@ -121,8 +126,6 @@ template <class T> class Correlator<T>::Job {
   static constexpr int kParts = Element<T>::kParts;
   static constexpr Index kPairs = kPairsOf<T>;
   static constexpr bool kSplit = std::is_same_v<T, double>;
-  // Steps of the coarse part of the taps, as a power of two, in their largest magnitude.
-  static constexpr int kTapSteps = 18;
   static constexpr int kDeepest = 3;
   static constexpr Index kMany = 8; // outputs of which one is in doubt are many
   static constexpr Index kFew = 64; // and so many leave few in doubt
@@ -234,6 +237,15 @@ private:
     }
   }
 
+  // Steps t of the coarse part of the taps h, and s of that of a pair of blocks x, such that the errors of
+  // both rests are about the same. Those have the norms t sqrt(M / 12) and s sqrt(2 N / 12); from s t
+  // being 2.1 to 4.2, say 3, times the bound of the coarse product, 12 e |x| |h|, and |x| t sqrt(M) = s
+  // sqrt(2 N) |h| follows t^2 = 36 e |h|^2 sqrt(2 N / M).
+  double TapStep() const {
+    const double blocks = 2.0 * static_cast<double>(m_engine.Length()) / static_cast<double>(m_engine.Taps());
+    return std::ldexp(1.0, std::ilogb(m_norm * std::sqrt(2 * 36 * m_error * std::sqrt(blocks))));
+  }
+
   // False if these taps are only for direct sums.
   bool SetTaps() {
     const Index n = m_engine.Length(), taps = m_engine.Taps();
@@ -244,7 +256,7 @@ private:
     if constexpr (kSplit) {
       FindLargeTaps();
       double *const h = WindowMemory(0);
-      m_tapStep = std::ldexp(1.0, std::ilogb(m_large[0].size) + 1 - kTapSteps);
+      m_tapStep = TapStep();
       const double magic = 0x1.8p52 * m_tapStep;
       double fineEnergy = 0;
       for (Index i = 0; i < taps; ++i) {
@@ -708,7 +720,7 @@ template <class T> int BlockLength(std::ptrdiff_t taps, std::ptrdiff_t outputs, 
       if (step < 1 || length > kLongest || length % 64 != 0) continue;
       const Index blocks = (outputs + step - 1) / step;
       const Index runs = (blocks + kPairsOf<T> - 1) / kPairsOf<T>;
-      const double cost = (static_cast<double>(runs) + 0.5) * RunCost<T>(length) + kPerCall;
+      const double cost = (static_cast<double>(runs) + kFirst) * RunCost<T>(length) + kPerCall;
       if (cost < least) {
         least = cost;
         best = static_cast<int>(length);

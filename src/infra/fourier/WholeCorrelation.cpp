@@ -31,20 +31,24 @@ constexpr Index kShortest = 128, kLongest = Index{1} << 22;
 
 // Estimates in nanoseconds, as in LongConvolution.cpp. Of a complex transform:
 double TransformCost(Index length) {
-  const double perPass = length <= 256      ? 0.05
-                         : length <= 2048   ? 0.078
-                         : length <= 16384  ? 0.09
-                         : length <= 131072 ? 0.115
+  const double perPass = length <= 256      ? 0.048
+                         : length <= 2048   ? 0.071
+                         : length <= 9216   ? 0.081
+                         : length <= 16384  ? 0.095
+                         : length <= 32768  ? 0.112
+                         : length <= 131072 ? 0.123
                          : length <= 524288 ? 0.23
                                             : 0.35;
-  return perPass * static_cast<double>(length) * Log2(length);
+  const bool odd = length % 9 == 0 || length % 5 == 0;
+  return (odd ? 1.05 : 1) * perPass * static_cast<double>(length) * Log2(length);
 }
 // Three transforms, and what is beside them for each point and each call.
 template <class T> double WholeCost(Index length) {
   const auto points = static_cast<double>(length);
   if (std::is_same_v<T, double>) return 3.2 * TransformCost(length) + 1.3 * points + 200;
-  const double once = kReal<T> ? TransformCost(length / 2) + 0.15 * points : TransformCost(length);
-  return 3 * once + (kReal<T> ? 0.6 : 0.9) * points + 100;
+  if (!kReal<T>) return 3 * TransformCost(length) + 0.9 * points + 100;
+  const double beside = length <= 65536 ? 0.6 : 1.2;
+  return 3 * (TransformCost(length / 2) + 0.15 * points) + beside * points + 100;
 }
 
 const float *Parts(const float *x) { return x; }
@@ -230,9 +234,12 @@ Figures Transform(const Correlation<T> &job, int length, bool convolve, const No
   constexpr int kParts = Element<T>::kParts;
   const Plan<T> &plan = SharedPlan<Plan<T>>(length);
   const Index n = length, scratchSize = static_cast<Index>(plan.ScratchBytes() / sizeof(double));
-  const WorkArray<double> work(5 * n + scratchSize, Life::kCall);
-  double *const signal = work.Data(), *const bins = signal + n, *const tapBins = bins + 2 * n;
-  double *const scratch = tapBins + 2 * n;
+  // Complex signals are transformed in place. Of the taps' spectrum, if they are real, its first half will
+  // do: the second one, which the transform writes too, gives way to the signal's.
+  const Index signalSize = kReal<T> ? n : 0, kept = kReal<T> ? n + 8 : 2 * n;
+  const WorkArray<double> work(signalSize + kept + 2 * n + scratchSize, Life::kCall);
+  double *const signal = work.Data(), *const tapBins = signal + signalSize, *const bins = tapBins + kept;
+  double *const scratch = bins + 2 * n;
   const auto transform = [&](const T *x, int count, double *spectrum) {
     double *const filled = kReal<T> ? signal : spectrum;
     active->Convert_32f64f(Parts(x), filled, kParts * count);
