@@ -254,7 +254,6 @@ private:
     m_norm = std::sqrt(energy) * (1 + 1e-6);
 
     if constexpr (kSplit) {
-      FindLargeTaps();
       double *const h = WindowMemory(0);
       m_tapStep = TapStep();
       const double magic = 0x1.8p52 * m_tapStep;
@@ -361,8 +360,17 @@ private:
     }
     Known known[2];
     for (Index i = 0; smallest < least && i < kPairs; ++i) {
-      if (kSplit && !dirty[i] && energies[i] != 0)
+      if (kSplit && !dirty[i] && energies[i] != 0) {
+        // A few are looked at one by one in less time. Where they are not, they will not be in the next
+        // block.
+        if (m_leavesFew) {
+          const Index most = pair[i].count / kFew;
+          below[i] = CountUpTo(most + 1, pair[i], least);
+          m_leavesFew = below[i] <= most;
+          if (m_leavesFew) continue;
+        }
         known[i] = Known(*this, pair[i].first, windows[i], std::sqrt(energies[i]), least);
+      }
       below[i] = CountDoubtful(pair[i], least, known[i]);
     }
     if (energy == 0) {
@@ -427,6 +435,17 @@ private:
       if (!m_tapSizes) m_tapSizes.emplace(m_job.taps, m_last + 1, m_norm, m_life);
     }
     return *m_tapSizes;
+  }
+
+  // The number of outputs below `least`, or `most` if that is less.
+  Index CountUpTo(Index most, Outputs outputs, double least) const {
+    const Index end = outputs.first + outputs.count;
+    Index count = 0;
+    for (Index n = outputs.first; count < most; ++n, ++count) {
+      n += CountLarge(Target(n), end - n, least);
+      if (n == end) break;
+    }
+    return count;
   }
 
   // The number of outputs below `least` but for those that are known to stand.
@@ -506,8 +525,16 @@ private:
     return count;
   }
 
-  // Whether the sum of the magnitudes of output n's products with the large taps, or with large inputs, is at
-  // least `least`.
+  // Whether the sum of the magnitudes of some of output n's products, or of those with the large taps, or
+  // with large inputs, is at least `least`.
+  bool StandsByAny(Index n, double least) const {
+    constexpr Index kMost = 32;
+    const Index begin = std::max(n - (m_job.len - 1), Index{0}),
+                end = std::min({begin + kMost, m_last + 1, n + 1});
+    double sum = 0;
+    for (Index i = begin; i < end && sum < least; ++i) sum += Size(TapAt(i)) * Size(m_job.x[n - i]);
+    return sum >= least;
+  }
   bool StandsByTaps(Index n, double least) const {
     double sum = 0;
     for (int i = 0; i < m_largeCount && sum < least; ++i) {
@@ -631,7 +658,7 @@ private:
         again.Add(n);
       } else if (lastNonzero < begin) {
         result = T{};
-      } else if (!large) {
+      } else if (!large && (sums.sums != nullptr || !StandsByAny(n, least))) {
         if (m_largeCount == 0) FindLargeTaps();
         if (StandsByTaps(n, least)) continue;
         if (inputCount < 0) inputCount = LargeInputs(outputs, inputs);
@@ -644,13 +671,39 @@ private:
     for (int i = 0; i < stretches.count; ++i) {
       const Outputs &outputs = stretches.all[i];
       const double terms = static_cast<double>(outputs.count) * m_job.tapCount;
-      if (depth < kDeepest && !dirty && terms * kPerTerm < T >> RunCost<T>(m_engine.Length())) {
-        Outputs pair[2] = {outputs, {outputs.first, 0}};
+      if (depth < kDeepest && !dirty && RunCost<T>(m_engine.Length()) < terms * kPerTerm<T>) {
+        Outputs pair[2] = {WithoutLoudEnds(outputs), {outputs.first, 0}};
         Process(pair, depth + 1);
       } else {
         Directly(outputs);
       }
     }
+  }
+
+  // Where a stretch begins behind a loud signal, its first outputs still have products with the end of that:
+  // these are computed directly, and do not reach the others. So for the last ones.
+  Outputs WithoutLoudEnds(Outputs outputs) const {
+    constexpr Index kEnd = 64;
+    constexpr double kLoud = 100; // times the energy of all else
+    const Index from = outputs.first - m_last, to = outputs.first + outputs.count;
+    const Index begin = std::max(from, Index{0}), end = std::min<Index>(to, m_job.len);
+    if (outputs.count <= 4 * kEnd || end - begin <= 2 * kEnd) return outputs;
+    const auto energy = [&](Index first, Index count) {
+      return Energy(reinterpret_cast<const Part *>(m_job.x + first), count * kParts);
+    };
+    // Beside the signal there are only zeros.
+    const double head = begin == from ? energy(begin, kEnd) : 0,
+                 tail = end == to ? energy(end - kEnd, kEnd) : 0;
+    const double loud = kLoud * energy(begin + kEnd, end - begin - 2 * kEnd);
+    if (head > loud) {
+      Directly({outputs.first, kEnd});
+      outputs = {outputs.first + kEnd, outputs.count - kEnd};
+    }
+    if (tail > loud) {
+      outputs.count -= kEnd;
+      Directly({outputs.first + outputs.count, kEnd});
+    }
+    return outputs;
   }
 
   static T NotANumber() {
@@ -677,7 +730,7 @@ private:
 
   // Of doubles.
   double m_tapStep = 0, m_fineNorm = 0;
-  bool m_amplifies = false;
+  bool m_amplifies = false, m_leavesFew = true;
   std::optional<Magnitudes> m_tapSizes;
 };
 
