@@ -170,13 +170,13 @@ private:
     Store(part, x);
     if (place < reWhole) {
       StoreEveryOther<0>(values, re + at);
-      least = LesserMagnitude(Shuffle<NeighbourTwice<0>, 2 * kCyclicLanes>(x, x), least);
+      least = LesserMagnitude(ReTwice(x), least);
     } else {
       StorePart(part, re, 1, at, reCount, smallest);
     }
     if (place < imWhole) {
       StoreEveryOther<1>(values, im + at);
-      least = LesserMagnitude(Shuffle<NeighbourTwice<1>, 2 * kCyclicLanes>(x, x), least);
+      least = LesserMagnitude(ImTwice(x), least);
     } else {
       StorePart(part + 1, im, 1, at, imCount, smallest);
     }

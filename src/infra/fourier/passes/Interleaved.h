@@ -16,7 +16,8 @@ template <class T, int V> using Complex = Vec<T, 2 * V>;
 /// Complex values of T in the widest register.
 template <class T> inline constexpr int kComplexLanes = kRegisterBytes / (2 * static_cast<int>(sizeof(T)));
 
-template <class E> inline constexpr int kScalars = static_cast<int>(sizeof(E) / sizeof(E{}[0]));
+template <class E> using Scalar = decltype(E{}[0] * 1);
+template <class E> inline constexpr int kScalars = static_cast<int>(sizeof(E) / sizeof(Scalar<E>));
 
 struct NeighboursSwapped {
   static constexpr int At(int i) { return i ^ 1; }
@@ -50,10 +51,10 @@ template <bool Inverse = false, class E> [[gnu::always_inline]] inline E Turned(
 
 #if !defined(__FMA__)
 template <class E> [[gnu::always_inline]] inline E MulSubAdd(E a, E b, E c) {
-  return MulAdd(a, b, c * Alternating<E>(-1.0, 1.0));
+  return MulAdd(a, b, c * Alternating<E>(Scalar<E>{-1}, Scalar<E>{1}));
 }
 template <class E> [[gnu::always_inline]] inline E MulAddSub(E a, E b, E c) {
-  return MulAdd(a, b, c * Alternating<E>(1.0, -1.0));
+  return MulAdd(a, b, c * Alternating<E>(Scalar<E>{1}, Scalar<E>{-1}));
 }
 #endif
 
@@ -61,17 +62,25 @@ template <int Odd> struct NeighbourTwice {
   static constexpr int At(int i) { return i / 2 * 2 + Odd; }
 };
 
+/// The real parts, or the imaginary ones, in both places.
+template <class E> [[gnu::always_inline]] inline E ReTwice(E x) {
+  return Shuffle<NeighbourTwice<0>, kScalars<E>>(x, x);
+}
+template <class E> [[gnu::always_inline]] inline E ImTwice(E x) {
+  return Shuffle<NeighbourTwice<1>, kScalars<E>>(x, x);
+}
+
 /// x * w, or x * conj(w) in an inverse transform, w being interleaved as x is.
 template <bool Inverse = false, class E> [[gnu::always_inline]] inline E Multiplied(E x, E w) {
-  const E re = Shuffle<NeighbourTwice<0>, kScalars<E>>(w, w);
-  const E im = Swapped(x) * Shuffle<NeighbourTwice<1>, kScalars<E>>(w, w);
+  const E re = ReTwice(w);
+  const E im = Swapped(x) * ImTwice(w);
   return Inverse ? MulAddSub(x, re, im) : MulSubAdd(x, re, im);
 }
 
 /// x * w + y.
 template <class E> [[gnu::always_inline]] inline E MultipliedAdd(E x, E w, E y) {
-  const E re = Shuffle<NeighbourTwice<0>, kScalars<E>>(w, w);
-  return MulSubAdd(x, re, MulSubAdd(Swapped(x), Shuffle<NeighbourTwice<1>, kScalars<E>>(w, w), y));
+  const E re = ReTwice(w);
+  return MulSubAdd(x, re, MulSubAdd(Swapped(x), ImTwice(w), y));
 }
 
 /// x * exp(-j 2 pi K / N), the constant known to the compiler.

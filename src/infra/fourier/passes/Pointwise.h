@@ -66,8 +66,8 @@ template <class T, int V, bool Mirrored>
       const E signs = Alternating<E>(sign, -sign);
       w *= Shuffle<FirstPair, 2 * V>(signs, signs);
     }
-    const E wim = Shuffle<NeighbourTwice<1>, 2 * V>(w, w) * Alternating<E>(T{-1}, T{1});
-    Store(x, Turned(Load<E>(x), Shuffle<NeighbourTwice<0>, 2 * V>(w, w), wim));
+    const E wim = ImTwice(w) * Alternating<E>(T{-1}, T{1});
+    Store(x, Turned(Load<E>(x), ReTwice(w), wim));
   }
 }
 
@@ -91,8 +91,34 @@ template <class T>
 
 // Calls body(k, V) for the pairs (k, half - k), 1 <= k < half / 2, V neighbours at a time.
 template <class T, class F> [[gnu::always_inline]] inline void ForEachPair(Index half, const F &body) {
-  const Index pairs = (half - 1) / 2;
-  ForEach<T>(pairs, [&](Index i, auto lanes) { body(i + 1, lanes); });
+  constexpr int kLanes = kComplexLanes<T>;
+  const Index end = (half + 1) / 2;
+  // The first ones up to a place at which half of the registers lie in one cache line each.
+  ForEachFrom<Complex<T, 1>, (kLanes > 1 ? kLanes / 2 : 1)>(1, end < kLanes ? end : kLanes, body);
+  ForEachFrom<Complex<T, 1>, kLanes>(kLanes, end, body);
+}
+
+// V complex values, a single one that does not fill 16 bytes being there twice.
+template <class T, int V> inline constexpr bool kTwice = 2 * V * sizeof(T) < 16;
+template <class T, int V> using Filled = Complex<T, kTwice<T, V> ? 2 * V : V>;
+template <class T, int V> [[gnu::always_inline]] inline Filled<T, V> LoadFilled(const T *x) {
+  if constexpr (kTwice<T, V>)
+    return Filled<T, V>{x[0], x[1], x[0], x[1]};
+  else
+    return Load<Complex<T, V>>(x);
+}
+template <class T, int V> [[gnu::always_inline]] inline void StoreFilled(T *x, Filled<T, V> values) {
+  if constexpr (kTwice<T, V>) {
+    x[0] = values[0];
+    x[1] = values[1];
+  } else {
+    Store(x, values);
+  }
+}
+
+// The complex values in the opposite order.
+template <class E> [[gnu::always_inline]] inline E Backwards(E x) {
+  return Shuffle<ComplexReversed<kScalars<E> / 2>, kScalars<E>>(x, x);
 }
 
 /// Turns the half-length transform Z of the samples' pairs x[2n] + j x[2n+1] into the 2 * half bins of the
@@ -103,22 +129,18 @@ template <class T> [[gnu::flatten]] void RunUntangle(T *x, const T *turns, Index
   T *const upper = x + 2 * half;
   const T re0 = x[0], im0 = x[1];
   ForEachPair<T>(half, [&]<int V>(Index k, Int<V>) {
-    Vec<T, V> re, im, backRe, backIm, wre, wim;
+    using E = Filled<T, V>;
+    const E conjugate = Alternating<E>(T{1}, T{-1}), minusRe = Alternating<E>(T{-1}, T{1});
     const Index back = half - k - (V - 1);
-    LoadComplex<T, V>(x + 2 * k, re, im);
-    LoadComplex<T, V>(x + 2 * back, backRe, backIm);
-    LoadComplex<T, V>(turns + 2 * k, wre, wim);
-    backRe = Reverse<T, V>(backRe);
-    backIm = Reverse<T, V>(backIm);
-    const auto evenRe = re + backRe, evenIm = im - backIm;
-    auto oddRe = im + backIm, oddIm = backRe - re;
-    Turn(oddRe, oddIm, wre, wim);
-    const auto lowRe = evenRe + oddRe, lowIm = evenIm + oddIm;
-    const auto highRe = Reverse<T, V>(evenRe - oddRe), highIm = Reverse<T, V>(oddIm - evenIm);
-    StoreComplex<T, V>(x + 2 * k, lowRe, lowIm);
-    StoreComplex<T, V>(x + 2 * back, highRe, highIm);
-    StoreComplex<T, V>(upper + 2 * back, Reverse<T, V>(lowRe), -Reverse<T, V>(lowIm));
-    StoreComplex<T, V>(upper + 2 * k, Reverse<T, V>(highRe), -Reverse<T, V>(highIm));
+    const E z = LoadFilled<T, V>(x + 2 * k), mirror = Backwards(LoadFilled<T, V>(x + 2 * back)),
+            w = LoadFilled<T, V>(turns + 2 * k);
+    const E even = MulAdd(mirror, conjugate, z), swapped = NegMulAdd(z, conjugate, mirror); // E; O, im and re
+    const E odd = MulSubAdd(ImTwice(swapped), w, ReTwice(swapped) * Swapped(w));
+    const E low = even + odd, high = MulAdd(even, conjugate, odd * minusRe);
+    StoreFilled<T, V>(x + 2 * k, low);
+    StoreFilled<T, V>(x + 2 * back, Backwards(high));
+    StoreFilled<T, V>(upper + 2 * back, Backwards(low * conjugate));
+    StoreFilled<T, V>(upper + 2 * k, high * conjugate);
   });
   if (half % 2 == 0) {
     // w^(half/2) = -j, so that X = 2 conj Z here.
@@ -138,18 +160,16 @@ template <class T> [[gnu::flatten]] void RunUntangle(T *x, const T *turns, Index
 /// bins 0 to half of x; the imaginary parts of bins 0 and half do not take part.
 template <class T> [[gnu::flatten]] void RunTangle(const T *x, T *z, const T *turns, Index half) {
   ForEachPair<T>(half, [&]<int V>(Index k, Int<V>) {
-    Vec<T, V> re, im, backRe, backIm, wre, wim;
+    using E = Filled<T, V>;
+    const E conjugate = Alternating<E>(T{1}, T{-1}), minusRe = Alternating<E>(T{-1}, T{1});
     const Index back = half - k - (V - 1);
-    LoadComplex<T, V>(x + 2 * k, re, im);
-    LoadComplex<T, V>(x + 2 * back, backRe, backIm);
-    LoadComplex<T, V>(turns + 2 * k, wre, wim);
-    backRe = Reverse<T, V>(backRe);
-    backIm = Reverse<T, V>(backIm);
-    const auto evenRe = re + backRe, evenIm = im - backIm;
-    auto oddRe = re - backRe, oddIm = im + backIm;
-    Turn(oddRe, oddIm, wre, -wim);
-    StoreComplex<T, V>(z + 2 * k, evenRe - oddIm, evenIm + oddRe);
-    StoreComplex<T, V>(z + 2 * back, Reverse<T, V>(evenRe + oddIm), Reverse<T, V>(oddRe - evenIm));
+    const E low = LoadFilled<T, V>(x + 2 * k), mirror = Backwards(LoadFilled<T, V>(x + 2 * back)),
+            w = LoadFilled<T, V>(turns + 2 * k);
+    const E even = MulAdd(mirror, conjugate, low), odd = NegMulAdd(mirror, conjugate, low);
+    // O, im and re.
+    const E swapped = MulAdd(ReTwice(odd) * minusRe, Swapped(w), ImTwice(odd) * w);
+    StoreFilled<T, V>(z + 2 * k, MulAdd(swapped, minusRe, even));
+    StoreFilled<T, V>(z + 2 * back, Backwards(MulAdd(even, conjugate, swapped)));
   });
   if (half % 2 == 0) {
     const Index k = half / 2;
