@@ -58,6 +58,11 @@ const struct {
     {"outlier", [](int i, int len, double noise) { return i == len / 2 ? 1e6 : noise; }},
     {"impulse", [](int i, int len, double) { return i == len / 3 ? 1.0 : 0.0; }},
     {"every fourth", [](int i, int, double noise) { return i % 4 == 0 ? noise : 0; }},
+    {"taper",
+     [](int i, int len, double) {
+       const double sine = std::sin(M_PI * (i + 0.5) / len);
+       return sine * sine;
+     }},
 };
 constexpr int kSignalCount = static_cast<int>(std::size(kSignals));
 
@@ -116,11 +121,15 @@ testing::AssertionResult IsNear(const T &got, const T *a, int lenA, const T *b, 
   return testing::AssertionFailure() << "error " << error / (eps * size) << " eps of " << size;
 }
 
-// Some places of an output: both ends and a few in between.
+// Some places of an output: both ends, fewer and fewer behind them, and a few anywhere.
 std::vector<int> Places(int len, int between, std::mt19937 &random) {
   std::vector<int> places;
   const int ends = std::min(len, 12);
   for (int i = 0; i < ends; ++i) {
+    places.push_back(i);
+    places.push_back(len - 1 - i);
+  }
+  for (int i = ends; i < len / 2; i += i / 2) {
     places.push_back(i);
     places.push_back(len - 1 - i);
   }
@@ -189,6 +198,18 @@ TEST(Convolution, Conv_LongLengths_IsWithinItsBound) {
   CheckConv<double>(8192, 49152, 0, 0);
   for (const int signal : {0, 3, 6, 7}) CheckConv<double>(16384, 65536, 0, signal);
   CheckConv<float>(16384, 65536, 0, 7);
+}
+
+// Slowly rising towards the middle, where the early and late outputs are far below the errors of a transform
+// of all, and of what is left of them, again and again.
+TEST(Convolution, Conv_Tapers_IsWithinItsBound) {
+  constexpr int kNoise = 0, kPositive = 3, kTaper = kSignalCount - 1;
+  for (const int len : {1000, 3000, 20000}) {
+    for (const int signal : {kNoise, kPositive, kTaper}) CheckConv<double>(len, len, kTaper, signal);
+    CheckConv<double>(len, len, kPositive, kPositive);
+    CheckConv<double>(len / 4, len, kTaper, kPositive);
+    if (HasFailure()) return;
+  }
 }
 
 // Every kind of signal through every other, with transforms.

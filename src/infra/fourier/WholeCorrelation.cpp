@@ -202,9 +202,11 @@ bool Certify(const Correlation<double> &job, int length, bool convolve, const No
   const double product = norms.taps * norms.x / std::sqrt(static_cast<double>(job.tapCount) * job.len);
   if (least < kFew * product) return Certify(job, length, convolve, least, none);
 
+  // The last outputs may be those of other operands that go on.
+  const bool hasTail = job.count == static_cast<Index>(job.tapCount) + job.len - 1;
   const Index group = Magnitudes::kBlock * std::max(job.tapCount / 16384, 1);
-  const Index groups = (job.count + group - 1) / group, most = groups / 4;
-  Index head = most, tail = groups - most;
+  const Index groups = (job.count + group - 1) / group, most = hasTail ? groups / 4 : groups * 3 / 4;
+  Index head = most, tail = hasTail ? groups - most : groups;
   {
     const Magnitudes taps(job.taps, job.tapCount, norms.taps, Life::kCall),
         values(job.x, job.len, norms.x, Life::kCall);
@@ -366,8 +368,11 @@ template <class T> bool CorrelateWhole(const Correlation<T> &job, int length) {
   return RunWhole(job, length, false);
 }
 
-template <class T> bool ConvolveWhole(const T *taps, int tapCount, const T *x, int len, T *dst, int length) {
-  const Index count = static_cast<Index>(tapCount) + len - 1;
+namespace {
+
+// The first `count` outputs of a convolution.
+template <class T>
+bool ConvolveFirst(const T *taps, int tapCount, const T *x, int len, Index count, T *dst, int length) {
   if constexpr (std::is_same_v<T, double>) {
     // Without the silence at their ends, whose outputs are zero.
     const auto trimmed = [](const T *&values, int &size) {
@@ -377,40 +382,58 @@ template <class T> bool ConvolveWhole(const T *taps, int tapCount, const T *x, i
       size = static_cast<int>(end - values);
       return values - begin;
     };
-    const Index before = trimmed(taps, tapCount) + trimmed(x, len);
-    if (tapCount == 0 || len == 0) {
-      // What is not finite would show.
-      if (!std::isfinite(Energy(taps, tapCount)) || !std::isfinite(Energy(x, len))) return false;
-      std::fill_n(dst, count, 0.0);
-      return true;
-    }
-    const Index own = static_cast<Index>(tapCount) + len - 1;
+    const Index before = std::min(trimmed(taps, tapCount) + trimmed(x, len), count);
+    const Index all = tapCount == 0 || len == 0 ? 0 : static_cast<Index>(tapCount) + len - 1;
+    const Index own = std::min(all, count - before);
     std::fill_n(dst, before, 0.0);
     std::fill(dst + before + own, dst + count, 0.0);
+    // What is not finite would show.
+    if (own == 0) return std::isfinite(Energy(taps, tapCount)) && std::isfinite(Energy(x, len));
     return RunWhole<T>({taps, tapCount, x, len, 0, own, dst + before}, length, true);
   } else {
     return RunWhole<T>({taps, tapCount, x, len, 0, count, dst}, length, true);
   }
 }
 
+// The same, by the operands that they have, of which there are no more taps than values.
+void ConvolveEarly(const double *taps, int tapCount, const double *x, int len, Index count, double *dst) {
+  tapCount = static_cast<int>(std::min<Index>(count, tapCount));
+  len = static_cast<int>(std::min<Index>(count, len));
+  // The products beyond these outputs make a triangle.
+  const double beyond = static_cast<double>(tapCount) + len - 1 - static_cast<double>(count);
+  const double terms = static_cast<double>(tapCount) * len - beyond * (beyond + 1) / 2;
+  const double direct = DirectCost<double>(tapCount, count, terms);
+  double limit = direct;
+  const int length = WholeLength<double>(tapCount, len, limit);
+  if (length != 0 && ConvolveFirst(taps, tapCount, x, len, count, dst, length)) return;
+  const WorkArray<double> reversed(tapCount, Life::kCall);
+  std::reverse_copy(taps, taps + tapCount, reversed.Data());
+  if (const int block = BlockLength<double>(tapCount, count, direct); block != 0) {
+    Correlator<double>(reversed.Data(), tapCount, block, Life::kCall)
+        .Run({reversed.Data(), tapCount, x, len, 0, count, dst});
+  } else {
+    Direct(reversed.Data(), tapCount, x, len, dst, static_cast<int>(count), 1 - tapCount);
+  }
+}
+
+} // namespace
+
+template <class T> bool ConvolveWhole(const T *taps, int tapCount, const T *x, int len, T *dst, int length) {
+  return ConvolveFirst(taps, tapCount, x, len, static_cast<Index>(tapCount) + len - 1, dst, length);
+}
+
 void ConvolveEnds(const double *taps, int tapCount, const double *x, int len, double *dst, Index early,
                   Index late) {
-  const WorkArray<double> outputs(2 * std::max(early, late), Life::kCall);
-  const auto convolve = [&](Index count, bool isLate, double *to) {
-    if (count == 0) return;
-    const int ownTaps = static_cast<int>(std::min<Index>(count, tapCount));
-    const int ownLen = static_cast<int>(std::min<Index>(count, len));
-    const double *const firstTap = isLate ? taps + (tapCount - ownTaps) : taps;
-    const double *const first = isLate ? x + (len - ownLen) : x;
-    const Index all = static_cast<Index>(ownTaps) + ownLen - 1;
-    double limit = DirectCost<double>(std::min(ownTaps, ownLen), all, 1.0 * ownTaps * ownLen);
-    const int length = WholeLength<double>(ownTaps, ownLen, limit);
-    if (length == 0 || !ConvolveWhole(firstTap, ownTaps, first, ownLen, outputs.Data(), length))
-      active->Conv_64f(firstTap, ownTaps, first, ownLen, outputs.Data());
-    std::copy_n(outputs.Data() + (isLate ? all - count : 0), count, to);
-  };
-  convolve(early, false, dst);
-  convolve(late, true, dst + (static_cast<Index>(tapCount) + len - 1 - late));
+  if (early > 0) ConvolveEarly(taps, tapCount, x, len, early, dst);
+  if (late == 0) return;
+  // Backwards, the last ones are the first.
+  const Index ownTaps = std::min<Index>(late, tapCount), ownLen = std::min<Index>(late, len);
+  const WorkArray<double> work(ownTaps + ownLen + late, Life::kCall);
+  double *const lastTaps = work.Data(), *const last = lastTaps + ownTaps, *const outputs = last + ownLen;
+  std::reverse_copy(taps + (tapCount - ownTaps), taps + tapCount, lastTaps);
+  std::reverse_copy(x + (len - ownLen), x + len, last);
+  ConvolveEarly(lastTaps, static_cast<int>(ownTaps), last, static_cast<int>(ownLen), late, outputs);
+  std::reverse_copy(outputs, outputs + late, dst + (static_cast<Index>(tapCount) + len - 1 - late));
 }
 
 template int WholeLength<float>(Index, Index, double &);
