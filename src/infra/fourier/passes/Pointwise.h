@@ -45,6 +45,11 @@ template <class T>
 template <int V> struct ComplexReversed {
   static constexpr int At(int i) { return 2 * (V - 1 - i / 2) + i % 2; }
 };
+// The complex values in the opposite order.
+template <class E> [[gnu::always_inline]] inline E Backwards(E x) {
+  return Shuffle<ComplexReversed<kScalars<E> / 2>, kScalars<E>>(x, x);
+}
+
 struct FirstPair {
   static constexpr int At(int i) { return i % 4 == 0 || i % 4 == 3 ? 0 : 1; }
 };
@@ -61,7 +66,7 @@ template <class T, int V, bool Mirrored>
   } else {
     using E = Complex<T, V>;
     auto w = Load<E>(factor);
-    if constexpr (Mirrored) w = Shuffle<ComplexReversed<V>, 2 * V>(w, w);
+    if constexpr (Mirrored) w = Backwards(w);
     if (sign != 0) {
       const E signs = Alternating<E>(sign, -sign);
       w *= Shuffle<FirstPair, 2 * V>(signs, signs);
@@ -114,11 +119,6 @@ template <class T, int V> [[gnu::always_inline]] inline void StoreFilled(T *x, F
   } else {
     Store(x, values);
   }
-}
-
-// The complex values in the opposite order.
-template <class E> [[gnu::always_inline]] inline E Backwards(E x) {
-  return Shuffle<ComplexReversed<kScalars<E> / 2>, kScalars<E>>(x, x);
 }
 
 /// Turns the half-length transform Z of the samples' pairs x[2n] + j x[2n+1] into the 2 * half bins of the
