@@ -395,8 +395,9 @@ bool ConvolveFirst(const T *taps, int tapCount, const T *x, int len, Index count
   }
 }
 
-// The same, by the operands that they have, of which there are no more taps than values.
+// The same, by the operands that they have alone, and by transforms where these are estimated to be faster.
 void ConvolveEarly(const double *taps, int tapCount, const double *x, int len, Index count, double *dst) {
+  if (tapCount > len) return ConvolveEarly(x, len, taps, tapCount, count, dst);
   tapCount = static_cast<int>(std::min<Index>(count, tapCount));
   len = static_cast<int>(std::min<Index>(count, len));
   // The products beyond these outputs make a triangle.
